@@ -1,0 +1,7 @@
+#ifndef VPTZ_EXPORT_H
+#define VPTZ_EXPORT_H
+
+// Marks what the shared object offers; everything else in it is hidden.
+#define VPTZ_API __attribute__((visibility("default")))
+
+#endif

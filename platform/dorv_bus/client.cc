@@ -1,0 +1,312 @@
+// Method calls. Subscriptions and their delivery are in signals.cc.
+#include "client.h"
+
+#include <mqtt_protocol.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "errors.h"
+#include "names.h"
+#include "process.h"
+#include "properties.h"
+#include "random.h"
+
+using dorv::Clock;
+using dorv::PendingCall;
+using dorv::ServiceWatch;
+using dorv::TimePoint;
+
+namespace {
+
+// How long a presence message may come after the confirmation of a request
+// before its absence means that nobody serves the name. A service announces
+// itself before it takes requests, so what arrived there has a presence.
+constexpr std::chrono::milliseconds kPresenceGrace{50};
+
+std::chrono::seconds Timeout(int timeout) {
+  return std::chrono::seconds(timeout > 0 ? timeout : BUS_DEFAULT_TIMEOUT);
+}
+
+// Whether a request like this one has been answered by the service that is there.
+bool Trusts(const ServiceWatch& service, std::string_view method, int length) {
+  const auto answered = service.answered.find(method);
+  return service.present && answered != service.answered.end() && length <= answered->second;
+}
+
+bool IsBytes(const void* data, int length) { return length >= 0 && (data != nullptr || length == 0); }
+
+}  // namespace
+
+bus_client::bus_client(const char* name)
+    : caller_(dorv::RandomNumber()), connection_(this, dorv::MakeClientId(name)) {}
+
+bus_client::~bus_client() { dorv::ReleaseLibrary(); }
+
+void bus_client::Free() {
+  connection_.Close();
+  dispatcher_.Close();
+  // May be the last reference but the caller's own.
+  const std::lock_guard<std::mutex> lock(connection_.mutex());
+  self_.reset();
+}
+
+int bus_client::Connect(const char* address) {
+  auto parsed = dorv::Address::Parse(address);
+  if (!parsed) {
+    return -EINVAL;
+  }
+  auto settings = dorv::Settings::Load();
+  if (!settings) {
+    return -EINVAL;
+  }
+  std::unique_lock<std::mutex> lock(connection_.mutex());
+  return connection_.Connect(lock, shared_from_this(), std::move(*parsed), std::move(*settings));
+}
+
+int bus_client::Disconnect() {
+  const std::lock_guard<std::mutex> lock(connection_.mutex());
+  return connection_.Disconnect();
+}
+
+int bus_client::Call(const char* service, const char* method, const void* request, int request_length,
+                     void* reply, int* reply_length, int timeout) {
+  if (!dorv::IsServiceName(service) || !dorv::IsName(method) || !IsBytes(request, request_length) ||
+      reply_length == nullptr || !IsBytes(reply, *reply_length)) {
+    return -EINVAL;
+  }
+  PendingCall call(Clock::now() + Timeout(timeout));
+  const dorv::SigpipeGuard guard;
+  call.reply = reply;
+  call.capacity = *reply_length;
+  std::uint64_t sequence = 0;
+  std::unique_lock<std::mutex> lock(connection_.mutex());
+  connection_.TakeOver(call.waiter);
+  int result = Send(&call, service, method, request, request_length, &sequence);
+  if (result == 0) {
+    result = connection_.Await(lock, call.waiter);
+    if (calls_.erase(sequence) > 0) {
+      call.service->answered.clear();
+    }
+  } else {
+    connection_.Leave(call.waiter);
+  }
+  if (result >= 0) {
+    *reply_length = call.length;
+  }
+  return result;
+}
+
+int bus_client::CallLater(const char* service, const char* method, const void* request, int request_length,
+                          bus_callback callback, int timeout) {
+  if (!dorv::IsServiceName(service) || !dorv::IsName(method) || !IsBytes(request, request_length) ||
+      callback == nullptr) {
+    return -EINVAL;
+  }
+  auto call = std::make_unique<PendingCall>(Clock::now() + Timeout(timeout));
+  const dorv::SigpipeGuard guard;
+  call->callback = callback;
+  call->own_method = method;
+  dispatcher_.Start(shared_from_this());
+  std::uint64_t sequence = 0;
+  const std::lock_guard<std::mutex> lock(connection_.mutex());
+  const int result = Send(call.get(), service, method, request, request_length, &sequence);
+  if (result == 0) {
+    call.release();  // owned by the table from now on; FinishLater deletes it
+    connection_.WakeBackground();
+  }
+  return result;
+}
+
+// Sends a request and enters it into the table of those that wait. 0, or a
+// negative errno value when nothing was sent.
+int bus_client::Send(PendingCall* call, const char* service, const char* method, const void* request,
+                     int length, std::uint64_t* sequence) {
+  if (!connection_.ready()) {
+    return -ENOTCONN;
+  }
+  const auto left = call->last_moment - Clock::now();
+  if (left <= Clock::duration::zero()) {
+    return -ETIMEDOUT;
+  }
+  call->service = Watch(service);
+  call->method = call->callback == nullptr ? std::string_view(method) : call->own_method;
+  call->request_length = length;
+  call->confirmed = !Trusts(*call->service, call->method, length);
+  *sequence = ++sequence_;
+  const auto identity = dorv::RequestIdentity::Make(caller_, *sequence, left);
+  dorv::Properties properties;
+  if (!properties.AddResponseTopic(dorv::Topic::Reply(connection_.client_id()).c_str()) ||
+      !properties.AddCorrelation(identity.Encode())) {
+    return -ENOMEM;
+  }
+  calls_.emplace(*sequence, call);
+  const int result = connection_.Publish(&call->message_id, dorv::Topic::Call(service, method).c_str(), request,
+                                         length, call->confirmed ? 1 : 0, false, properties.get());
+  if (result < 0) {
+    calls_.erase(*sequence);
+  }
+  return result;
+}
+
+// Has the broker tell whether the service is there; told once a session.
+ServiceWatch* bus_client::Watch(std::string_view service) {
+  auto entry = services_.find(service);
+  if (entry == services_.end()) {
+    entry = services_.emplace(std::string(service), ServiceWatch()).first;
+  }
+  if (!entry->second.watched) {
+    entry->second.watched = connection_.Subscribe(dorv::Topic::Presence(service).c_str(), 0, 0) >= 0;
+  }
+  return &entry->second;
+}
+
+void bus_client::Finish(std::uint64_t sequence, int result) {
+  const auto entry = calls_.find(sequence);
+  if (entry != calls_.end()) {
+    PendingCall* call = entry->second;
+    calls_.erase(entry);
+    Finish(call, result);
+  }
+}
+
+// Ends a call that is out of the table.
+void bus_client::Finish(PendingCall* call, int result) {
+  if (call->callback == nullptr) {
+    call->waiter.Finish(result);
+  } else {
+    FinishLater(call, result, nullptr);
+  }
+}
+
+void bus_client::FinishLater(PendingCall* call, int result, const void* payload) {
+  const std::unique_ptr<PendingCall> owned(call);
+  std::string bytes(static_cast<const char*>(payload),
+                    payload == nullptr ? 0 : static_cast<std::size_t>(result));
+  dispatcher_.Post(
+      [client = this, callback = call->callback, method = std::move(call->own_method), bytes = std::move(bytes),
+       result] { callback(client, nullptr, method.c_str(), bytes.empty() ? nullptr : bytes.data(), result); });
+}
+
+void bus_client::Receive(const mosquitto_message& message, const mosquitto_property* properties) {
+  if (dorv::IsReplyTopic(message.topic)) {
+    ReceiveReply(message, properties);
+    return;
+  }
+  const std::string_view service = dorv::PresenceOf(message.topic);
+  if (!service.empty()) {
+    ReceivePresence(service, message.payloadlen > 0);
+  } else {
+    ReceiveSignal(message, properties);
+  }
+}
+
+void bus_client::ReceiveReply(const mosquitto_message& message, const mosquitto_property* properties) {
+  const auto identity = dorv::ReadIdentity(properties);
+  const auto entry = identity && identity->caller == caller_ ? calls_.find(identity->sequence) : calls_.end();
+  if (entry == calls_.end()) {
+    return;  // late, or not for us
+  }
+  PendingCall* call = entry->second;
+  calls_.erase(entry);
+  if (call->confirmed) {
+    int& longest = call->service->answered[std::string(call->method)];
+    longest = std::max(longest, call->request_length);
+  }
+  const int error = dorv::ReadError(properties);
+  if (error < 0) {
+    Finish(call, error);
+  } else if (call->callback != nullptr) {
+    FinishLater(call, message.payloadlen, message.payload);
+  } else if (message.payloadlen > call->capacity) {
+    call->waiter.Finish(-EMSGSIZE);
+  } else {
+    if (message.payloadlen > 0) {
+      std::memcpy(call->reply, message.payload, static_cast<std::size_t>(message.payloadlen));
+    }
+    call->length = message.payloadlen;
+    call->waiter.Finish(0);
+  }
+}
+
+void bus_client::ReceivePresence(std::string_view service, bool present) {
+  const auto entry = services_.find(service);
+  if (entry == services_.end()) {
+    return;
+  }
+  ServiceWatch& watch = entry->second;
+  const bool left = watch.present && !present;
+  watch.present = present;
+  if (left) {
+    watch.answered.clear();
+  }
+  std::vector<std::uint64_t> lost;
+  for (const auto& [sequence, call] : calls_) {
+    if (call->service != &watch) {
+      continue;
+    }
+    if (left) {
+      lost.push_back(sequence);
+    } else if (present) {
+      call->waiter.deadline = call->last_moment;
+      call->waiter.expiry_result = -ETIMEDOUT;
+    }
+  }
+  for (const std::uint64_t sequence : lost) {
+    Finish(sequence, -ECONNRESET);
+  }
+}
+
+// The broker has the request, or tells why it did not pass it on.
+void bus_client::Acknowledge(int message_id, int reason) {
+  const auto entry = std::find_if(calls_.begin(), calls_.end(),
+                                  [&](const auto& one) { return one.second->message_id == message_id; });
+  if (entry == calls_.end()) {
+    return;
+  }
+  PendingCall* call = entry->second;
+  call->message_id = 0;  // the number may be used again while this call waits
+  if (reason == MQTT_RC_NO_MATCHING_SUBSCRIBERS) {
+    Finish(entry->first, -ESRCH);
+  } else if (reason >= MQTT_RC_UNSPECIFIED) {
+    Finish(entry->first, dorv::ErrorFromReason(reason));
+  } else if (!call->service->present) {
+    // Somebody took it, but perhaps only a monitor that subscribes to everything.
+    call->waiter.deadline = std::min(call->last_moment, Clock::now() + kPresenceGrace);
+    call->waiter.expiry_result = -ESRCH;
+    call->waiter.wake.notify_one();
+  }
+}
+
+void bus_client::Lose() {
+  for (auto& [name, watch] : services_) {
+    watch = ServiceWatch();
+  }
+  for (const auto& [sequence, call] : std::exchange(calls_, {})) {
+    Finish(call, -ECONNRESET);
+  }
+}
+
+// Ends asynchronous calls that ran out of time; the others mind their own.
+TimePoint bus_client::Tick(TimePoint now) {
+  TimePoint next = TimePoint::max();
+  std::vector<std::uint64_t> expired;
+  for (const auto& [sequence, call] : calls_) {
+    if (call->callback == nullptr) {
+      continue;
+    }
+    if (call->waiter.deadline <= now) {
+      expired.push_back(sequence);
+    } else {
+      next = std::min(next, call->waiter.deadline);
+    }
+  }
+  for (const std::uint64_t sequence : expired) {
+    PendingCall* call = calls_.at(sequence);
+    call->service->answered.clear();
+    Finish(sequence, call->waiter.expiry_result);
+  }
+  return next;
+}

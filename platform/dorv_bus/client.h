@@ -1,0 +1,113 @@
+#ifndef DORV_BUS_CLIENT_H
+#define DORV_BUS_CLIENT_H
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "connection.h"
+#include "dispatcher.h"
+#include "dorv_bus.h"
+#include "request_identity.h"
+
+namespace dorv {
+
+// What is known of a service in this session.
+struct ServiceWatch {
+  bool watched = false;  // its retained presence message is subscribed
+  bool present = false;  // and there is one
+  // The longest request that it has answered for each method. Requests up to
+  // that length need no confirmation by the broker: as long as the service is
+  // present they are sent at QoS 0, which saves the caller a wake-up. Forgotten
+  // when one is not answered in time.
+  std::map<std::string, int, std::less<>> answered;
+};
+
+// A call that waits for its answer: on its caller's stack, or on the heap when
+// it is asynchronous.
+struct PendingCall {
+  explicit PendingCall(TimePoint until) : waiter(until), last_moment(until) {}
+
+  Waiter waiter;  // of an asynchronous call only the deadline is used
+  TimePoint last_moment;
+  int message_id = 0;
+  ServiceWatch* service = nullptr;
+  std::string_view method;  // the caller's, or own_method
+  int request_length = 0;
+  bool confirmed = false;  // sent at QoS 1
+
+  // Synchronous: where the reply goes.
+  void* reply = nullptr;
+  int capacity = 0;
+  int length = 0;
+
+  // Asynchronous: who is told.
+  bus_callback callback = nullptr;
+  std::string own_method;
+};
+
+}  // namespace dorv
+
+// The application's handle is the object itself: it stays valid for callbacks
+// and calls that still run when it is freed.
+struct bus_client final : dorv::Connection::Owner, std::enable_shared_from_this<bus_client> {
+ public:
+  explicit bus_client(const char* name);
+  ~bus_client() override;
+
+  bool valid() const { return connection_.valid(); }
+  // The application's own reference, taken back by bus_client_free.
+  void Adopt() { self_ = shared_from_this(); }
+  void Free();
+
+  int Connect(const char* address);
+  int Disconnect();
+  int Call(const char* service, const char* method, const void* request, int request_length, void* reply,
+           int* reply_length, int timeout);
+  int CallLater(const char* service, const char* method, const void* request, int request_length,
+                bus_callback callback, int timeout);
+  // An empty signal stands for all of them.
+  int Subscribe(const char* service, const char* signal, bus_callback callback);
+  int Unsubscribe(const char* service, const char* signal);
+
+ private:
+  struct Subscription {
+    int identifier;  // comes with each message that it brought; tells one from all
+    bus_callback callback;
+  };
+  using SubscriptionKey = std::pair<std::string, std::string>;  // service, signal
+
+  // Connection::Owner
+  int Restore() override;
+  void Receive(const mosquitto_message& message, const mosquitto_property* properties) override;
+  void Acknowledge(int message_id, int reason) override;
+  void Lose() override;
+  dorv::TimePoint Tick(dorv::TimePoint now) override;
+
+  int Send(dorv::PendingCall* call, const char* service, const char* method, const void* request, int length,
+           std::uint64_t* sequence);
+  dorv::ServiceWatch* Watch(std::string_view service);
+  void Finish(std::uint64_t sequence, int result);
+  void Finish(dorv::PendingCall* call, int result);
+  void FinishLater(dorv::PendingCall* call, int result, const void* payload);
+  void ReceiveReply(const mosquitto_message& message, const mosquitto_property* properties);
+  void ReceivePresence(std::string_view service, bool present);
+  void ReceiveSignal(const mosquitto_message& message, const mosquitto_property* properties);
+  void Deliver(int identifier, std::string_view signal, const mosquitto_message& message);
+  bool Subscribed(int identifier, bus_callback* callback);
+
+  const std::uint64_t caller_;
+  dorv::Connection connection_;
+  dorv::Dispatcher dispatcher_;
+  std::shared_ptr<bus_client> self_;
+  std::uint64_t sequence_ = 0;
+  std::unordered_map<std::uint64_t, dorv::PendingCall*> calls_;
+  std::map<std::string, dorv::ServiceWatch, std::less<>> services_;
+  std::map<SubscriptionKey, Subscription> subscriptions_;
+  int last_identifier_ = 0;
+};
+
+#endif

@@ -1,0 +1,101 @@
+#include "dial.h"
+
+#include <netdb.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <memory>
+#include <string>
+
+namespace dorv {
+namespace {
+
+constexpr int kTimeoutMilliseconds = 2000;
+
+class Socket {
+ public:
+  explicit Socket(int family) : descriptor_(socket(family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {}
+  ~Socket() {
+    if (descriptor_ >= 0) {
+      close(descriptor_);
+    }
+  }
+  Socket(const Socket&) = delete;
+  Socket& operator=(const Socket&) = delete;
+  int descriptor() const { return descriptor_; }
+
+ private:
+  int descriptor_;
+};
+
+int Pending(int descriptor) {
+  int error = 0;
+  socklen_t size = sizeof error;
+  return getsockopt(descriptor, SOL_SOCKET, SO_ERROR, &error, &size) < 0 ? -errno : -error;
+}
+
+int WaitForConnection(int descriptor, const Event& stop) {
+  pollfd polled[] = {{descriptor, POLLOUT, 0}, {stop.descriptor(), POLLIN, 0}};
+  const int count = poll(polled, 2, kTimeoutMilliseconds);
+  if (count < 0) {
+    return -errno;
+  }
+  if (polled[1].revents != 0) {
+    return -ECANCELED;
+  }
+  return count == 0 ? -ETIMEDOUT : Pending(descriptor);
+}
+
+int Try(const sockaddr* address, socklen_t size, const Event& stop) {
+  const Socket probe(address->sa_family);
+  if (probe.descriptor() < 0 || connect(probe.descriptor(), address, size) == 0) {
+    return probe.descriptor() < 0 ? -errno : 0;
+  }
+  if (errno == EINPROGRESS) {
+    return WaitForConnection(probe.descriptor(), stop);
+  }
+  // A full backlog: there is a broker, but it does not answer.
+  return errno == EAGAIN ? -ETIMEDOUT : -errno;
+}
+
+int TryUnix(const std::string& path, const Event& stop) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+  return Try(reinterpret_cast<const sockaddr*>(&address), sizeof address, stop);
+}
+
+int ErrorFromLookup(int result) {
+  if (result == EAI_SYSTEM) {
+    return -errno;
+  }
+  return result == EAI_MEMORY ? -ENOMEM : -ENOENT;
+}
+
+int TryHost(const std::string& host, int port, const Event& stop) {
+  addrinfo hints{};
+  hints.ai_socktype = SOCK_STREAM;
+  addrinfo* found = nullptr;
+  const int result = getaddrinfo(host.c_str(), std::to_string(port).c_str(), &hints, &found);
+  if (result != 0) {
+    return ErrorFromLookup(result);
+  }
+  const std::unique_ptr<addrinfo, decltype(&freeaddrinfo)> addresses(found, freeaddrinfo);
+  int error = -ENOENT;
+  for (const addrinfo* one = found; one != nullptr && error != 0 && error != -ECANCELED; one = one->ai_next) {
+    error = Try(one->ai_addr, one->ai_addrlen, stop);
+  }
+  return error;
+}
+
+}  // namespace
+
+int Probe(const Address& address, int port, const Event& stop) {
+  return address.is_unix ? TryUnix(address.host, stop) : TryHost(address.host, port, stop);
+}
+
+}  // namespace dorv

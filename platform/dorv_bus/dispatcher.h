@@ -1,0 +1,49 @@
+// The thread on which a client's callbacks run, one after the other.
+#ifndef DORV_BUS_DISPATCHER_H
+#define DORV_BUS_DISPATCHER_H
+
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+namespace dorv {
+
+class Dispatcher {
+ public:
+  using Task = std::function<void()>;
+
+  // Begins the thread unless it runs already; `keep` keeps the owner alive for
+  // as long as it does. Nothing happens after Close.
+  void Start(std::shared_ptr<void> keep);
+
+  // Queues a task for the thread; drops it after Close.
+  void Post(Task task);
+
+  // Post, but false, and the task is dropped, when so many wait already that
+  // the application has evidently stopped taking them.
+  bool Offer(Task task);
+
+  // Drops what has not begun and ends the thread. Waits for a running task, but
+  // at most one second; not at all when called from a task.
+  void Close();
+
+ private:
+  static constexpr std::size_t kMostTasks = 65536;
+
+  void Run();
+
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::deque<Task> tasks_;
+  std::thread thread_;
+  bool running_ = false;
+  bool closed_ = false;
+};
+
+}  // namespace dorv
+
+#endif

@@ -1,0 +1,81 @@
+#include "process.h"
+
+#include <mosquitto.h>
+
+#include <cerrno>
+#include <ctime>
+#include <mutex>
+
+namespace dorv {
+namespace {
+
+std::mutex library_mutex;
+int library_users = 0;
+
+thread_local bool broken_pipe = false;
+thread_local bool quiet_thread = false;
+
+sigset_t JustSigpipe() {
+  sigset_t set;
+  sigemptyset(&set);
+  sigaddset(&set, SIGPIPE);
+  return set;
+}
+
+}  // namespace
+
+int AcquireLibrary() {
+  const std::lock_guard<std::mutex> lock(library_mutex);
+  if (library_users == 0 && mosquitto_lib_init() != MOSQ_ERR_SUCCESS) {
+    return -ENOMEM;
+  }
+  ++library_users;
+  return 0;
+}
+
+void ReleaseLibrary() {
+  const std::lock_guard<std::mutex> lock(library_mutex);
+  if (library_users > 0 && --library_users == 0) {
+    mosquitto_lib_cleanup();
+  }
+}
+
+mosquitto* NewMosquitto(const char* client_id, void* user_data) {
+  const std::lock_guard<std::mutex> lock(library_mutex);
+  struct sigaction before {};
+  sigaction(SIGPIPE, nullptr, &before);
+  mosquitto* instance = mosquitto_new(client_id, true, user_data);
+  sigaction(SIGPIPE, &before, nullptr);
+  return instance;
+}
+
+SigpipeGuard::SigpipeGuard() {
+  if (quiet_thread) {
+    return;
+  }
+  const sigset_t sigpipe = JustSigpipe();
+  pthread_sigmask(SIG_BLOCK, &sigpipe, &before_);
+  active_ = sigismember(&before_, SIGPIPE) == 0;
+}
+
+SigpipeGuard::~SigpipeGuard() {
+  if (!active_) {
+    return;
+  }
+  const int saved_errno = errno;
+  if (broken_pipe) {
+    broken_pipe = false;
+    const sigset_t sigpipe = JustSigpipe();
+    const timespec at_once{};
+    while (sigtimedwait(&sigpipe, nullptr, &at_once) < 0 && errno == EINTR) {
+    }
+  }
+  pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+  errno = saved_errno;
+}
+
+void SigpipeGuard::NoteBrokenPipe() { broken_pipe = true; }
+
+void MarkQuiet() { quiet_thread = true; }
+
+}  // namespace dorv

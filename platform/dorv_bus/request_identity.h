@@ -1,0 +1,54 @@
+// What travels with every request as its correlation data: who sent it, which
+// of his requests it is, and until when it may be executed.
+#ifndef DORV_BUS_REQUEST_IDENTITY_H
+#define DORV_BUS_REQUEST_IDENTITY_H
+
+#include <array>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <unordered_map>
+
+namespace dorv {
+
+struct RequestIdentity {
+  // Encoded: the five numbers below, big-endian, in this order.
+  static constexpr std::size_t kSize = 40;
+  using Bytes = std::array<unsigned char, kSize>;
+
+  std::uint64_t caller = 0;    // random, one per client object
+  std::uint64_t sequence = 0;  // grows by one with each request of the caller
+
+  // The deadline on two clocks. On the machine on which the request was sent
+  // (the boot ids agree) the one that counts since boot, in nanoseconds, holds:
+  // nobody can set it. Elsewhere wall-clock time, in nanoseconds since 1970.
+  std::uint64_t boot_id = 0;
+  std::int64_t boot_deadline = 0;
+  std::int64_t wall_deadline = 0;
+
+  static RequestIdentity Make(std::uint64_t caller, std::uint64_t sequence, std::chrono::nanoseconds timeout);
+  static std::optional<RequestIdentity> Decode(const void* data, std::size_t size);
+
+  Bytes Encode() const;
+  bool Expired() const;
+};
+
+// Remembers which requests came, so that none is executed twice.
+class SeenRequests {
+ public:
+  // False for a request that came before. A caller's requests come in the
+  // order of their sequence, so the highest number seen is all there is to
+  // remember; it may be forgotten when the caller's last deadline has passed.
+  bool Insert(const RequestIdentity& identity);
+
+ private:
+  void ForgetExpired();
+
+  std::unordered_map<std::uint64_t, RequestIdentity> latest_by_caller_;
+  std::size_t sweep_size_ = 64;
+};
+
+}  // namespace dorv
+
+#endif

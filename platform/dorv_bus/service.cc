@@ -1,0 +1,181 @@
+#include "service.h"
+
+#include <cerrno>
+#include <utility>
+
+#include "errors.h"
+#include "log.h"
+#include "names.h"
+#include "process.h"
+#include "properties.h"
+
+using dorv::TimePoint;
+using dorv::Topic;
+
+bus_service::bus_service(const char* name, bus_method_handler handler, void* user_data)
+    : name_(name),
+      instance_(dorv::MakeClientId(name)),
+      handler_(handler),
+      user_data_(user_data),
+      connection_(this, instance_) {}
+
+bus_service::~bus_service() { dorv::ReleaseLibrary(); }
+
+int bus_service::Begin(const char* address) {
+  auto parsed = dorv::Address::Parse(address);
+  if (!parsed) {
+    return -EINVAL;
+  }
+  auto settings = dorv::Settings::Load();
+  if (!settings) {
+    return -EINVAL;
+  }
+  std::unique_lock<std::mutex> lock(connection_.mutex());
+  self_ = shared_from_this();
+  const int result = connection_.Connect(lock, self_, std::move(*parsed), std::move(*settings));
+  lock.unlock();
+  if (result < 0) {
+    Free();
+  }
+  return result;
+}
+
+int bus_service::Free() {
+  if (connection_.OnBackgroundThread()) {
+    return -EDEADLK;
+  }
+  std::unique_lock<std::mutex> lock(connection_.mutex());
+  freed_ = true;
+  lock.unlock();
+  connection_.Close();
+  lock.lock();
+  idle_.wait(lock, [this] { return !serving_; });
+  requests_.clear();
+  self_.reset();
+  return 0;
+}
+
+// The broker clears the presence when the service is gone without a word.
+void bus_service::Prepare(mosquitto* instance) {
+  mosquitto_will_set_v5(instance, Topic::Presence(name_).c_str(), 0, nullptr, 1, true, nullptr);
+}
+
+// Announces itself before it takes requests: whoever's request arrives here can
+// know of the presence.
+int bus_service::Restore() {
+  Announce();
+  connection_.Subscribe(Topic::Presence(name_).c_str(), 0, 0);
+  return connection_.Subscribe(Topic::Calls(name_).c_str(), 0, 0);
+}
+
+void bus_service::Announce() {
+  const int result = connection_.Publish(nullptr, Topic::Presence(name_).c_str(), instance_.data(),
+                                         static_cast<int>(instance_.size()), 1, true, nullptr);
+  if (result < 0) {
+    DORV_LOG(ZERK_LOG_WARNING, "cannot announce the service %s: %s", name_.c_str(), dorv::ErrorText(result));
+  }
+}
+
+void bus_service::Receive(const mosquitto_message& message, const mosquitto_property* properties) {
+  if (dorv::PresenceOf(message.topic).empty()) {
+    ReceiveRequest(message, properties);
+  } else {
+    ReceivePresence(message);
+  }
+}
+
+// The will of an earlier service of this name may come late and clear the
+// presence that this one has announced.
+void bus_service::ReceivePresence(const mosquitto_message& message) {
+  const std::string_view present(static_cast<const char*>(message.payload),
+                                 static_cast<std::size_t>(message.payloadlen));
+  if (present.empty()) {
+    announce_again_ = true;
+  } else if (present != instance_ && connection_.ready()) {
+    DORV_LOG(ZERK_LOG_ERROR, "somebody else serves the name %s as well", name_.c_str());
+  }
+}
+
+void bus_service::ReceiveRequest(const mosquitto_message& message, const mosquitto_property* properties) {
+  auto request = std::make_unique<bus_request>();
+  request->method = dorv::MethodOf(message.topic, name_);
+  request->reply_topic = dorv::ReadResponseTopic(properties);
+  const auto identity = dorv::ReadIdentity(properties);
+  // A reply goes to reply topics only: a request must not make the service
+  // publish anywhere else.
+  if (!identity || !dorv::IsName(request->method.c_str()) || !dorv::IsReplyTopic(request->reply_topic)) {
+    DORV_LOG(ZERK_LOG_NOTICE, "a malformed request was dropped");
+    return;
+  }
+  if (identity->Expired() || !seen_.Insert(*identity)) {
+    DORV_LOG(ZERK_LOG_NOTICE, "a late or repeated request was dropped: %s", request->method.c_str());
+    return;
+  }
+  request->identity = *identity;
+  request->session = connection_.session();
+  request->payload.assign(static_cast<const char*>(message.payload),
+                          static_cast<std::size_t>(message.payloadlen));
+  requests_.push_back(std::move(request));
+}
+
+TimePoint bus_service::Tick(TimePoint) { return TimePoint::max(); }
+
+void bus_service::Serve() {
+  std::unique_lock<std::mutex> lock(connection_.mutex());
+  if (std::exchange(announce_again_, false) && connection_.ready()) {
+    Announce();
+  }
+  serving_ = true;
+  while (!requests_.empty() && !freed_) {
+    Request request = std::move(requests_.front());
+    requests_.pop_front();
+    lock.unlock();
+    Handle(std::move(request));
+    lock.lock();
+  }
+  serving_ = false;
+  idle_.notify_all();
+}
+
+void bus_service::Handle(Request request) {
+  // An earlier request may have taken long.
+  if (request->identity.Expired()) {
+    return;
+  }
+  request->service = shared_from_this();
+  if (request->method == dorv::kPingMethod) {
+    Reply(*request, nullptr, 0, 0);
+  } else {
+    handler_(this, request.release(), user_data_);
+  }
+}
+
+int bus_service::Emit(const char* signal, const void* payload, int length) {
+  const dorv::SigpipeGuard guard;
+  const std::lock_guard<std::mutex> lock(connection_.mutex());
+  if (!connection_.ready()) {
+    return -ENOTCONN;
+  }
+  return connection_.Publish(nullptr, Topic::Signal(name_, signal).c_str(), payload, length, 1, false, nullptr);
+}
+
+int bus_service::Reply(const bus_request& request, const void* reply, int length, int error) {
+  const dorv::SigpipeGuard guard;
+  const std::lock_guard<std::mutex> lock(connection_.mutex());
+  if (!connection_.ready() || connection_.session() != request.session) {
+    return -ENOTCONN;
+  }
+  if (request.identity.Expired()) {
+    return -ETIMEDOUT;
+  }
+  dorv::Properties properties;
+  if (!properties.AddCorrelation(request.identity.Encode()) || (error < 0 && !properties.AddError(error))) {
+    return -ENOMEM;
+  }
+  const char* topic = request.reply_topic.c_str();
+  const int result = connection_.Publish(nullptr, topic, reply, length, 0, false, properties.get());
+  if (result == -EMSGSIZE && properties.AddError(-EMSGSIZE)) {
+    connection_.Publish(nullptr, topic, nullptr, 0, 0, false, properties.get());
+  }
+  return result;
+}

@@ -1,0 +1,111 @@
+// The client's subscriptions and the delivery of signals.
+#include <mqtt_protocol.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "client.h"
+#include "log.h"
+#include "names.h"
+#include "process.h"
+
+using dorv::Clock;
+
+namespace {
+
+dorv::Topic SignalTopic(const std::string& service, const std::string& signal) {
+  return signal.empty() ? dorv::Topic::Signals(service) : dorv::Topic::Signal(service, signal);
+}
+
+}  // namespace
+
+int bus_client::Subscribe(const char* service, const char* signal, bus_callback callback) {
+  const dorv::SigpipeGuard guard;
+  const auto deadline = Clock::now() + std::chrono::seconds(BUS_DEFAULT_TIMEOUT);
+  const SubscriptionKey key(service, signal);
+  dispatcher_.Start(shared_from_this());
+  std::unique_lock<std::mutex> lock(connection_.mutex());
+  if (!connection_.ready()) {
+    return -ENOTCONN;
+  }
+  const auto known = subscriptions_.find(key);
+  if (known != subscriptions_.end()) {
+    known->second.callback = callback;
+    return 0;
+  }
+  const int identifier = ++last_identifier_;
+  subscriptions_[key] = {identifier, callback};
+  const int result =
+      connection_.SubscribeAndWait(lock, SignalTopic(key.first, key.second).c_str(), 1, identifier, deadline);
+  // Somebody may have unsubscribed meanwhile, and even subscribed anew.
+  const auto mine = subscriptions_.find(key);
+  if (result < 0 && mine != subscriptions_.end() && mine->second.identifier == identifier) {
+    subscriptions_.erase(mine);
+  }
+  return result;
+}
+
+int bus_client::Unsubscribe(const char* service, const char* signal) {
+  const dorv::SigpipeGuard guard;
+  const std::lock_guard<std::mutex> lock(connection_.mutex());
+  const auto entry = subscriptions_.find({service, signal});
+  if (entry == subscriptions_.end()) {
+    return -ENOENT;
+  }
+  subscriptions_.erase(entry);
+  // Without a connection there is nothing to tell the broker: it has forgotten.
+  return connection_.ready() ? connection_.Unsubscribe(dorv::Topic::Signal(service, signal).c_str()) : 0;
+}
+
+int bus_client::Restore() {
+  for (const auto& [key, subscription] : subscriptions_) {
+    connection_.Subscribe(SignalTopic(key.first, key.second).c_str(), 1, subscription.identifier);
+  }
+  for (auto& [service, watch] : services_) {
+    watch.watched = connection_.Subscribe(dorv::Topic::Presence(service).c_str(), 0, 0) >= 0;
+  }
+  return connection_.Subscribe(dorv::Topic::Reply(connection_.client_id()).c_str(), 0, 0);
+}
+
+// The broker may send a signal once for each matching subscription or once with
+// the identifiers of all; each callback is called once either way.
+void bus_client::ReceiveSignal(const mosquitto_message& message, const mosquitto_property* properties) {
+  const std::string_view signal = dorv::SignalOf(message.topic);
+  if (signal.empty()) {
+    return;
+  }
+  std::uint32_t identifier = 0;
+  const mosquitto_property* one =
+      mosquitto_property_read_varint(properties, MQTT_PROP_SUBSCRIPTION_IDENTIFIER, &identifier, false);
+  while (one != nullptr) {
+    Deliver(static_cast<int>(identifier), signal, message);
+    one = mosquitto_property_read_varint(one, MQTT_PROP_SUBSCRIPTION_IDENTIFIER, &identifier, true);
+  }
+}
+
+void bus_client::Deliver(int identifier, std::string_view signal, const mosquitto_message& message) {
+  std::string bytes(static_cast<const char*>(message.payload), static_cast<std::size_t>(message.payloadlen));
+  const bool taken =
+      dispatcher_.Offer([this, identifier, name = std::string(signal), bytes = std::move(bytes)] {
+        bus_callback callback = nullptr;
+        if (Subscribed(identifier, &callback)) {
+          callback(this, nullptr, name.c_str(), bytes.empty() ? nullptr : bytes.data(),
+                   static_cast<std::int32_t>(bytes.size()));
+        }
+      });
+  if (!taken) {
+    DORV_LOG(ZERK_LOG_ERROR, "a signal was dropped: the application's callbacks do not keep up");
+  }
+}
+
+// Whether a subscription still holds at the moment of delivery.
+bool bus_client::Subscribed(int identifier, bus_callback* callback) {
+  const std::lock_guard<std::mutex> lock(connection_.mutex());
+  for (const auto& [key, subscription] : subscriptions_) {
+    if (subscription.identifier == identifier) {
+      *callback = subscription.callback;
+      return true;
+    }
+  }
+  return false;
+}

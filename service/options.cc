@@ -1,0 +1,33 @@
+#include "options.h"
+
+#include <CLI/CLI.hpp>
+
+#include "startup.h"
+#include "world.h"
+
+namespace vptzd {
+
+std::optional<int> ReadOptions(int argc, const char* const* argv, Options* options) {
+  CLI::App app("Reference service for pan-tilt-zoom cameras: answers for simulated cameras on the message bus.",
+               "vptzd");
+  app.set_version_flag("--version", "vptzd " VPTZ_VERSION);
+  app.add_option("--bus", options->bus,
+                 "Bus address, mqtt://host[:port] or unix:/path; without it $DORV_BUS_ADDRESS counts, else "
+                 "unix:/run/dorv/bus.sock")
+      ->type_name("ADDRESS");
+  app.add_option("--cameras", options->cameras, "Number of simulated cameras")
+      ->type_name("N")
+      ->check(CLI::Range(std::size_t{1}, World::kMaxCameras))
+      ->capture_default_str();
+  app.footer(
+      "Ends on SIGTERM and SIGINT. Exit codes: 0 ended by a signal, 1 internal failure, 2 wrong usage,\n"
+      "3 no connection to the bus, 4 the name \"vptz\" is served by somebody else.");
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? kExitDone : kExitUsage;
+  }
+  return std::nullopt;
+}
+
+}  // namespace vptzd

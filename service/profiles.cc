@@ -1,0 +1,73 @@
+#include <vptz/vptz_data.h>
+
+#include "handlers.h"
+#include "request.h"
+
+namespace vptzd {
+
+using tutorial::VptzCommand;
+using tutorial::VptzResponse;
+
+namespace {
+
+void Fill(tutorial::PtzRange* range, double min, double max) {
+  range->set_min(min);
+  range->set_max(max);
+}
+
+void Fill(tutorial::PtzParams* params, const Axis& axis) {
+  params->set_position(axis.position());
+  params->set_speed(axis.speed());
+  Fill(params->mutable_position_range(), axis.limits().min, axis.limits().max);
+  Fill(params->mutable_speed_range(), 0.0, axis.limits().top_speed);
+  Fill(params->mutable_spare_range(), kVptzNotCommanded, kVptzNotCommanded);
+}
+
+void Fill(tutorial::PtzInfo* info, const Camera& camera) {
+  info->set_track_mode(camera.track_mode());
+  Fill(info->mutable_pan(), camera.axis(kPan));
+  Fill(info->mutable_tilt(), camera.axis(kTilt));
+  Fill(info->mutable_zoom(), camera.axis(kZoom));
+}
+
+void Fill(tutorial::VideoEncoder* answer, const VideoEncoder& encoder) {
+  answer->set_width(encoder.width);
+  answer->set_height(encoder.height);
+  answer->set_frame_rate(encoder.frame_rate);
+  answer->set_bit_rate(encoder.bit_rate);
+}
+
+void Fill(tutorial::ImageSettings* answer, const ImageSettings& image) {
+  answer->set_brightness(image.brightness);
+  answer->set_contrast(image.contrast);
+  answer->set_sharpness(image.sharpness);
+  answer->set_auto_focus(image.auto_focus);
+  answer->set_backlight_mode(image.backlight_mode);
+}
+
+}  // namespace
+
+VptzResponse GetPtzProfiles(World& world, const VptzCommand& command) {
+  if (!command.has_device_command()) return Answer(Status::kBadRequest);
+  const Camera* camera = world.FindCamera(command.device_command().device_id());
+  if (camera == nullptr || camera->ptz_token() != command.device_command().token()) {
+    return Answer(Status::kUnknownId);
+  }
+  VptzResponse response = Answer(Status::kDone);
+  Fill(response.mutable_ptz_info(), *camera);
+  return response;
+}
+
+VptzResponse GetMediaProfiles(World& world, const VptzCommand& command) {
+  if (!command.has_device_command()) return Answer(Status::kBadRequest);
+  const Camera* camera = world.FindCamera(command.device_command().device_id());
+  const MediaProfile* profile =
+      camera == nullptr ? nullptr : camera->FindMediaProfile(command.device_command().token());
+  if (profile == nullptr) return Answer(Status::kUnknownId);
+  VptzResponse response = Answer(Status::kDone);
+  Fill(response.mutable_media_info()->mutable_video_encoder(), profile->encoder);
+  Fill(response.mutable_media_info()->mutable_image_settings(), profile->image);
+  return response;
+}
+
+}  // namespace vptzd

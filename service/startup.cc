@@ -1,0 +1,37 @@
+#include "startup.h"
+
+#include <cerrno>
+#include <system_error>
+
+#include "server.h"
+
+namespace vptzd {
+namespace {
+
+std::string Reason(int error) {
+  switch (-error) {
+    case EADDRINUSE:
+      return "another service has that name";
+    case EINVAL:
+      return "the address or the bus settings cannot be read; an address is mqtt://host[:port] or unix:/path";
+    case EKEYREJECTED:
+      return "the broker refuses user name, password or certificate";
+    case EPROTO:
+      return "whoever answers there is no MQTT 5 broker";
+    default:
+      return std::generic_category().message(-error);
+  }
+}
+
+}  // namespace
+
+ExitCode ExitCodeOf(int error) { return error == -EADDRINUSE ? kExitNameTaken : kExitNoBus; }
+
+std::string DescribeStartFailure(const char* address, int error) {
+  const std::string where =
+      address != nullptr ? address : "the default address ($DORV_BUS_ADDRESS, else unix:/run/dorv/bus.sock)";
+  return std::string("vptzd: cannot serve \"") + Server::kName + "\" on the bus at " + where + ": " +
+         Reason(error) + " (" + std::to_string(error) + ")";
+}
+
+}  // namespace vptzd

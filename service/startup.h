@@ -1,0 +1,26 @@
+// How vptzd ends, and what it says when it cannot begin.
+#ifndef VPTZ_SERVICE_STARTUP_H
+#define VPTZ_SERVICE_STARTUP_H
+
+#include <string>
+
+namespace vptzd {
+
+enum ExitCode : int {
+  kExitDone = 0,       // ended by SIGTERM or SIGINT
+  kExitFailure = 1,    // something failed inside
+  kExitUsage = 2,      // wrong command line
+  kExitNoBus = 3,      // no connection to the bus
+  kExitNameTaken = 4,  // somebody else serves the name
+};
+
+// The exit code for a negative errno value of Server::Start.
+ExitCode ExitCodeOf(int error);
+
+// What failed, where and why, for people; one line without its end. `address`
+// may be null.
+std::string DescribeStartFailure(const char* address, int error);
+
+}  // namespace vptzd
+
+#endif

@@ -1,0 +1,28 @@
+// The status codes of the service: what the field status_code of an answer
+// holds. Refusals lie below the range of the bus library's negative errno
+// values, so that a caller can tell them apart. A refused command has changed
+// nothing.
+#ifndef VPTZ_SERVICE_STATUS_H
+#define VPTZ_SERVICE_STATUS_H
+
+namespace vptzd {
+
+enum class Status : int {
+  kDone = 0,                 // done, or accepted: the motion goes on by itself
+  kUnknownMethod = -1001,    // the service has no such method
+  kBadRequest = -1002,       // unreadable message, wrong method name, missing part, unusable text
+  kNotImplemented = -1003,   // the service has the method but cannot do it yet
+  kUnknownId = -1004,        // no such camera, device, profile or port
+  kUnsupportedAxis = -1005,  // the camera does not have that axis
+  kOutOfRange = -1006,       // a number that is not finite or outside its range; more than is kept
+  kNotLoggedIn = -1007,      // the device wants a login first
+  kBusy = -1008,             // taken or under way already
+  kPoweredOff = -1009        // the camera has no power
+};
+
+// What get_devices_power_status answers in the place of a status.
+enum class PowerStatus : int { kOff = 0, kOn = 1 };
+
+}  // namespace vptzd
+
+#endif

@@ -1,0 +1,50 @@
+#include "world.h"
+
+#include <algorithm>
+
+namespace vptzd {
+
+World::World(std::size_t cameras, const Clock& clock)
+    : clock_(clock), present_(clock.Now()), cameras_(cameras) {}
+
+std::unique_lock<std::mutex> World::Enter() {
+  std::unique_lock<std::mutex> lock(mutex_);
+  const std::chrono::nanoseconds now = clock_.Now();
+  for (Camera& camera : cameras_) camera.Advance(now - present_);
+  present_ = now;
+  return lock;
+}
+
+Camera* World::FindCamera(std::uint32_t number) {
+  return number >= 1 && number <= cameras_.size() ? &cameras_[number - 1] : nullptr;
+}
+
+bool World::powered() const {
+  return std::all_of(cameras_.begin(), cameras_.end(), [](const Camera& camera) { return camera.powered(); });
+}
+
+void World::PowerOn() {
+  for (Camera& camera : cameras_) camera.PowerOn();
+}
+
+void World::PowerOff() {
+  for (Camera& camera : cameras_) camera.PowerOff();
+}
+
+Status World::AddUsbTtyDevice(const std::string& device) {
+  if (device.empty() || device.size() > kMaxUsbTtyNameLength) return Status::kBadRequest;
+  const auto found = std::find(usb_tty_devices_.begin(), usb_tty_devices_.end(), device);
+  if (found != usb_tty_devices_.end()) return Status::kBusy;
+  if (usb_tty_devices_.size() == kMaxUsbTtyDevices) return Status::kOutOfRange;
+  usb_tty_devices_.push_back(device);
+  return Status::kDone;
+}
+
+Status World::RemoveUsbTtyDevice(const std::string& device) {
+  const auto found = std::find(usb_tty_devices_.begin(), usb_tty_devices_.end(), device);
+  if (found == usb_tty_devices_.end()) return Status::kUnknownId;
+  usb_tty_devices_.erase(found);
+  return Status::kDone;
+}
+
+}  // namespace vptzd

@@ -1,0 +1,140 @@
+#include <vptz/config.h>
+
+#include <glib.h>
+
+#include <memory>
+
+#include "log.h"
+
+namespace {
+
+using vptz::LogLevel;
+using vptz::log_source::kConfig;
+
+struct GlibDeleter {
+  void operator()(char* text) const { g_free(text); }
+};
+using GlibText = std::unique_ptr<char, GlibDeleter>;
+
+// Receives and owns the error of one GLib call.
+class GlibError {
+ public:
+  GlibError() = default;
+  ~GlibError() { g_clear_error(&error_); }
+  GlibError(const GlibError&) = delete;
+  GlibError& operator=(const GlibError&) = delete;
+
+  GError** out() { return &error_; }
+  bool IsSet() const { return error_ != nullptr; }
+  bool Is(GKeyFileError code) const { return g_error_matches(error_, G_KEY_FILE_ERROR, code) != FALSE; }
+
+ private:
+  GError* error_ = nullptr;
+};
+
+enum class Failure { kNone, kNoKey, kNoGroup, kOther };
+
+Failure FailureOf(const GlibError& error) {
+  if (!error.IsSet()) return Failure::kNone;
+  if (error.Is(G_KEY_FILE_ERROR_KEY_NOT_FOUND)) return Failure::kNoKey;
+  if (error.Is(G_KEY_FILE_ERROR_GROUP_NOT_FOUND)) return Failure::kNoGroup;
+  return Failure::kOther;
+}
+
+// Refuses what GLib would complain about on standard error instead of
+// reporting it. Where nothing has been read there are no groups.
+Failure CheckArguments(const GKeyFile* key_file, const char* group, const char* key) {
+  if (group == nullptr || key == nullptr) return Failure::kOther;
+  return key_file == nullptr ? Failure::kNoGroup : Failure::kNone;
+}
+
+Failure ReadText(GKeyFile* key_file, const char* group, const char* key, GlibText& text) {
+  const Failure refused = CheckArguments(key_file, group, key);
+  if (refused != Failure::kNone) return refused;
+  GlibError error;
+  text.reset(g_key_file_get_value(key_file, group, key, error.out()));
+  return FailureOf(error);
+}
+
+// Leaves 0 in `number` unless it succeeds.
+Failure ReadInteger(GKeyFile* key_file, const char* group, const char* key, int& number) {
+  number = 0;
+  const Failure refused = CheckArguments(key_file, group, key);
+  if (refused != Failure::kNone) return refused;
+  GlibError error;
+  number = g_key_file_get_integer(key_file, group, key, error.out());
+  return FailureOf(error);
+}
+
+}  // namespace
+
+Config::Config(const char* path) : path_(path) {}
+
+Config::~Config() { Release(); }
+
+int Config::AssignPath(const char* path) {
+  if (path == nullptr) return -1;
+  path_ = path;
+  return 0;
+}
+
+const char* Config::GetPath() const { return path_.c_str(); }
+
+int Config::Load() {
+  Release();
+  key_file_ = g_key_file_new();
+  if (key_file_ == nullptr) {
+    VPTZ_LOG(LogLevel::kError, kConfig, "Could not create the keyfile");
+    return -1;
+  }
+  if (!g_key_file_load_from_file(key_file_, path_.c_str(), G_KEY_FILE_NONE, nullptr)) {
+    VPTZ_LOG(LogLevel::kError, kConfig, "Could not load the config file: %s", path_.c_str());
+    Release();  // a parse that fails on the way leaves the groups read so far
+    return -1;
+  }
+  VPTZ_LOG(LogLevel::kNotice, kConfig, "Complete load config file: %s", path_.c_str());
+  return 0;
+}
+
+void Config::Release() { g_clear_pointer(&key_file_, g_key_file_unref); }
+
+int Config::GetValue(const char* group, const char* key, std::string& value) {
+  GlibText text;
+  switch (ReadText(key_file_, group, key, text)) {
+    case Failure::kNone:
+      value = text.get();
+      return 0;
+    case Failure::kNoKey:
+      VPTZ_LOG(LogLevel::kWarning, kConfig, "Failed to get config value %s/%s: Key not found!", group, key);
+      return -1;
+    case Failure::kNoGroup:
+      VPTZ_LOG(LogLevel::kWarning, kConfig, "Failed to get config value %s/%s: Group not found!", group, key);
+      return -1;
+    case Failure::kOther:
+      break;
+  }
+  VPTZ_LOG(LogLevel::kError, kConfig, "Failed to get config value: Unkown error!");  // kept: the spelling
+  return -1;
+}
+
+int Config::GetValue(const char* group, const char* key, const char* default_value, std::string& value) {
+  GlibText text;
+  const bool found = ReadText(key_file_, group, key, text) == Failure::kNone;
+  const char* const source = found ? text.get() : default_value;
+  value = source != nullptr ? source : "";
+  return 0;
+}
+
+int Config::GetValue(const char* group, const char* key, int default_value, int& value) {
+  int number = 0;
+  if (ReadInteger(key_file_, group, key, number) == Failure::kOther) {
+    VPTZ_LOG(LogLevel::kError, kConfig, "Failed to get config value: Unkown error!");  // kept: the spelling
+    return -1;
+  }
+  if (number == 0) {  // also what the file may say: a 0 counts as missing
+    value = default_value;
+    return -1;
+  }
+  value = number;
+  return 0;
+}

@@ -1,0 +1,37 @@
+// How the library writes to the platform's log.
+#ifndef VPTZ_SRC_LOG_H
+#define VPTZ_SRC_LOG_H
+
+#include <zerklog.h>
+
+namespace vptz {
+
+enum class LogLevel : int {
+  kError = ZERK_LOG_ERROR,      // bus connection, configuration load, database exceptions
+  kWarning = ZERK_LOG_WARNING,  // something is missing, work goes on
+  kNotice = ZERK_LOG_NOTICE,    // progress
+  kDetail = ZERK_LOG_DETAIL     // for the developer
+};
+
+inline constexpr int kLogModule = 42;
+
+// The source names that log lines carry. Log filters on appliances know these
+// spellings, so they stay whatever the files are called or wherever they lie.
+namespace log_source {
+inline constexpr char kClient[] = "vptz_client.cc";
+inline constexpr char kDeviceHandle[] = "vptz_device.cc";
+inline constexpr char kConfig[] = "../src/config.cc";
+inline constexpr char kUtils[] = "../src/utils.cc";
+inline constexpr char kModel[] = "../src/model/vptzmodel.cc";
+inline constexpr char kModelTemplates[] = "../src/model/vptzmodel.h";
+inline constexpr char kDeviceEntity[] = "../src/model/device.cc";
+}  // namespace log_source
+
+}  // namespace vptz
+
+// VPTZ_LOG(level, source, format, ...): a macro because line and function are
+// the caller's. Not for use in lambdas, whose function name says nothing.
+#define VPTZ_LOG(level, source, ...) \
+  ZERK_LOG_write_newline(::vptz::kLogModule, static_cast<int>(level), source, __LINE__, __func__, __VA_ARGS__)
+
+#endif

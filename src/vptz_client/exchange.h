@@ -1,0 +1,68 @@
+// The one request/reply path. An operation is a call of Exchange that fills the
+// fields of its command and, where it returns data, reads the response.
+#ifndef VPTZ_SRC_VPTZ_CLIENT_EXCHANGE_H
+#define VPTZ_SRC_VPTZ_CLIENT_EXCHANGE_H
+
+#include <cstdint>
+#include <exception>
+
+#include <vptz/vptz.pb.h>
+#include <vptz/vptz_client.h>
+
+namespace vptz {
+
+// How the library's own code reaches a client's private fields.
+struct ClientAccess {
+  static bool HasBusClient(const VptzClient& client) { return client.bus_client_ != nullptr; }
+  static std::int32_t NdiPresetShift(const VptzClient& client) { return client.ndi_preset_shift_; }
+};
+
+// Names the method in the command, sends it and parses the reply. Returns a
+// negative value when the call failed; `response` is then as it was.
+int Send(VptzClient& client, const char* method, int timeout, tutorial::VptzCommand& command,
+         tutorial::VptzResponse& response);
+
+// `fill` gets the empty tutorial::VptzCommand, `read` the parsed
+// tutorial::VptzResponse once the call itself has succeeded, whatever its
+// status code. Returns what every operation returns.
+template <class Fill, class Read>
+int Exchange(VptzClient& client, const char* method, int timeout, Fill&& fill, Read&& read) {
+  if (!ClientAccess::HasBusClient(client)) return -1;
+  try {
+    tutorial::VptzCommand command;
+    fill(command);
+    tutorial::VptzResponse response;
+    const int result = Send(client, method, timeout, command, response);
+    if (result < 0) return result;
+    read(static_cast<const tutorial::VptzResponse&>(response));
+    return response.status_code();
+  } catch (const std::exception&) {
+    // Memory ran out. Anything else that unwinds is a thread's cancellation,
+    // which must not be caught.
+    return -1;
+  }
+}
+
+template <class Fill>
+int Exchange(VptzClient& client, const char* method, int timeout, Fill&& fill) {
+  return Exchange(client, method, timeout, fill, [](const tutorial::VptzResponse&) {});
+}
+
+inline int Exchange(VptzClient& client, const char* method, int timeout) {
+  return Exchange(client, method, timeout, [](tutorial::VptzCommand&) {});
+}
+
+// A command to one PTZ node; `fill` gets the tutorial::PtzCommand that holds
+// the node's id already.
+template <class Fill>
+int ExchangePtz(VptzClient& client, const char* method, unsigned int ptz_id, int timeout, Fill&& fill) {
+  return Exchange(client, method, timeout, [&](tutorial::VptzCommand& command) {
+    tutorial::PtzCommand& ptz = *command.mutable_ptz_command();
+    ptz.set_ptz_id(ptz_id);
+    fill(ptz);
+  });
+}
+
+}  // namespace vptz
+
+#endif

@@ -1,0 +1,77 @@
+#include "cli_test.h"
+
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+#include "support/wait_until.h"
+
+namespace vptz_test {
+
+using testing::HasSubstr;
+
+Words Split(const std::string& line) {
+  std::istringstream stream(line);
+  Words words;
+  for (std::string word; stream >> word;) words.push_back(word);
+  return words;
+}
+
+std::string Page() {
+  const std::ifstream file(VPTZCTL_PAGE);
+  std::ostringstream text;
+  text << file.rdbuf();
+  return text.str();
+}
+
+RunResult RunTool(const Words& words, const Words& environment) {
+  Words argv = {VPTZCTL};
+  argv.insert(argv.end(), words.begin(), words.end());
+  return Run(argv, environment);
+}
+
+void ExpectFailure(const RunResult& result, int exit_code, const std::string& name) {
+  EXPECT_EQ(result.exit_code, exit_code) << result.output << result.errors;
+  const Json object = Json::parse(result.output);
+  ASSERT_TRUE(object.contains("error")) << result.output;
+  EXPECT_EQ(object["error"]["exit_code"], exit_code);
+  EXPECT_EQ(object["error"]["name"], name);
+  const std::string message = object["error"]["message"];
+  EXPECT_FALSE(message.empty());
+  EXPECT_THAT(result.errors, HasSubstr("vptzctl: "));
+  EXPECT_THAT(result.errors, HasSubstr(message));
+}
+
+Words BusTest::OnBus(const Words& words) const {
+  Words all = {"--bus", broker.address()};
+  all.insert(all.end(), words.begin(), words.end());
+  return all;
+}
+
+Words BusTest::ToolOnBus(const std::string& line) const {
+  Words all = OnBus(Split(line));
+  all.insert(all.begin(), VPTZCTL);
+  return all;
+}
+
+Json BusTest::CtlJson(const std::string& line) {
+  const RunResult result = Ctl(line + " --json");
+  EXPECT_EQ(result.exit_code, 0) << line << ": " << result.errors;
+  EXPECT_EQ(result.output.find('\n') + 1, result.output.size()) << "not one line: " << result.output;
+  return Json::parse(result.output);
+}
+
+CliTest::CliTest() {
+  service.emplace(Words{VPTZD, "--bus", broker.address()});
+  const auto serves = [this] { return service->Output().find("serving") != std::string::npos; };
+  if (!WaitUntil([&] { return serves() || !service->Running(); }) || !serves()) {
+    throw std::runtime_error("the service does not run: " + service->Errors());
+  }
+}
+
+Json CliTest::AtRest() {
+  EXPECT_EQ(Ctl("position 1 --watch --until-still --interval 0.01").exit_code, 0);
+  return CtlJson("position 1");
+}
+
+}  // namespace vptz_test

@@ -1,0 +1,152 @@
+// Every exit code, and the table of results that have names.
+#include "failures.h"
+
+#include <signal.h>
+
+#include <semaphore.h>
+#include <cerrno>
+#include <climits>
+#include <fstream>
+#include <map>
+#include <regex>
+
+#include "cli_test.h"
+#include "fake_service.h"
+
+namespace {
+
+using testing::HasSubstr;
+using vptz_test::AnsweringStatus;
+using vptz_test::BusTest;
+using vptz_test::CliTest;
+using vptz_test::ExpectFailure;
+using vptz_test::FailingWith;
+using vptz_test::FakeService;
+using vptz_test::Json;
+using vptz_test::Process;
+using vptz_test::RunResult;
+using vptzctl::ExitCode;
+using vptzctl::Explain;
+
+// "kUnknownMethod" as "unknown_method".
+std::string Underscored(const std::string& enumerator) {
+  std::string name;
+  for (const char c : enumerator.substr(1)) {
+    const bool capital = c >= 'A' && c <= 'Z';
+    name +=
+        (capital && !name.empty() ? "_" : "") + std::string(1, capital ? static_cast<char>(c - 'A' + 'a') : c);
+  }
+  return name;
+}
+
+TEST(FailuresTest, NamesExactlyTheReferenceServicesRefusals) {
+  std::map<int, std::string> of_the_service;
+  std::ifstream header(VPTZ_STATUS_HEADER);
+  const std::regex enumerator(R"(^\s*(k\w+) = (-\d+))");
+  std::smatch match;
+  for (std::string line; std::getline(header, line);) {
+    if (std::regex_search(line, match, enumerator)) of_the_service[std::stoi(match[2])] = Underscored(match[1]);
+  }
+  std::map<int, std::string> of_the_tool;
+  for (const vptzctl::KnownStatus& known : vptzctl::KnownStatuses()) {
+    if (known.exit_code == ExitCode::kRefused) of_the_tool[known.status] = known.name;
+  }
+  EXPECT_GE(of_the_service.size(), 9u);
+  EXPECT_EQ(of_the_tool, of_the_service);
+}
+
+TEST(FailuresTest, EveryNumberHasAnExplanation) {
+  for (const int status : {INT_MIN, -100000, -4096, -4095, -1010, -1000, -134, 1, INT_MAX}) {
+    EXPECT_EQ(Explain(status).exit_code, ExitCode::kRefused) << status;
+    EXPECT_FALSE(Explain(status).message.empty()) << status;
+  }
+  EXPECT_EQ(Explain(-EINVAL).name, "EINVAL");
+  EXPECT_EQ(Explain(-EINVAL).exit_code, ExitCode::kOther);
+}
+
+struct ErrorCase {
+  int error;
+  int exit_code;
+  const char* name;
+};
+
+class TransportFailureTest : public BusTest, public testing::WithParamInterface<ErrorCase> {};
+
+constexpr ErrorCase kErrors[] = {
+    {-ENOTCONN, 3, "ENOTCONN"}, {-EPERM, 3, "not_connected"}, {-ETIMEDOUT, 4, "ETIMEDOUT"},
+    {-ESRCH, 5, "ESRCH"},       {-EMSGSIZE, 6, "EMSGSIZE"},   {-ECONNRESET, 6, "ECONNRESET"},
+    {-EPROTO, 6, "EPROTO"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Failures, TransportFailureTest, testing::ValuesIn(kErrors),
+                         [](const auto& info) { return "Error" + std::to_string(-info.param.error); });
+
+TEST_P(TransportFailureTest, HasItsExitCodeAndName) {
+  const FakeService service(broker.address(), FailingWith(GetParam().error));
+  const RunResult result = Ctl("--json home 1");
+  ExpectFailure(result, GetParam().exit_code, GetParam().name);
+  EXPECT_EQ(Json::parse(result.output)["status"], GetParam().error);
+  EXPECT_EQ(Json::parse(result.output)["ptz"], 1);
+}
+
+TEST_F(CliTest, AStoppedServiceIsATimeOut) {
+  service->Signal(SIGSTOP);
+  const RunResult result = Ctl("--timeout 1 --json status");
+  service->Signal(SIGCONT);
+  ExpectFailure(result, 4, "ETIMEDOUT");
+  EXPECT_THAT(result.errors, HasSubstr("no answer within the time-out of 1 s (ETIMEDOUT, -110)"));
+  EXPECT_FALSE(Json::parse(result.output).contains("state"));
+}
+
+TEST_F(BusTest, AReplyThatIsTooLongIsAnotherFailure) {
+  const FakeService service(broker.address(), [](bus_request* request) {
+    const std::string reply(600, '\0');
+    bus_request_reply(request, reply.data(), static_cast<int>(reply.size()));
+  });
+  ExpectFailure(Ctl("--json position 1"), 6, "EMSGSIZE");
+}
+
+TEST_F(BusTest, ABrokerKilledInTheMiddleOfACallIsAnotherFailure) {
+  sem_t received;
+  sem_init(&received, 0, 0);
+  bus_request* kept = nullptr;
+  {
+    const FakeService service(broker.address(), [&](bus_request* request) {
+      kept = request;
+      sem_post(&received);
+    });
+    Process tool(ToolOnBus("--json --timeout 60 power on"));
+    while (sem_wait(&received) != 0) {
+    }
+    broker.Kill();
+    const int exit_code = tool.Wait();
+    ExpectFailure({exit_code, tool.Output(), tool.Errors()}, 6, "ECONNRESET");
+  }
+  bus_request_fail(kept, -ECANCELED);
+  sem_destroy(&received);
+}
+
+TEST_F(BusTest, StatusesWithoutANameAreRefusals) {
+  for (const int status : {7, -1010, INT_MAX, INT_MIN}) {
+    const FakeService service(broker.address(), AnsweringStatus(status));
+    const RunResult result = Ctl("--json power on");
+    ExpectFailure(result, 1, "refused");
+    EXPECT_EQ(Json::parse(result.output)["status"], status);
+    EXPECT_THAT(result.errors, HasSubstr(std::to_string(status)));
+  }
+}
+
+TEST_F(BusTest, APowerStatusWithoutANameIsAnAnswer) {
+  const FakeService service(broker.address(), AnsweringStatus(7));
+  EXPECT_EQ(CtlJson("power status"), Json({{"command", "power status"}, {"power", nullptr}, {"status", 7}}));
+}
+
+TEST_F(CliTest, OutputThatCannotBeWrittenIsAFailure) {
+  std::string command;
+  for (const std::string& word : ToolOnBus("position 1")) command += word + " ";
+  const RunResult result = vptz_test::Run({"bash", "-c", command + ">/dev/full"});
+  EXPECT_EQ(result.exit_code, 6);
+  EXPECT_THAT(result.errors, HasSubstr("vptzctl: cannot write to standard output\n"));
+}
+
+}  // namespace

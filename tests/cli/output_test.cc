@@ -1,0 +1,70 @@
+// How results look, whatever they hold.
+#include "output.h"
+
+#include "cli_test.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+using vptz_test::CliTest;
+using vptz_test::ExpectFailure;
+using vptz_test::Json;
+using vptz_test::RunResult;
+using vptz_test::RunTool;
+using vptz_test::Words;
+
+TEST(OutputTest, NumbersAreShortAndKeepWhatMatters) {
+  EXPECT_EQ(vptzctl::FormatNumber(30.0), "30");
+  EXPECT_EQ(vptzctl::FormatNumber(-12.5), "-12.5");
+  EXPECT_EQ(vptzctl::FormatNumber(4294967295.0), "4294967295");
+}
+
+TEST(OutputTest, ControlCharactersAreMadeVisible) {
+  EXPECT_EQ(vptzctl::Printable("a\x1b[31m\n\x7f"), "a\\x1b[31m\\x0a\\x7f");
+  EXPECT_EQ(vptzctl::Printable("Kamera Süd"), "Kamera Süd");
+}
+
+TEST_F(CliTest, ArgumentsCannotControlTheTerminal) {
+  const RunResult added = Ctl(Words{"serial", "add", "\x1b]0;owned\a\r\n"});
+  EXPECT_EQ(added.exit_code, 0);
+  EXPECT_THAT(added.output, Not(HasSubstr("\x1b")));
+  EXPECT_THAT(added.output, HasSubstr("\\x1b]0;owned\\x07"));
+  const RunResult again = Ctl(Words{"serial", "add", "\x1b]0;owned\a\r\n"});
+  EXPECT_EQ(again.exit_code, 1);
+  EXPECT_THAT(again.errors, Not(HasSubstr("\x1b")));
+}
+
+TEST(HostileArgumentsTest, AMistakeCannotControlTheTerminal) {
+  EXPECT_THAT(RunTool({"\x1b[2J"}).errors, Not(HasSubstr("\x1b")));
+  EXPECT_THAT(RunTool({"stop", "1", "--\x1b[2J"}).errors, Not(HasSubstr("\x1b")));
+}
+
+TEST_F(CliTest, JsonEscapesWhateverAnArgumentHolds) {
+  for (const std::string token : {"\"},{\"", "\\", "line\nbreak", "\x1b[31m", "Süd", "%s%n", "{}", "[a,b]"}) {
+    const RunResult result = Ctl(Words{"--json", "position", "1", "--token", token});
+    ExpectFailure(result, 1, "unknown_id");
+    EXPECT_EQ(Json::parse(result.output)["token"], token);
+  }
+}
+
+TEST_F(CliTest, BytesThatAreNoTextAreReplacedInJson) {
+  const RunResult result = Ctl(Words{"--json", "position", "1", "--token", "\xff\xfe"});
+  ExpectFailure(result, 1, "unknown_id");
+  EXPECT_EQ(Json::parse(result.output)["token"], "\xef\xbf\xbd\xef\xbf\xbd");
+}
+
+TEST_F(CliTest, AVeryLongArgumentGetsAnOrdinaryAnswer) {
+  const std::string token(100000, 'x');
+  const RunResult result = Ctl(Words{"--json", "position", "1", "--token", token});
+  ExpectFailure(result, 1, "unknown_id");
+  EXPECT_EQ(Json::parse(result.output)["token"], token);
+}
+
+TEST_F(CliTest, GlobalOptionsMayStandAnywhere) {
+  EXPECT_EQ(Ctl("position --json 1 --timeout 5").exit_code, 0);
+  EXPECT_EQ(Ctl("--json --timeout 0 power status").exit_code, 0);
+  EXPECT_EQ(Ctl("power --timeout 5 status --json").exit_code, 0);
+}
+
+}  // namespace

@@ -1,0 +1,183 @@
+// The bundled service half: requests and how they end.
+#include <signal.h>
+
+#include <atomic>
+#include <cerrno>
+#include <set>
+
+#include "contract/bundled_bus.h"
+#include "support/broker.h"
+#include "support/wait_until.h"
+
+namespace vptz_test {
+namespace {
+
+class BusServiceRequests : public BundledBus {
+ protected:
+  // Keeps each request for the test.
+  Handler Keeper() {
+    return [this](bus_service*, bus_request* request) {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      kept_.push_back(request);
+    };
+  }
+  bus_request* Take(std::size_t index = 0) {
+    EXPECT_TRUE(WaitUntil([&] {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      return kept_.size() > index;
+    }));
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return kept_.at(index);
+  }
+
+  Broker broker_;
+  std::mutex mutex_;
+  std::vector<bus_request*> kept_;
+};
+
+TEST_F(BusServiceRequests, TellTheirMethodAndBytesUntilTheyEnd) {
+  const ServedName service("camera", broker_.address(), Keeper());
+  const ClientPtr client = ConnectedTo(broker_.address());
+  EXPECT_EQ(CallAsync(client.get(), "camera", "a/b", std::string("x\0y", 3), TheReceiver(0).callback), 0);
+  EXPECT_EQ(CallAsync(client.get(), "camera", "empty", "", TheReceiver(0).callback), 0);
+  bus_request* empty = Take(1);
+  bus_request* request = Take(0);
+  int length = -1;
+  EXPECT_EQ(bus_request_payload(empty, &length), nullptr);
+  EXPECT_EQ(length, 0);
+  EXPECT_STREQ(bus_request_method(request), "a/b");
+  EXPECT_EQ(Payload(request), std::string("x\0y", 3));
+  EXPECT_EQ(Reply(request, ""), 0);
+  EXPECT_EQ(Reply(empty, ""), 0);
+}
+
+TEST_F(BusServiceRequests, AreHandledInOrderOnOneThread) {
+  std::vector<std::string> order;
+  std::set<std::thread::id> threads;
+  ServedName service("camera", broker_.address(), [&](bus_service*, bus_request* request) {
+    order.push_back(Payload(request));
+    threads.insert(std::this_thread::get_id());
+    Reply(request, "");
+  });
+  const ClientPtr client = ConnectedTo(broker_.address());
+  std::vector<std::string> expected;
+  for (int i = 0; i < 200; ++i) {
+    expected.push_back(std::to_string(i));
+    EXPECT_EQ(CallAsync(client.get(), "camera", "count", expected.back(), TheReceiver(0).callback), 0);
+  }
+  ASSERT_TRUE(TheReceiver(0).WaitFor(200));
+  service.Free();
+  EXPECT_EQ(order, expected);
+  EXPECT_EQ(threads.size(), 1U);
+  EXPECT_EQ(threads.count(std::this_thread::get_id()), 0U);
+}
+
+TEST_F(BusServiceRequests, MayBeAnsweredLaterFromAnotherThread) {
+  const ServedName service("camera", broker_.address(), Keeper());
+  const ClientPtr client = ConnectedTo(broker_.address());
+  CallResult result{};
+  Thread waiting([&] { result = Call(client.get(), "camera", "slow", "", 20); });
+  bus_request* request = Take();
+  Thread answering([&] { EXPECT_EQ(Reply(request, "done"), 0); });
+  answering.join();
+  waiting.join();
+  EXPECT_EQ(result.reply, "done");
+}
+
+TEST_F(BusServiceRequests, KeptOnesDoNotHoldUpOthers) {
+  const ServedName service("camera", broker_.address(), [&](bus_service*, bus_request* request) {
+    if (Payload(request).empty()) {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      kept_.push_back(request);
+    } else {
+      Reply(request, Payload(request));
+    }
+  });
+  const ClientPtr client = ConnectedTo(broker_.address());
+  EXPECT_EQ(CallAsync(client.get(), "camera", "slow", "", TheReceiver(0).callback, 20), 0);
+  bus_request* request = Take();
+  EXPECT_EQ(Call(client.get(), "camera", "quick", "x").reply, "x");
+  EXPECT_EQ(Reply(request, ""), 0);
+  EXPECT_TRUE(TheReceiver(0).WaitFor(1));
+}
+
+TEST_F(BusServiceRequests, FailuresReachTheCaller) {
+  const ServedName service("camera", broker_.address(), [](bus_service*, bus_request* request) {
+    bus_request_fail(request, std::stoi(Payload(request)));
+  });
+  const ClientPtr client = ConnectedTo(broker_.address());
+  for (const int error : {-EBUSY, -EIO, -ENOSYS, -EINVAL, -ETIMEDOUT, -ESRCH, -1, -4095}) {
+    EXPECT_EQ(Call(client.get(), "camera", "fail", std::to_string(error)).code, error);
+  }
+  for (const int error : {0, 1, EBUSY, 2147483647}) {
+    EXPECT_EQ(Call(client.get(), "camera", "fail", std::to_string(error)).code, -EPROTO) << error;
+  }
+}
+
+TEST_F(BusServiceRequests, ArgumentsAreChecked) {
+  EXPECT_EQ(bus_request_reply(nullptr, "x", 1), -EINVAL);
+  EXPECT_EQ(bus_request_fail(nullptr, -EIO), -EINVAL);
+  const ServedName service("camera", broker_.address(), [](bus_service*, bus_request* request) {
+    if (Payload(request) == "null") {
+      EXPECT_EQ(bus_request_reply(request, nullptr, 1), -EINVAL);
+    } else {
+      EXPECT_EQ(bus_request_reply(request, "x", -1), -EINVAL);
+    }
+  });
+  const ClientPtr client = ConnectedTo(broker_.address());
+  EXPECT_LT(Call(client.get(), "camera", "reply", "null", 1).code, 0);
+  EXPECT_LT(Call(client.get(), "camera", "reply", "negative", 1).code, 0);
+}
+
+TEST_F(BusServiceRequests, AnswerAfterTheDeadlineIsRefused) {
+  const ServedName service("camera", broker_.address(), Keeper());
+  const ClientPtr client = ConnectedTo(broker_.address());
+  EXPECT_EQ(Call(client.get(), "camera", "slow", "", 1).code, -ETIMEDOUT);
+  EXPECT_EQ(Reply(Take(), "late"), -ETIMEDOUT);
+}
+
+TEST_F(BusServiceRequests, AnswerOverALostConnectionIsRefused) {
+  const ServedName service("camera", broker_.address(), Keeper());
+  const ClientPtr client = ConnectedTo(broker_.address());
+  EXPECT_EQ(CallAsync(client.get(), "camera", "slow", "", TheReceiver(0).callback, 60), 0);
+  bus_request* first = Take();
+  EXPECT_EQ(CallAsync(client.get(), "camera", "slow", "", TheReceiver(0).callback, 60), 0);
+  bus_request* second = Take(1);
+  broker_.Kill();
+  EXPECT_TRUE(WaitUntil([&] { return Emit(service.get(), "moved") == -ENOTCONN; }));
+  EXPECT_EQ(Reply(first, "x"), -ENOTCONN);
+  broker_.Start();
+  EXPECT_TRUE(WaitUntil([&] { return Emit(service.get(), "moved") == 0; }));
+  EXPECT_EQ(Reply(second, "x"), -ENOTCONN) << "its connection has gone, though there is another";
+}
+
+TEST_F(BusServiceRequests, HandlerMayEmitAndCallOthers) {
+  const ServedName inner("inner", broker_.address(), &Echo);
+  const ClientPtr own = ConnectedTo(broker_.address());
+  const ServedName outer("outer", broker_.address(), [&](bus_service* self, bus_request* request) {
+    EXPECT_EQ(Emit(self, "asked", Payload(request)), 0);
+    Reply(request, Call(own.get(), "inner", "echo", Payload(request)).reply);
+  });
+  const ClientPtr client = ConnectedTo(broker_.address());
+  EXPECT_EQ(bus_signal_subscribe(client.get(), "outer", "asked", TheReceiver(0).callback), 0);
+  EXPECT_EQ(Call(client.get(), "outer", "ask", "x").reply, "x");
+  ASSERT_TRUE(TheReceiver(0).WaitFor(1));
+  EXPECT_EQ(TheReceiver(0).All()[0].payload, "x");
+}
+
+TEST_F(BusServiceRequests, SignalsAndAnswersOfManyThreadsArrive) {
+  const ServedName service("camera", broker_.address(), &Echo);
+  const ClientPtr client = ConnectedTo(broker_.address());
+  EXPECT_EQ(bus_signal_subscribe(client.get(), "camera", "moved", TheReceiver(0).callback), 0);
+  std::vector<Thread> threads;
+  for (int number = 0; number < 4; ++number) {
+    threads.emplace_back([&] {
+      for (int i = 0; i < 50; ++i) EXPECT_EQ(Emit(service.get(), "moved", "x"), 0);
+    });
+  }
+  for (int i = 0; i < 50; ++i) EXPECT_EQ(Call(client.get(), "camera", "echo", "y").reply, "y");
+  EXPECT_TRUE(TheReceiver(0).WaitFor(200));
+}
+
+}  // namespace
+}  // namespace vptz_test

@@ -1,0 +1,149 @@
+#include "support/raw_mqtt.h"
+
+#include <mqtt_protocol.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <stdexcept>
+
+namespace vptz_test {
+namespace {
+
+constexpr std::chrono::seconds kPatience{10};
+
+// Properties in the making, freed with the object.
+class PropertyList {
+ public:
+  explicit PropertyList(const RawMessage& message) {
+    if (!message.response_topic.empty()) {
+      mosquitto_property_add_string(&list_, MQTT_PROP_RESPONSE_TOPIC, message.response_topic.c_str());
+    }
+    if (!message.correlation.empty()) {
+      mosquitto_property_add_binary(&list_, MQTT_PROP_CORRELATION_DATA, message.correlation.data(),
+                                    static_cast<std::uint16_t>(message.correlation.size()));
+    }
+  }
+  ~PropertyList() { mosquitto_property_free_all(&list_); }
+  PropertyList(const PropertyList&) = delete;
+  PropertyList& operator=(const PropertyList&) = delete;
+
+  const mosquitto_property* get() const { return list_; }
+
+ private:
+  mosquitto_property* list_ = nullptr;
+};
+
+std::string ResponseTopic(const mosquitto_property* properties) {
+  char* text = nullptr;
+  mosquitto_property_read_string(properties, MQTT_PROP_RESPONSE_TOPIC, &text, false);
+  std::string topic = text == nullptr ? "" : text;
+  std::free(text);
+  return topic;
+}
+
+std::string Correlation(const mosquitto_property* properties) {
+  void* bytes = nullptr;
+  std::uint16_t length = 0;
+  mosquitto_property_read_binary(properties, MQTT_PROP_CORRELATION_DATA, &bytes, &length, false);
+  std::string correlation = bytes == nullptr ? "" : std::string(static_cast<const char*>(bytes), length);
+  std::free(bytes);
+  return correlation;
+}
+
+}  // namespace
+
+RawMqtt::RawMqtt(const std::string& socket_path, const std::string& filter)
+    : mosquitto_((mosquitto_lib_init(), mosquitto_new(nullptr, true, this))), filter_(filter) {
+  mosquitto_int_option(mosquitto_, MOSQ_OPT_PROTOCOL_VERSION, MQTT_PROTOCOL_V5);
+  mosquitto_connect_v5_callback_set(mosquitto_, &OnConnect);
+  mosquitto_subscribe_v5_callback_set(mosquitto_, &OnSubscribe);
+  mosquitto_message_v5_callback_set(mosquitto_, &OnMessage);
+  mosquitto_publish_v5_callback_set(mosquitto_, &OnPublish);
+  const bool connected = mosquitto_connect(mosquitto_, socket_path.c_str(), 0, 60) == MOSQ_ERR_SUCCESS &&
+                         mosquitto_loop_start(mosquitto_) == MOSQ_ERR_SUCCESS;
+  std::unique_lock<std::mutex> lock(mutex_);
+  if (!connected || !changed_.wait_for(lock, kPatience, [this] { return ready_; })) {
+    throw std::runtime_error("no raw connection to the broker");
+  }
+}
+
+RawMqtt::~RawMqtt() {
+  mosquitto_disconnect(mosquitto_);
+  mosquitto_loop_stop(mosquitto_, false);
+  mosquitto_destroy(mosquitto_);
+  mosquitto_lib_cleanup();
+}
+
+RawMessage RawMqtt::WaitFor(const std::string& text, std::size_t count) {
+  std::unique_lock<std::mutex> lock(mutex_);
+  RawMessage found;
+  const bool came = changed_.wait_for(lock, kPatience, [&] {
+    std::size_t left = count;
+    for (const RawMessage& message : messages_) {
+      if (message.topic.find(text) == std::string::npos) continue;
+      found = message;
+      if (--left == 0) return true;
+    }
+    return false;
+  });
+  if (!came) throw std::runtime_error("no message with \"" + text + "\" in its topic");
+  return found;
+}
+
+void RawMqtt::Clear() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  messages_.clear();
+}
+
+void RawMqtt::Send(const RawMessage& message) {
+  std::unique_lock<std::mutex> lock(mutex_);
+  const int before = confirmed_;
+  lock.unlock();
+  const PropertyList properties(message);
+  mosquitto_publish_v5(mosquitto_, nullptr, message.topic.c_str(), static_cast<int>(message.payload.size()),
+                       message.payload.data(), 1, false, properties.get());
+  lock.lock();
+  if (!changed_.wait_for(lock, kPatience, [&] { return confirmed_ > before; })) {
+    throw std::runtime_error("the broker does not confirm a raw message");
+  }
+}
+
+void RawMqtt::OnConnect(mosquitto* mosquitto, void* self, int, int, const mosquitto_property*) {
+  auto* raw = static_cast<RawMqtt*>(self);
+  if (!raw->filter_.empty()) {
+    mosquitto_subscribe(mosquitto, nullptr, raw->filter_.c_str(), 0);
+    return;
+  }
+  raw->BecomeReady();
+}
+
+void RawMqtt::OnSubscribe(mosquitto*, void* self, int, int, const int*, const mosquitto_property*) {
+  auto* raw = static_cast<RawMqtt*>(self);
+  raw->BecomeReady();
+}
+
+void RawMqtt::OnMessage(mosquitto*, void* self, const mosquitto_message* message,
+                        const mosquitto_property* properties) {
+  auto* raw = static_cast<RawMqtt*>(self);
+  const std::lock_guard<std::mutex> lock(raw->mutex_);
+  raw->messages_.push_back(
+      {message->topic,
+       std::string(static_cast<const char*>(message->payload), static_cast<std::size_t>(message->payloadlen)),
+       ResponseTopic(properties), Correlation(properties)});
+  raw->changed_.notify_all();
+}
+
+void RawMqtt::OnPublish(mosquitto*, void* self, int, int, const mosquitto_property*) {
+  auto* raw = static_cast<RawMqtt*>(self);
+  const std::lock_guard<std::mutex> lock(raw->mutex_);
+  ++raw->confirmed_;
+  raw->changed_.notify_all();
+}
+
+void RawMqtt::BecomeReady() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  ready_ = true;
+  changed_.notify_all();
+}
+
+}  // namespace vptz_test

@@ -1,0 +1,2 @@
+// A header that makes every caller need protobuf.
+#include <google/protobuf/stubs/port.h>

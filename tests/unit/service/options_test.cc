@@ -1,0 +1,82 @@
+#include "options.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace vptz_test {
+namespace {
+
+using testing::HasSubstr;
+using vptzd::Options;
+
+struct Outcome {
+  std::optional<int> exit_code;
+  Options options;
+  std::string output;
+  std::string errors;
+};
+
+Outcome Read(std::vector<const char*> arguments) {
+  arguments.insert(arguments.begin(), "vptzd");
+  Outcome outcome;
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  outcome.exit_code =
+      vptzd::ReadOptions(static_cast<int>(arguments.size()), arguments.data(), &outcome.options);
+  outcome.output = testing::internal::GetCapturedStdout();
+  outcome.errors = testing::internal::GetCapturedStderr();
+  return outcome;
+}
+
+TEST(Options, DefaultsToTwoCamerasOnTheDefaultBus) {
+  const Outcome outcome = Read({});
+  EXPECT_FALSE(outcome.exit_code.has_value());
+  EXPECT_FALSE(outcome.options.bus.has_value());
+  EXPECT_EQ(outcome.options.cameras, 2u);
+}
+
+TEST(Options, TakesBusAndCameras) {
+  const Outcome outcome = Read({"--bus", "mqtt://broker:1884", "--cameras=64"});
+  EXPECT_FALSE(outcome.exit_code.has_value());
+  EXPECT_EQ(outcome.options.bus, "mqtt://broker:1884");
+  EXPECT_EQ(outcome.options.cameras, 64u);
+}
+
+TEST(Options, TakesOneToSixtyFourCameras) {
+  EXPECT_FALSE(Read({"--cameras", "1"}).exit_code.has_value());
+  for (const char* number : {"0", "65", "-1", "many", "1.5", "", "99999999999999999999"}) {
+    const Outcome outcome = Read({"--cameras", number});
+    EXPECT_EQ(outcome.exit_code, 2) << number;
+    EXPECT_THAT(outcome.errors, HasSubstr("--cameras")) << number;
+  }
+}
+
+TEST(Options, RefusesWhatItDoesNotKnow) {
+  for (const char* argument : {"--camera", "serve", "-x"}) {
+    const Outcome outcome = Read({argument});
+    EXPECT_EQ(outcome.exit_code, 2) << argument;
+    EXPECT_THAT(outcome.errors, HasSubstr(argument)) << argument;
+  }
+  EXPECT_EQ(Read({"--bus"}).exit_code, 2);
+}
+
+TEST(Options, HelpNamesEveryOptionAndEndsWell) {
+  const Outcome outcome = Read({"--help"});
+  EXPECT_EQ(outcome.exit_code, 0);
+  EXPECT_THAT(outcome.output, HasSubstr("--bus ADDRESS"));
+  EXPECT_THAT(outcome.output, HasSubstr("--cameras N"));
+  EXPECT_THAT(outcome.output, HasSubstr("Exit codes"));
+}
+
+TEST(Options, VersionEndsWell) {
+  const Outcome outcome = Read({"--version"});
+  EXPECT_EQ(outcome.exit_code, 0);
+  EXPECT_EQ(outcome.output, "vptzd 0.1.0\n");
+}
+
+}  // namespace
+}  // namespace vptz_test

@@ -1,0 +1,58 @@
+#include "interrupt.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <ctime>
+#include <system_error>
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+namespace vptzctl {
+namespace {
+
+// Readable for good once a signal arrived, so that none is lost between a look
+// and a wait. The handler needs it, hence one for the process.
+int arrived = -1;
+
+void OnSignal(int) {
+  const int saved = errno;
+  const std::uint64_t one = 1;
+  [[maybe_unused]] const ssize_t written = write(arrived, &one, sizeof one);
+  errno = saved;
+}
+
+void Catch(int number) {
+  struct sigaction action = {};
+  action.sa_handler = OnSignal;
+  action.sa_flags = SA_RESTART | static_cast<int>(SA_RESETHAND);
+  sigaction(number, &action, nullptr);
+}
+
+bool ReadableWithin(std::chrono::duration<double> time) {
+  pollfd wanted = {arrived, POLLIN, 0};
+  const auto until = std::chrono::steady_clock::now() + time;
+  while (true) {
+    const auto left = until - std::chrono::steady_clock::now();
+    const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(left).count();
+    const int ready = poll(&wanted, 1, milliseconds > 0 ? static_cast<int>(milliseconds) : 0);
+    if (ready >= 0 || errno != EINTR) return ready > 0;
+  }
+}
+
+}  // namespace
+
+Interrupt::Interrupt() {
+  arrived = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+  if (arrived < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
+  Catch(SIGINT);
+  Catch(SIGTERM);
+}
+
+bool Interrupt::Arrived() const { return ReadableWithin(std::chrono::duration<double>(0)); }
+
+bool Interrupt::WaitFor(std::chrono::duration<double> time) const { return ReadableWithin(time); }
+
+}  // namespace vptzctl

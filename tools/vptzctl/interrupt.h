@@ -1,0 +1,23 @@
+// Ends a loop on Ctrl-C, or when the program is asked to terminate.
+#ifndef VPTZCTL_INTERRUPT_H
+#define VPTZCTL_INTERRUPT_H
+
+#include <chrono>
+
+namespace vptzctl {
+
+// Catches the first SIGINT or SIGTERM from its construction to the program's
+// end. A second one ends the program as usual, should a call not return.
+class Interrupt {
+ public:
+  Interrupt();
+
+  bool Arrived() const;
+
+  // Waits, and tells whether one arrived meanwhile.
+  bool WaitFor(std::chrono::duration<double> time) const;
+};
+
+}  // namespace vptzctl
+
+#endif

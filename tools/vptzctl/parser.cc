@@ -1,0 +1,202 @@
+#include "parser.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include <CLI/CLI.hpp>
+
+#include "command.h"
+
+namespace vptzctl {
+namespace {
+
+constexpr char kDescription[] = "Drives pan-tilt-zoom cameras through the service \"vptz\".";
+
+// "move to PTZ [--pan DEG] ..."
+std::string Usage(const Command& command) {
+  std::string usage = command.Name();
+  for (const Argument& argument : command.arguments) {
+    const std::string value = argument.placeholder.empty() ? "" : " " + argument.placeholder;
+    usage += argument.IsOption() ? " [" + argument.name + value + "]" : " " + argument.name;
+  }
+  return usage;
+}
+
+// Of one group, or of all.
+std::string ListCommands(const std::string& group = "") {
+  std::string text = "Commands:\n";
+  for (const Command& command : Commands()) {
+    if (group.empty() || command.group == group) {
+      text += "  " + Usage(command) + "\n      " + command.help + "\n";
+    }
+  }
+  return text;
+}
+
+std::string Overview() {
+  return ListCommands() +
+         "\nOptions may stand before and behind the command. 'vptzctl COMMAND --help' tells more.\n"
+         "\nExit codes:\n" +
+         ExitCodeHelp() +
+         "\nFailures are told on standard error, with --json also in an object with \"error\" on standard "
+         "output.";
+}
+
+std::string Operations(const Command& command) {
+  return "Uses of VptzClient: " + Joined(command.operations, ", ") +
+         "\nOptions of every command, exit codes: vptzctl --help";
+}
+
+// ---- building ------------------------------------------------------------------
+
+CLI::callback_t Into(Values* values, const Argument& argument) {
+  return [values, &argument](const CLI::results_t& texts) {
+    try {
+      (*values)[argument.name] = ReadValue(argument, texts.front());
+    } catch (const std::invalid_argument& error) {
+      throw CLI::ValidationError(argument.name + " \"" + texts.front() + "\" " + error.what());
+    }
+    return true;
+  };
+}
+
+// A blank keeps the parsing library from describing the value in its own words.
+std::string ValueText(const Argument& argument) {
+  const bool told = argument.IsOption() || argument.kind == Kind::kChoice;
+  return told && !argument.placeholder.empty() ? argument.placeholder : " ";
+}
+
+void AddOption(CLI::App* app, const Argument& argument, Values* values) {
+  const std::string help = HelpWithRules(argument);
+  if (argument.kind == Kind::kFlag) {
+    const auto set = [values, &argument](std::int64_t) { (*values)[argument.name] = true; };
+    app->add_flag_function(argument.name, set, help)->disable_flag_override()->option_text(" ");
+    return;
+  }
+  CLI::Option* option = app->add_option(argument.name, Into(values, argument), help);
+  option->type_name(argument.placeholder)->option_text(ValueText(argument))->required(!argument.IsOption());
+}
+
+void Relate(CLI::App* app, const Argument& argument) {
+  CLI::Option* option = app->get_option(argument.name);
+  if (!argument.needs.empty()) option->needs(app->get_option(argument.needs));
+  for (const std::string& other : argument.excludes) option->excludes(app->get_option(other));
+}
+
+void AddCommand(CLI::App* parent, const Command& command, Invocation* invocation) {
+  CLI::App* app = parent->add_subcommand(command.verb, command.help);
+  app->fallthrough();
+  app->group("");
+  app->footer(Operations(command));
+  for (const Argument& argument : command.arguments) AddOption(app, argument, &invocation->values);
+  for (const Argument& argument : command.arguments) Relate(app, argument);
+  app->callback([invocation, &command] { invocation->command = &command; });
+}
+
+void AddGroup(CLI::App* parent, const Group& group) {
+  CLI::App* app = parent->add_subcommand(group.name, group.help);
+  app->fallthrough();
+  app->group("");
+  app->require_subcommand(1);
+  app->footer(ListCommands(group.name));
+}
+
+const std::vector<Argument>& GlobalArguments() {
+  static const std::vector<Argument> arguments = {
+      Text("--bus", "ADDRESS",
+           "where the message bus is: mqtt://host[:port] or unix:/path; without it $DORV_BUS_ADDRESS, else "
+           "unix:/run/dorv/bus.sock"),
+      Integer("--timeout", {0, std::numeric_limits<int>::max()},
+              "seconds that a command may take; 0 is the configured time-out")
+          .Placeholder("SECONDS"),
+      Flag("--json", "print one JSON object a line"),
+  };
+  return arguments;
+}
+
+void Build(CLI::App* app, Invocation* invocation, Values* globals) {
+  app->get_formatter()->label("SUBCOMMAND", "COMMAND");
+  app->get_formatter()->label("Positionals", "Arguments");
+  app->set_help_flag("-h,--help", "print this help");
+  app->set_version_flag("--version", "vptzctl " VPTZCTL_VERSION, "print the version");
+  app->require_subcommand(1);
+  app->footer(Overview());
+  for (const Argument& argument : GlobalArguments()) AddOption(app, argument, globals);
+  for (const Group& group : Groups()) AddGroup(app, group);
+  for (const Command& command : Commands()) {
+    AddCommand(command.group.empty() ? app : app->get_subcommand(command.group), command, invocation);
+  }
+}
+
+// ---- reading -------------------------------------------------------------------
+
+void RequireOneOf(const Command& command, const Values& values) {
+  const auto& wanted = command.needs_one_of;
+  const auto given = [&values](const std::string& name) { return values.count(name) > 0; };
+  if (wanted.empty() || std::any_of(wanted.begin(), wanted.end(), given)) return;
+  throw UsageError("give at least one of " + Joined(wanted, ", "));
+}
+
+void Complete(Invocation* invocation, const Values& globals) {
+  RequireOneOf(*invocation->command, invocation->values);
+  for (const Argument& argument : invocation->command->arguments) {
+    invocation->values.emplace(argument.name, argument.fallback);
+  }
+  invocation->json = globals.count("--json") > 0;
+  if (globals.count("--bus") > 0) invocation->bus = std::get<std::string>(globals.at("--bus"));
+  if (globals.count("--timeout") > 0) {
+    invocation->timeout = static_cast<int>(std::get<std::uint32_t>(globals.at("--timeout")));
+  }
+}
+
+// The command or group that the words of the command line have reached.
+const CLI::App& Innermost(const CLI::App& app) {
+  const std::vector<CLI::App*> chosen = app.get_subcommands();
+  return chosen.empty() ? app : Innermost(*chosen.front());
+}
+
+// Why no command was reached, which the parsing library does not tell.
+std::string MissingCommand(const CLI::App& app) {
+  const std::vector<std::string> rest = app.remaining(true);
+  const bool named = !rest.empty() && rest.front().rfind('-', 0) != 0;
+  return named ? "there is no command \"" + rest.front() + "\"" : "a command is missing";
+}
+
+bool ReachedACommand(const CLI::App& app) { return Innermost(app).get_require_subcommand_min() == 0; }
+
+// The words that were understood: "vptzctl move to".
+std::string Understood(const CLI::App& app) {
+  const std::vector<CLI::App*> chosen = app.get_subcommands();
+  return chosen.empty() ? app.get_name() : app.get_name() + " " + Understood(*chosen.front());
+}
+
+[[noreturn]] void Refuse(const CLI::App& app, const std::string& reason) {
+  throw UsageError(reason + "; see '" + Understood(app) + " --help'");
+}
+
+}  // namespace
+
+Invocation Parse(int argc, const char* const* argv) {
+  Invocation invocation;
+  Values globals;
+  CLI::App app(kDescription, "vptzctl");
+  Build(&app, &invocation, &globals);
+  try {
+    app.parse(argc, argv);
+    Complete(&invocation, globals);
+  } catch (const CLI::CallForVersion& version) {
+    invocation.text = std::string(version.what()) + "\n";
+  } catch (const CLI::CallForHelp&) {
+    invocation.text = app.help();
+  } catch (const CLI::RequiredError& error) {
+    Refuse(app, ReachedACommand(app) ? error.what() : MissingCommand(app));
+  } catch (const CLI::ParseError& error) {
+    Refuse(app, error.what());
+  } catch (const UsageError& error) {
+    Refuse(app, error.what());
+  }
+  return invocation;
+}
+
+}  // namespace vptzctl

@@ -1,0 +1,78 @@
+#include "command.h"
+#include "session.h"
+
+namespace vptzctl {
+namespace {
+
+ExitCode SerialAdd(Session& session) {
+  return session.Finish(session.client.AddUSBttyDevice(session.Text("TTY"), session.timeout));
+}
+
+ExitCode SerialRemove(Session& session) {
+  return session.Finish(session.client.RemoveUSBttyDevice(session.Text("TTY"), session.timeout));
+}
+
+ExitCode SerialFlush(Session& session) {
+  return session.Finish(session.client.FlushUSBttydevices(session.timeout));
+}
+
+ExitCode SerialConfig(Session& session) {
+  return session.Finish(session.client.ConfigDevices(session.timeout));
+}
+
+ExitCode SerialReset2P0(Session& session) {
+  return session.Finish(session.Text("STATE") == "on" ? session.client.EnableReset2P0(session.timeout)
+                                                      : session.client.DisableReset2P0(session.timeout));
+}
+
+ExitCode PowerOn(Session& session) { return session.Finish(session.client.PowerOnDevices(session.timeout)); }
+
+ExitCode PowerOff(Session& session) { return session.Finish(session.client.PowerOffDevices(session.timeout)); }
+
+// What positive results other than the reference service's mean is the
+// service's own; the status tells them.
+ExitCode PowerStatus(Session& session) {
+  const int status = session.client.GetDevicesPowerStatus(session.timeout);
+  Value power;
+  if (status == 0) power = std::string("off");
+  if (status == 1) power = std::string("on");
+  session.result.answers = {{"power", power, ""}};
+  return session.Answer(status);
+}
+
+Argument Tty() { return Text("TTY", "", "device path of the port, such as /dev/ttyUSB0"); }
+
+}  // namespace
+
+std::vector<Command> PowerCommands() {
+  return {
+      {"serial", "add", "Adds a USB-serial port.", {"AddUSBttyDevice"}, {Tty()}, {}, SerialAdd},
+      {"serial", "remove", "Removes a USB-serial port.", {"RemoveUSBttyDevice"}, {Tty()}, {}, SerialRemove},
+      {"serial", "flush", "Forgets all USB-serial ports.", {"FlushUSBttydevices"}, {}, {}, SerialFlush},
+      {"serial",
+       "config",
+       "Has the service read its device configuration again.",
+       {"ConfigDevices"},
+       {},
+       {},
+       SerialConfig},
+      {"serial",
+       "reset2p0",
+       "Switches the service's reset-2P0 behaviour.",
+       {"EnableReset2P0", "DisableReset2P0"},
+       {Choice("STATE", {"on", "off"}, "what it is to be")},
+       {},
+       SerialReset2P0},
+      {"power", "on", "Powers the devices on.", {"PowerOnDevices"}, {}, {}, PowerOn},
+      {"power", "off", "Powers the devices off.", {"PowerOffDevices"}, {}, {}, PowerOff},
+      {"power",
+       "status",
+       "Tells whether the devices are powered. Off is an answer, too: the exit code is 0.",
+       {"GetDevicesPowerStatus"},
+       {},
+       {},
+       PowerStatus},
+  };
+}
+
+}  // namespace vptzctl
