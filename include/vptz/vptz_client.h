@@ -1,7 +1,7 @@
 // VptzClient: the one object through which an application drives cameras.
 //
 // Results. Every operation that sends a command returns an int:
-//   0            done (for GetDevicesPowerStatus: the answer 0)
+//   0            done (for GetStatus and GetDevicesPowerStatus: the answer 0)
 //   -1           the client never connected; nothing was sent
 //   other < 0    the bus library's negative errno value when the call failed
 //                (-ENOTCONN, -ETIMEDOUT, -ESRCH, -ECONNRESET ...), else the

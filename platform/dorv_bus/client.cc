@@ -134,7 +134,7 @@ int bus_client::Send(PendingCall* call, const char* service, const char* method,
   call->service = Watch(service);
   call->method = call->callback == nullptr ? std::string_view(method) : call->own_method;
   call->request_length = length;
-  call->confirmed = !Trusts(*call->service, call->method, length);
+  call->confirmed = !unconfirmed_.empty() || !Trusts(*call->service, call->method, length);
   *sequence = ++sequence_;
   const auto identity = dorv::RequestIdentity::Make(caller_, *sequence, left);
   dorv::Properties properties;
@@ -142,13 +142,18 @@ int bus_client::Send(PendingCall* call, const char* service, const char* method,
       !properties.AddCorrelation(identity.Encode())) {
     return -ENOMEM;
   }
-  calls_.emplace(*sequence, call);
   const int result = connection_.Publish(&call->message_id, dorv::Topic::Call(service, method).c_str(), request,
                                          length, call->confirmed ? 1 : 0, false, properties.get());
   if (result < 0) {
-    calls_.erase(*sequence);
+    return result;
   }
-  return result;
+  calls_.emplace(*sequence, call);
+  if (call->confirmed) {
+    unconfirmed_.insert(call->message_id);
+  } else {
+    call->message_id = 0;
+  }
+  return 0;
 }
 
 // Has the broker tell whether the service is there; told once a session.
@@ -261,6 +266,9 @@ void bus_client::ReceivePresence(std::string_view service, bool present) {
 
 // The broker has the request, or tells why it did not pass it on.
 void bus_client::Acknowledge(int message_id, int reason) {
+  if (unconfirmed_.erase(message_id) == 0) {
+    return;
+  }
   const auto entry = std::find_if(calls_.begin(), calls_.end(),
                                   [&](const auto& one) { return one.second->message_id == message_id; });
   if (entry == calls_.end()) {
@@ -281,6 +289,7 @@ void bus_client::Acknowledge(int message_id, int reason) {
 }
 
 void bus_client::Lose() {
+  unconfirmed_.clear();
   for (auto& [name, watch] : services_) {
     watch = ServiceWatch();
   }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -105,6 +106,10 @@ struct bus_client final : dorv::Connection::Owner, std::enable_shared_from_this<
   std::shared_ptr<bus_client> self_;
   std::uint64_t sequence_ = 0;
   std::unordered_map<std::uint64_t, dorv::PendingCall*> calls_;
+  // Requests that the broker has yet to confirm. While there are any, the next
+  // one goes at QoS 1 too: libmosquitto may still hold some of them back, and a
+  // stop must not overtake a move.
+  std::set<int> unconfirmed_;
   std::map<std::string, dorv::ServiceWatch, std::less<>> services_;
   std::map<SubscriptionKey, Subscription> subscriptions_;
   int last_identifier_ = 0;

@@ -102,7 +102,7 @@ void Connection::Fail(int error) {
   EndSession(false);
   const TimePoint now = Clock::now();
   // A password that was wrong once is wrong a second later too.
-  const std::chrono::seconds pause(error == -EKEYREJECTED || error == -EPERM ? 10 : 1);
+  const std::chrono::seconds pause(error == -EKEYREJECTED || error == -EACCES ? 10 : 1);
   state_ = State::kRetry;
   retry_at_ = now + pause;
   trouble_.Report(error, address_.Text(), now);
@@ -118,9 +118,8 @@ void Connection::EndSession(bool say_goodbye) {
   if (say_goodbye) {
     // With the will, so that callers learn at once that a service is gone.
     mosquitto_disconnect_v5(mosquitto_, MQTT_RC_DISCONNECT_WITH_WILL_MSG, nullptr);
-  } else {
-    SigpipeGuard::NoteBrokenPipe();
   }
+  SigpipeGuard::NoteBrokenPipe();
   state_ = State::kRetry;
   ++session_;
   // Closes the socket and throws away what is still queued: nothing is sent late.
@@ -150,10 +149,9 @@ void Connection::Settle(int result) {
   }
 }
 
-int Connection::Publish(int* message_id, const char* topic, const void* payload, int length, int qos,
-                        bool retain, const mosquitto_property* properties) {
-  const int result =
-      mosquitto_publish_v5(mosquitto_, message_id, topic, length, payload, qos, retain, properties);
+// What to make of libmosquitto's result for something that was to be sent: 0, or
+// a negative errno value and nothing was sent.
+int Connection::Sent(int result) {
   if (result == MOSQ_ERR_SUCCESS) {
     KeepWriting();
     return 0;
@@ -166,6 +164,11 @@ int Connection::Publish(int* message_id, const char* topic, const void* payload,
   return -ENOTCONN;
 }
 
+int Connection::Publish(int* message_id, const char* topic, const void* payload, int length, int qos,
+                        bool retain, const mosquitto_property* properties) {
+  return Sent(mosquitto_publish_v5(mosquitto_, message_id, topic, length, payload, qos, retain, properties));
+}
+
 int Connection::Subscribe(const char* topic, int qos, int identifier) {
   mosquitto_property* properties = nullptr;
   if (identifier > 0) {
@@ -173,13 +176,9 @@ int Connection::Subscribe(const char* topic, int qos, int identifier) {
                                   static_cast<std::uint32_t>(identifier));
   }
   int message_id = 0;
-  const int result = mosquitto_subscribe_v5(mosquitto_, &message_id, topic, qos, 0, properties);
+  const int result = Sent(mosquitto_subscribe_v5(mosquitto_, &message_id, topic, qos, 0, properties));
   mosquitto_property_free_all(&properties);
-  if (result == MOSQ_ERR_SUCCESS) {
-    KeepWriting();
-    return message_id;
-  }
-  return ErrorFromMosquitto(result);
+  return result < 0 ? result : message_id;
 }
 
 int Connection::SubscribeAndWait(std::unique_lock<std::mutex>& lock, const char* topic, int qos, int identifier,
@@ -198,11 +197,7 @@ int Connection::SubscribeAndWait(std::unique_lock<std::mutex>& lock, const char*
 }
 
 int Connection::Unsubscribe(const char* topic) {
-  const int result = mosquitto_unsubscribe(mosquitto_, nullptr, topic);
-  if (result == MOSQ_ERR_SUCCESS) {
-    KeepWriting();
-  }
-  return ErrorFromMosquitto(result);
+  return Sent(mosquitto_unsubscribe(mosquitto_, nullptr, topic));
 }
 
 void Connection::Confirm(int message_id, int result) {

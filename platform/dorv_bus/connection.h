@@ -100,6 +100,7 @@ class Connection {
   int SubscribeAndWait(std::unique_lock<std::mutex>& lock, const char* topic, int qos, int identifier,
                        TimePoint deadline);
 
+  // 0 or a negative errno value.
   int Unsubscribe(const char* topic);
 
   // Lets the waiter read the socket if nobody else does. Before sending, so that
@@ -160,6 +161,7 @@ class Connection {
   void Arm();
   void SetInterest(unsigned events);
   void KeepWriting();
+  int Sent(int result);
 
   // Sessions.
   void Fail(int error);

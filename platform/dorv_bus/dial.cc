@@ -50,6 +50,17 @@ int WaitForConnection(int descriptor, const Event& stop) {
   return count == 0 ? -ETIMEDOUT : Pending(descriptor);
 }
 
+int ErrorFromConnect(int number) {
+  switch (number) {
+    case EAGAIN:  // a full backlog: there is a broker, but it does not answer
+      return -ETIMEDOUT;
+    case EACCES:  // told apart from what the broker does not allow
+      return -EPERM;
+    default:
+      return -number;
+  }
+}
+
 int Try(const sockaddr* address, socklen_t size, const Event& stop) {
   const Socket probe(address->sa_family);
   if (probe.descriptor() < 0 || connect(probe.descriptor(), address, size) == 0) {
@@ -58,8 +69,7 @@ int Try(const sockaddr* address, socklen_t size, const Event& stop) {
   if (errno == EINPROGRESS) {
     return WaitForConnection(probe.descriptor(), stop);
   }
-  // A full backlog: there is a broker, but it does not answer.
-  return errno == EAGAIN ? -ETIMEDOUT : -errno;
+  return ErrorFromConnect(errno);
 }
 
 int TryUnix(const std::string& path, const Event& stop) {

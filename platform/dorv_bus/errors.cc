@@ -63,7 +63,7 @@ int ErrorFromConnectReason(int reason) {
     case MQTT_RC_BAD_AUTHENTICATION_METHOD:
       return -EKEYREJECTED;
     case MQTT_RC_BANNED:
-      return -EPERM;
+      return -EACCES;
     case MQTT_RC_SERVER_UNAVAILABLE:
     case MQTT_RC_SERVER_BUSY:
     case MQTT_RC_QUOTA_EXCEEDED:
@@ -79,7 +79,7 @@ int ErrorFromReason(int reason) {
     case MQTT_RC_NOT_AUTHORIZED:
     case MQTT_RC_TOPIC_NAME_INVALID:
     case MQTT_RC_TOPIC_FILTER_INVALID:
-      return -EPERM;
+      return -EACCES;
     case MQTT_RC_PACKET_TOO_LARGE:
       return -EMSGSIZE;
     case MQTT_RC_QUOTA_EXCEEDED:

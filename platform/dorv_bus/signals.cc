@@ -54,7 +54,9 @@ int bus_client::Unsubscribe(const char* service, const char* signal) {
   }
   subscriptions_.erase(entry);
   // Without a connection there is nothing to tell the broker: it has forgotten.
-  return connection_.ready() ? connection_.Unsubscribe(dorv::Topic::Signal(service, signal).c_str()) : 0;
+  const int result =
+      connection_.ready() ? connection_.Unsubscribe(dorv::Topic::Signal(service, signal).c_str()) : 0;
+  return result == -ENOTCONN ? 0 : result;
 }
 
 int bus_client::Restore() {

@@ -73,8 +73,8 @@ struct ErrorCase {
 class TransportFailureTest : public BusTest, public testing::WithParamInterface<ErrorCase> {};
 
 constexpr ErrorCase kErrors[] = {
-    {-ENOTCONN, 3, "ENOTCONN"}, {-EPERM, 3, "not_connected"}, {-ETIMEDOUT, 4, "ETIMEDOUT"},
-    {-ESRCH, 5, "ESRCH"},       {-EMSGSIZE, 6, "EMSGSIZE"},   {-ECONNRESET, 6, "ECONNRESET"},
+    {-ENOTCONN, 3, "ENOTCONN"}, {-EACCES, 3, "EACCES"},     {-ETIMEDOUT, 4, "ETIMEDOUT"},
+    {-ESRCH, 5, "ESRCH"},       {-EMSGSIZE, 6, "EMSGSIZE"}, {-ECONNRESET, 6, "ECONNRESET"},
     {-EPROTO, 6, "EPROTO"},
 };
 

@@ -68,6 +68,27 @@ TEST_F(BusLoss, CallsAfterTheBrokerIsKilledFailWithoutWaiting) {
   EXPECT_EQ(CallAsync(client.get(), "camera", "keep", "", TheReceiver(0).callback), -ENOTCONN);
 }
 
+TEST_F(BusLoss, AsynchronousCallThatMeetsTheLossIsToldOfItOneWay) {
+  const auto service = Serve();
+  // Of so many clients some call before they have noticed the loss.
+  std::vector<ClientPtr> clients;
+  for (int i = 0; i < 40; ++i) {
+    clients.push_back(Connected());
+    EXPECT_EQ(Call(clients.back().get(), "camera", "echo", "x").reply, "x");
+  }
+  peer_->KillBroker();
+  std::size_t sent = 0;
+  for (const ClientPtr& client : clients) {
+    const int result = CallAsync(client.get(), "camera", "echo", "y", TheReceiver(0).callback, 2);
+    EXPECT_THAT(result, testing::AnyOf(0, -ENOTCONN, -ECONNRESET));
+    if (result == 0) ++sent;
+  }
+  EXPECT_TRUE(TheReceiver(0).WaitFor(sent, kAtOnce));
+  // Freeing a client ends what is still on its way to a callback.
+  clients.clear();
+  EXPECT_EQ(TheReceiver(0).Count(), sent);
+}
+
 TEST_F(BusLoss, WaitingCallsFailAtOnceWhenTheBrokerIsKilled) {
   const auto service = Serve();
   const ClientPtr client = Connected();

@@ -41,8 +41,8 @@ const std::vector<KnownStatus>& KnownStatuses() {
       {-1007, "not_logged_in", "it is not logged in to the device", ExitCode::kRefused},
       {-1008, "busy", "taken or under way already", ExitCode::kRefused},
       {-1009, "powered_off", "the camera has no power", ExitCode::kRefused},
-      // A client that is not connected and a broker that forbids the call give the same number.
-      {-1, "not_connected", "not connected to the bus, or not allowed to use it", ExitCode::kNoConnection},
+      {-1, "not_connected", "not connected to the bus", ExitCode::kNoConnection},
+      {-EACCES, "EACCES", "the bus does not allow it; nothing was executed", ExitCode::kNoConnection},
       {-ENOTCONN, "ENOTCONN", "no connection to the bus; nothing was sent", ExitCode::kNoConnection},
       {-ETIMEDOUT, "ETIMEDOUT", "no answer within the time-out", ExitCode::kTimeout},
       {-ESRCH, "ESRCH", "the service \"vptz\" is not running", ExitCode::kNoService},

@@ -16,12 +16,12 @@
  *                or the reply is longer than the broker passes on
  *   -ECONNRESET  the connection, or the service, was lost while waiting; the
  *                request may or may not have been executed
- *   -EPERM       the broker does not allow it to this client
+ *   -EACCES      the broker does not allow it to this client
  *   -ENOMEM      memory ran out
  *   -ENOENT      bus_signal_unsubscribe: there is no such subscription
  *
  * bus_connect adds the reasons for which a broker cannot be reached (-ENOENT,
- * -ECONNREFUSED, -EACCES, -EHOSTUNREACH, -EKEYREJECTED ...), told at the
+ * -ECONNREFUSED, -EPERM, -EHOSTUNREACH, -EKEYREJECTED ...), told at the
  * function. A service may refuse a call with a negative errno value of its own.
  *
  * Names: services, methods and signals are UTF-8 texts of 1 to 255 bytes
@@ -121,10 +121,10 @@ DORV_BUS_API void bus_client_free(bus_client* client);
  *
  * -ENOENT        there is no such socket or the host name is unknown
  * -ECONNREFUSED  nobody listens there
- * -EACCES        the socket's permissions do not allow it
+ * -EPERM         the socket's permissions do not allow it
  * -EHOSTUNREACH, -ENETUNREACH  there is no way to the host
  * -EKEYREJECTED  the broker refused user name, password or certificate
- * -EPERM         the broker does not allow this client to connect or to
+ * -EACCES        the broker does not allow this client to connect or to
  *                receive replies
  * -EPROTO        whoever answers there speaks no MQTT 5
  * -ETIMEDOUT     no answer within BUS_DEFAULT_TIMEOUT

@@ -49,8 +49,8 @@ int Nulls(const Arguments& arguments) {
   const char* null = arguments.null;
   ZERK_LOG_write_newline(kModule, ZERK_LOG_ERROR, null, 1, "Function", "no file");
   ZERK_LOG_write_newline(kModule, ZERK_LOG_ERROR, "file.cc", 2, null, "no function");
-  ZERK_LOG_write_newline(kModule, ZERK_LOG_ERROR, "file.cc", 3, "Function", null);
-  ZERK_LOG_write_newline(-1, ZERK_LOG_ERROR, null, -1, null, null);
+  ZERK_LOG_write_newline(kModule, ZERK_LOG_ERROR, "file.cc", 3, "Function", null, 0);
+  ZERK_LOG_write_newline(-1, ZERK_LOG_ERROR, null, -1, null, null, 0);
   return 0;
 }
 

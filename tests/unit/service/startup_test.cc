@@ -15,7 +15,7 @@ using vptzd::ExitCodeOf;
 
 TEST(Startup, NameTakenHasAnExitCodeOfItsOwn) {
   EXPECT_EQ(ExitCodeOf(-EADDRINUSE), 4);
-  for (const int error : {-ENOENT, -ECONNREFUSED, -EACCES, -EKEYREJECTED, -ETIMEDOUT, -EINVAL}) {
+  for (const int error : {-ENOENT, -ECONNREFUSED, -EPERM, -EACCES, -EKEYREJECTED, -ETIMEDOUT, -EINVAL}) {
     EXPECT_EQ(ExitCodeOf(error), 3) << error;
   }
 }
