@@ -31,7 +31,10 @@ inline constexpr char kDeviceEntity[] = "../src/model/device.cc";
 
 // VPTZ_LOG(level, source, format, ...): a macro because line and function are
 // the caller's. Not for use in lambdas, whose function name says nothing.
-#define VPTZ_LOG(level, source, ...) \
-  ZERK_LOG_write_newline(::vptz::kLogModule, static_cast<int>(level), source, __LINE__, __func__, __VA_ARGS__)
+#define VPTZ_LOG(level, source, ...) VPTZ_LOG_AS(__func__, level, source, __VA_ARGS__)
+
+// VPTZ_LOG on behalf of the public operation that a helper function is part of.
+#define VPTZ_LOG_AS(function, level, source, ...) \
+  ZERK_LOG_write_newline(::vptz::kLogModule, static_cast<int>(level), source, __LINE__, function, __VA_ARGS__)
 
 #endif

@@ -1,6 +1,7 @@
 #include <dorv_bus.h>
 
 #include <vptz/config.h>
+#include <vptz/model/vptzmodel.h>
 #include <vptz/vptz_client.h>
 
 #include "log.h"
@@ -28,6 +29,7 @@ VptzClient::VptzClient() {
   }
   configuration.GetValue("MQTT", "timeout", 2, timeout_);
   configuration.GetValue("VPTZ", "ndi_preset_shift", 0, ndi_preset_shift_);
+  VptzModel::Instance().Connect(vptz::DatabaseFile());
 }
 
 VptzClient::~VptzClient() {
@@ -36,6 +38,7 @@ VptzClient::~VptzClient() {
     bus_client_ = nullptr;
   }
   bus_cleanup();
+  VptzModel::Instance().Release();
 }
 
 const char* VptzClient::Version() const { return VPTZ_VERSION; }

@@ -1,0 +1,269 @@
+#ifndef VPTZ_MODEL_VPTZMODEL_H
+#define VPTZ_MODEL_VPTZMODEL_H
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <vptz/model/odb.h>
+
+#include <odb/database.hxx>
+#include <odb/query.hxx>
+#include <odb/result.hxx>
+#include <odb/sqlite/query.hxx>
+#include <odb/traits.hxx>
+
+#include <vptz/export.h>
+
+namespace vptz {
+
+// What an operation writes to the log when it gives up.
+struct OperationMessages {
+  const char* function;
+  const char* retry_limit;
+  const char* exception;
+};
+
+}  // namespace vptz
+
+// The process's one open database, and the operations on the rows in it.
+//
+// Opening and closing (Connect, Initialize, Release) are serialised. The object
+// operations may be called from any thread, but not while the database is
+// opened or closed. Each is a transaction on a connection of its own; when
+// another program holds a lock it is tried again, 402 times in all with 10 ms
+// between, about four seconds. What goes wrong is logged and told by the
+// result; of exceptions only std::bad_alloc leaves them.
+class VPTZ_API VptzModel {
+ public:
+  // The process's one instance. Clients share it: destroying a VptzClient
+  // closes the database for all.
+  static VptzModel& Instance();
+
+  VptzModel() = default;
+  ~VptzModel() = default;
+  VptzModel(const VptzModel&) = delete;
+  VptzModel& operator=(const VptzModel&) = delete;
+
+  // Opens an existing database file; closes the one that was open. 0, or -1 when
+  // it is missing or cannot be opened; then none is open.
+  int Connect(const std::string& path);
+
+  // Opens or creates a database file, brings it to the current version of
+  // `schema` ("vptz"), and runs the SQL script `data_file`, unless that is empty,
+  // with ExecuteFromFile. A file of version 0 to 3 is replaced by a new one; a
+  // newer file than this library knows is used as it is. The script runs every
+  // time. 0, or -1; the database may be open even then.
+  int Initialize(const std::string& path, const std::string& schema, const std::string& data_file);
+
+  // Runs an SQL script against the open file with the sqlite3 program, which
+  // must be on the search path. No shell is involved. 0, or -1.
+  int ExecuteFromFile(const std::string& script);
+
+  // Closes the database.
+  void Release();
+
+  // Whether a database is open.
+  bool IsConnected() const;
+
+  // The version that the open file records for `schema`; 0 when none.
+  // A database must be open.
+  int SchemaVersion(const std::string& schema);
+
+  // Inserts an object and gives it its id. The id (0 for a Setting), or -1.
+  template <class T>
+  static int Add(T* object);
+
+  // Inserts `count` objects that lie one behind the other in one transaction,
+  // all or none, without trying again. 0, or -1.
+  template <class T>
+  static int AddAll(T* objects, int count);
+
+  // Writes an object's members to its row. 0, or -1.
+  template <class T>
+  static int Update(const T& object);
+
+  // Deletes the rows that match. 0, or -1 also when none did.
+  template <class T>
+  static int Erase(const odb::query<T>& query);
+
+  // Loads the first matching row into a new object of the caller's. An object
+  // that *result points at is deleted first. 0, or -1 and null.
+  template <class T>
+  static int QueryObject(const odb::query<T>& query, T** result);
+
+  // Appends the matching rows as new objects of the caller's. 0 when the vector
+  // is not empty afterwards, else -1. On failure every object in the vector is
+  // deleted, those that were there before included.
+  template <class T>
+  static int QueryObjects(const odb::query<T>& query, std::vector<T*>* results);
+
+  // The object behind a reference, loaded if need be; it belongs to the
+  // reference. Null when there is none or it cannot be loaded.
+  template <class T>
+  static T* LoadLazyPtr(odb::lazy_shared_ptr<T>& reference);
+
+  // Deletes the objects and empties the vector.
+  template <class T>
+  static void CleanQuery(std::vector<T*>* objects);
+
+ private:
+  using Operation = std::function<bool(odb::database&)>;
+
+  // Runs an operation in a transaction, again and again on a conflict. Whether
+  // it was committed and what it returned.
+  static bool Retry(const vptz::OperationMessages& messages, const Operation& operation);
+  static bool Once(const vptz::OperationMessages& messages, const Operation& operation);
+  static bool RunInTransaction(const Operation& operation);
+  static void LogEmptyResult();
+
+  static int ResultFromId(const std::string&) { return 0; }
+  static int ResultFromId(unsigned int id) { return static_cast<int>(id); }
+
+  template <class T>
+  static std::unique_ptr<T> NewFrom(typename odb::result<T>::iterator& row);
+
+  void Open(const std::string& path, int flags);
+  void UpdateSchema(const std::string& schema);
+  void ReplaceOldFile(int* version);
+
+  std::string path_;
+  std::unique_ptr<odb::database> database_;
+
+  static VptzModel instance_;
+  static std::mutex lock_;
+};
+
+template <class T>
+int VptzModel::Add(T* object) {
+  static const vptz::OperationMessages messages = {"Add", "VptzModel::Add: Retry limit exceeded! (%s)",
+                                                   "VptzModel::Add: Exception occurs! (%s)"};
+  int id = -1;
+  const bool done = Retry(messages, [&](odb::database& database) {
+    id = ResultFromId(database.persist(*object));
+    return true;
+  });
+  return done ? id : -1;
+}
+
+template <class T>
+int VptzModel::AddAll(T* objects, int count) {
+  // Kept: the message names Add.
+  static const vptz::OperationMessages messages = {"AddAll", nullptr, "VptzModel::Add: Exception occurs! (%s)"};
+  const bool done = Once(messages, [&](odb::database& database) {
+    for (int i = 0; i < count; ++i) {
+      database.persist(objects[i]);
+    }
+    return true;
+  });
+  return done ? 0 : -1;
+}
+
+template <class T>
+int VptzModel::Update(const T& object) {
+  static const vptz::OperationMessages messages = {"Update", "VptzModel::Update: Retry limit exceeded! (%s)",
+                                                   "VptzModel::Update: Exception occurs! (%s)"};
+  const bool done = Retry(messages, [&](odb::database& database) {
+    database.update(object);
+    return true;
+  });
+  return done ? 0 : -1;
+}
+
+template <class T>
+int VptzModel::Erase(const odb::query<T>& query) {
+  static const vptz::OperationMessages messages = {"Erase", "VptzModel::Erase: Retry limit exceeded! (%s)",
+                                                   "VptzModel::Erase: Exception occurs! (%s)"};
+  const bool done =
+      Retry(messages, [&](odb::database& database) { return database.template erase_query<T>(query) > 0; });
+  return done ? 0 : -1;
+}
+
+template <class T>
+std::unique_ptr<T> VptzModel::NewFrom(typename odb::result<T>::iterator& row) {
+  std::unique_ptr<T> object(odb::access::object_factory<T, T*>::create());
+  row.load(*object);
+  return object;
+}
+
+template <class T>
+int VptzModel::QueryObject(const odb::query<T>& query, T** result) {
+  static const vptz::OperationMessages messages = {
+      "QueryObject", "VptzModel::QueryObject: Retry limit exceeded! (%s)", "Database exception! (%s)"};
+  delete *result;
+  *result = nullptr;
+  std::unique_ptr<T> found;
+  const bool done = Retry(messages, [&](odb::database& database) {
+    odb::result<T> rows(database.template query<T>(query));
+    typename odb::result<T>::iterator row = rows.begin();
+    if (row == rows.end()) {
+      LogEmptyResult();
+      return false;
+    }
+    found = NewFrom<T>(row);
+    return true;
+  });
+  if (!done) {
+    return -1;
+  }
+  *result = found.release();
+  return 0;
+}
+
+template <class T>
+int VptzModel::QueryObjects(const odb::query<T>& query, std::vector<T*>* results) {
+  static const vptz::OperationMessages messages = {
+      "QueryObjects", "VptzModel::QueryObjects: Retry limit exceeded! (%s)", "Database exception! (%s)"};
+  std::vector<std::unique_ptr<T>> found;
+  const bool done = Retry(messages, [&](odb::database& database) {
+    found.clear();
+    odb::result<T> rows(database.template query<T>(query));
+    for (typename odb::result<T>::iterator row = rows.begin(); row != rows.end(); ++row) {
+      found.push_back(NewFrom<T>(row));
+    }
+    return true;
+  });
+  if (!done) {
+    CleanQuery(results);
+    return -1;
+  }
+  results->reserve(results->size() + found.size());
+  for (std::unique_ptr<T>& object : found) {
+    results->push_back(object.release());
+  }
+  return results->empty() ? -1 : 0;
+}
+
+template <class T>
+T* VptzModel::LoadLazyPtr(odb::lazy_shared_ptr<T>& reference) {
+  static const vptz::OperationMessages messages = {"LoadLazyPtr",
+                                                   "VptzModel::LoadLazyPtr: Retry limit exceeded! (%s)",
+                                                   "VptzModel::LoadLazyPtr: Exception occurs! (%s)"};
+  if (!reference) {
+    return nullptr;
+  }
+  if (reference.loaded()) {
+    return reference.get_eager().get();
+  }
+  const auto id = reference.template object_id<T>();
+  const bool done = Retry(messages, [&](odb::database& database) {
+    // The database that the reference was read from may have been closed since.
+    reference.reset(database, id);
+    reference.load();
+    return true;
+  });
+  return done ? reference.get_eager().get() : nullptr;
+}
+
+template <class T>
+void VptzModel::CleanQuery(std::vector<T*>* objects) {
+  for (T* object : *objects) {
+    delete object;
+  }
+  objects->clear();
+}
+
+#endif

@@ -1,0 +1,50 @@
+#include <vptz/model/ptz-odb.hxx>
+
+#include "model/stored_rows.h"
+
+template class vptz::StoredRow<Ptz>;
+template class vptz::UpdatableRow<Ptz>;
+
+Ptz::Ptz(Device* device, Movement* pan, Movement* tilt, Movement* zoom, const std::string& node,
+         const std::string& authorization, bool is_enable, int track_mode)
+    : device_(vptz::Borrow(device)),
+      node_(node),
+      is_enable_(is_enable),
+      authorization_(authorization),
+      pan_(vptz::Borrow(pan)),
+      tilt_(vptz::Borrow(tilt)),
+      zoom_(vptz::Borrow(zoom)),
+      track_mode_(track_mode) {}
+
+Device* Ptz::device() const { return VptzModel::LoadLazyPtr(device_); }
+
+void Ptz::set_device(Device* value) { device_ = vptz::Borrow(value); }
+
+Movement* Ptz::pan() const { return VptzModel::LoadLazyPtr(pan_); }
+
+void Ptz::set_pan(Movement* value) { pan_ = vptz::Borrow(value); }
+
+Movement* Ptz::tilt() const { return VptzModel::LoadLazyPtr(tilt_); }
+
+void Ptz::set_tilt(Movement* value) { tilt_ = vptz::Borrow(value); }
+
+Movement* Ptz::zoom() const { return VptzModel::LoadLazyPtr(zoom_); }
+
+void Ptz::set_zoom(Movement* value) { zoom_ = vptz::Borrow(value); }
+
+int Ptz::QueryByDevice(std::vector<Ptz*>* nodes, unsigned int device_id, unsigned int, unsigned int) {
+  return VptzModel::QueryObjects<Ptz>(odb::query<Ptz>::device == device_id, nodes);
+}
+
+int Ptz::QueryByNode(Ptz** ptz, unsigned int device_id, const std::string& node) {
+  using Query = odb::query<Ptz>;
+  return VptzModel::QueryObject<Ptz>(Query::device == device_id && Query::node == node, ptz);
+}
+
+int Ptz::QueryCountByDevice(unsigned int device_id) {
+  return vptz::Count<Ptz>(odb::query<Ptz>::device == device_id);
+}
+
+int Ptz::RemoveByDevice(unsigned int device_id) {
+  return VptzModel::Erase<Ptz>(odb::query<Ptz>::device == device_id);
+}
