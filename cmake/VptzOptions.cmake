@@ -9,6 +9,9 @@ endif()
 set(VPTZ_CONFIG_FILE /etc/vptz.conf CACHE STRING "Configuration file that the library reads")
 set(VPTZ_DATABASE_FILE /var/lib/dorv/vptz.db CACHE STRING "Database that the library shares with the service")
 
+set(VPTZD_SEED_FILE ${CMAKE_INSTALL_FULL_DATADIR}/vptzd/seed.sql CACHE STRING
+  "SQL script with which the service fills a database")
+
 # The service needs the bus's service half, which only the bundled bus has.
 if(VPTZ_PLATFORM STREQUAL bundled)
   set(vptz_service_default ON)

@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "camera/clock.h"
+#include "database.h"
 #include "options.h"
 #include "server.h"
 #include "startup.h"
@@ -32,6 +33,11 @@ int Run(const Options& options) {
   const sigset_t end_signals = BlockEndSignals();
   const SteadyClock clock;
   World world(options.cameras, clock);
+  if (!OpenDatabase(options.database, VPTZD_SEED_FILE)) {
+    std::cerr << "vptzd: cannot use the database " << options.database << "; the log tells why\n";
+    return kExitNoDatabase;
+  }
+  StoreCameras(world);
   Server server(world);
   const char* address = options.bus ? options.bus->c_str() : nullptr;
   const int result = server.Start(address);

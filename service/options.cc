@@ -19,9 +19,14 @@ std::optional<int> ReadOptions(int argc, const char* const* argv, Options* optio
       ->type_name("N")
       ->check(CLI::Range(std::size_t{1}, World::kMaxCameras))
       ->capture_default_str();
+  app.add_option("--database", options->database,
+                 "Database that is shared with clients; made when it is missing")
+      ->type_name("FILE")
+      ->capture_default_str();
   app.footer(
       "Ends on SIGTERM and SIGINT. Exit codes: 0 ended by a signal, 1 internal failure, 2 wrong usage,\n"
-      "3 no connection to the bus, 4 the name \"vptz\" is served by somebody else.");
+      "3 no connection to the bus, 4 the name \"vptz\" is served by somebody else,\n5 the database cannot be "
+      "used.");
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -11,6 +11,7 @@ namespace vptzd {
 struct Options {
   std::optional<std::string> bus;  // none: the bus library's default
   std::size_t cameras = 2;
+  std::string database = VPTZ_DATABASE_FILE;
 };
 
 // Reads the command line. Returns an exit code when the program is to end now:

@@ -49,7 +49,7 @@ void Fill(tutorial::ImageSettings* answer, const ImageSettings& image) {
 
 VptzResponse GetPtzProfiles(World& world, const VptzCommand& command) {
   if (!command.has_device_command()) return Answer(Status::kBadRequest);
-  const Camera* camera = world.FindCamera(command.device_command().device_id());
+  const Camera* camera = world.FindDevice(command.device_command().device_id());
   if (camera == nullptr || camera->ptz_token() != command.device_command().token()) {
     return Answer(Status::kUnknownId);
   }
@@ -60,7 +60,7 @@ VptzResponse GetPtzProfiles(World& world, const VptzCommand& command) {
 
 VptzResponse GetMediaProfiles(World& world, const VptzCommand& command) {
   if (!command.has_device_command()) return Answer(Status::kBadRequest);
-  const Camera* camera = world.FindCamera(command.device_command().device_id());
+  const Camera* camera = world.FindDevice(command.device_command().device_id());
   const MediaProfile* profile =
       camera == nullptr ? nullptr : camera->FindMediaProfile(command.device_command().token());
   if (profile == nullptr) return Answer(Status::kUnknownId);

@@ -23,7 +23,7 @@ AxisValues Velocities(const tutorial::PtzCommand& command);
 template <class Action>
 tutorial::VptzResponse OnPtz(World& world, const tutorial::VptzCommand& command, Action action) {
   if (!command.has_ptz_command()) return Answer(Status::kBadRequest);
-  Camera* camera = world.FindCamera(command.ptz_command().ptz_id());
+  Camera* camera = world.FindPtz(command.ptz_command().ptz_id());
   return Answer(camera == nullptr ? Status::kUnknownId : action(*camera, command.ptz_command()));
 }
 

@@ -7,11 +7,12 @@
 namespace vptzd {
 
 enum ExitCode : int {
-  kExitDone = 0,       // ended by SIGTERM or SIGINT
-  kExitFailure = 1,    // something failed inside
-  kExitUsage = 2,      // wrong command line
-  kExitNoBus = 3,      // no connection to the bus
-  kExitNameTaken = 4,  // somebody else serves the name
+  kExitDone = 0,        // ended by SIGTERM or SIGINT
+  kExitFailure = 1,     // something failed inside
+  kExitUsage = 2,       // wrong command line
+  kExitNoBus = 3,       // no connection to the bus
+  kExitNameTaken = 4,   // somebody else serves the name
+  kExitNoDatabase = 5,  // the database cannot be used
 };
 
 // The exit code for a negative errno value of Server::Start.

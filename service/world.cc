@@ -5,7 +5,9 @@
 namespace vptzd {
 
 World::World(std::size_t cameras, const Clock& clock)
-    : clock_(clock), present_(clock.Now()), cameras_(cameras) {}
+    : clock_(clock), present_(clock.Now()), cameras_(cameras) {
+  for (std::uint32_t number = 1; number <= cameras; ++number) ids_.push_back({number, number});
+}
 
 std::unique_lock<std::mutex> World::Enter() {
   std::unique_lock<std::mutex> lock(mutex_);
@@ -18,6 +20,16 @@ std::unique_lock<std::mutex> World::Enter() {
 Camera* World::FindCamera(std::uint32_t number) {
   return number >= 1 && number <= cameras_.size() ? &cameras_[number - 1] : nullptr;
 }
+
+Camera* World::FindById(std::uint32_t CameraIds::*id, std::uint32_t value) {
+  const auto found =
+      std::find_if(ids_.begin(), ids_.end(), [&](const CameraIds& ids) { return ids.*id == value; });
+  return found == ids_.end() ? nullptr : &cameras_[static_cast<std::size_t>(found - ids_.begin())];
+}
+
+Camera* World::FindDevice(std::uint32_t id) { return FindById(&CameraIds::device, id); }
+
+Camera* World::FindPtz(std::uint32_t id) { return FindById(&CameraIds::ptz, id); }
 
 bool World::powered() const {
   return std::all_of(cameras_.begin(), cameras_.end(), [](const Camera& camera) { return camera.powered(); });

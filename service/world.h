@@ -16,6 +16,12 @@
 
 namespace vptzd {
 
+// The rows by which a camera is known in the database, and so in commands.
+struct CameraIds {
+  std::uint32_t device;
+  std::uint32_t ptz;
+};
+
 class World {
  public:
   static constexpr std::size_t kMaxCameras = 64;
@@ -31,9 +37,18 @@ class World {
   // Locks the world and brings it to the present time.
   std::unique_lock<std::mutex> Enter();
 
-  // Camera 1 ... N by its number, which is also its device id and the id of its
-  // only PTZ node. Null when there is none.
+  std::size_t size() const { return cameras_.size(); }
+
+  // Camera 1 ... N by its number. Null when there is none.
   Camera* FindCamera(std::uint32_t number);
+
+  // A camera by the id of its device, or of its PTZ node. Both are its number
+  // until SetIds tells otherwise. Null when there is none.
+  Camera* FindDevice(std::uint32_t id);
+  Camera* FindPtz(std::uint32_t id);
+
+  // What a camera is called in commands.
+  void SetIds(std::size_t number, CameraIds ids) { ids_[number - 1] = ids; }
 
   // Whether all cameras have power.
   bool powered() const;
@@ -54,10 +69,13 @@ class World {
   void set_reset_2p0(bool enabled) { reset_2p0_ = enabled; }
 
  private:
+  Camera* FindById(std::uint32_t CameraIds::*id, std::uint32_t value);
+
   std::mutex mutex_;
   const Clock& clock_;
   std::chrono::nanoseconds present_;
   std::vector<Camera> cameras_;
+  std::vector<CameraIds> ids_;  // of the cameras, in the same order
   std::vector<std::string> usb_tty_devices_;
   bool reset_2p0_ = false;
 };

@@ -36,6 +36,8 @@ class Camera {
   const Axis& axis(AxisIndex index) const { return axes_[index]; }
   const std::string& ptz_token() const { return ptz_token_; }
 
+  const std::vector<MediaProfile>& media_profiles() const { return media_profiles_; }
+
   // Null when there is no such profile.
   const MediaProfile* FindMediaProfile(const std::string& token) const;
 

@@ -53,7 +53,8 @@ class ForeignKeysOff {
     try {
       connection_.execute("PRAGMA foreign_keys=ON");
     } catch (const odb::exception& error) {
-      LogFailure(LogLevel::kError, kInitialize, "Failed to new a database instance! (%s)", error.what());
+      VPTZ_LOG_AS(kInitialize, LogLevel::kError, kModel, "Failed to new a database instance! (%s)",
+                  error.what());
     }
   }
   ForeignKeysOff(const ForeignKeysOff&) = delete;
@@ -65,7 +66,9 @@ class ForeignKeysOff {
 
 }  // namespace
 
-VptzModel VptzModel::instance_;
+// Never destroyed: an open database is not closed when the library is unloaded,
+// and a client that is destroyed late still finds it.
+VptzModel& VptzModel::instance_ = *new VptzModel;
 std::mutex VptzModel::lock_;
 
 VptzModel& VptzModel::Instance() { return instance_; }
@@ -171,7 +174,9 @@ void VptzModel::UpdateSchema(const std::string& schema) {
 
 int VptzModel::ExecuteFromFile(const std::string& script) {
   int wait_status = 0;
-  if (!vptz::RunSqlScript(path_, script, &wait_status)) {
+  // Without a file the program would run the script in a database of its own
+  // and report success.
+  if (path_.empty() || !vptz::RunSqlScript(path_, script, &wait_status)) {
     VPTZ_LOG(LogLevel::kError, kModel, "Failed to execute SQL file from: (%s)", script.c_str());
     return -1;
   }

@@ -62,7 +62,7 @@ Json BusTest::CtlJson(const std::string& line) {
 }
 
 CliTest::CliTest() {
-  service.emplace(Words{VPTZD, "--bus", broker.address()});
+  service.emplace(Words{VPTZD, "--bus", broker.address(), "--database", broker.folder() + "/vptz.db"});
   const auto serves = [this] { return service->Output().find("serving") != std::string::npos; };
   if (!WaitUntil([&] { return serves() || !service->Running(); }) || !serves()) {
     throw std::runtime_error("the service does not run: " + service->Errors());

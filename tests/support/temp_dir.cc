@@ -1,6 +1,7 @@
 #include "support/temp_dir.h"
 
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
@@ -8,7 +9,15 @@
 
 namespace vptz_test {
 
-TempDir::TempDir() : path_("/tmp/vptz-XXXXXX") {
+namespace {
+
+// In memory where that can be had: the databases of the tests then wait for no
+// disk.
+std::string Base() { return access("/dev/shm", W_OK | X_OK) == 0 ? "/dev/shm" : "/tmp"; }
+
+}  // namespace
+
+TempDir::TempDir() : path_(Base() + "/vptz-XXXXXX") {
   if (mkdtemp(path_.data()) == nullptr) throw std::system_error(errno, std::generic_category(), "mkdtemp");
 }
 

@@ -15,9 +15,16 @@
 #include <odb/details/export.hxx>
 #include <odb/details/shared-ptr/counter-type.hxx>
 #include <odb/pre.hxx>
+#ifdef __clang__
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wkeyword-macro"
+#endif
 #define throw(...) noexcept(sizeof(#__VA_ARGS__) == 1)
 #include <odb/details/shared-ptr/base.hxx>
 #undef throw
+#ifdef __clang__
+#pragma clang diagnostic pop
+#endif
 #include <odb/post.hxx>
 #endif
 

@@ -69,8 +69,9 @@ class VPTZ_API VptzModel {
   // Whether a database is open.
   bool IsConnected() const;
 
-  // The version that the open file records for `schema`; 0 when none.
-  // A database must be open.
+  // The version that the open file records for `schema`; 0 when none. A database
+  // must be open. Throws odb::exception when the file cannot be read: it is
+  // locked, say, or no database.
   int SchemaVersion(const std::string& schema);
 
   // Inserts an object and gives it its id. The id (0 for a Setting), or -1.
@@ -133,7 +134,7 @@ class VPTZ_API VptzModel {
   std::string path_;
   std::unique_ptr<odb::database> database_;
 
-  static VptzModel instance_;
+  static VptzModel& instance_;
   static std::mutex lock_;
 };
 
@@ -245,8 +246,9 @@ T* VptzModel::LoadLazyPtr(odb::lazy_shared_ptr<T>& reference) {
   if (!reference) {
     return nullptr;
   }
-  if (reference.loaded()) {
-    return reference.get_eager().get();
+  // Not loaded(), which denies an object that a caller has set.
+  if (T* const object = reference.get_eager().get()) {
+    return object;
   }
   const auto id = reference.template object_id<T>();
   const bool done = Retry(messages, [&](odb::database& database) {

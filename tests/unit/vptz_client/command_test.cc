@@ -1,11 +1,21 @@
 #include "vptz_client/command_test.h"
 
 #include <google/protobuf/text_format.h>
+#include <vptz/model/vptzmodel.h>
 
 #include <cerrno>
 #include <climits>
+#include <cstdio>
 
 namespace vptz_test {
+
+ClientTest::ClientTest() {
+  WriteConfigFile("[MQTT]\ntimeout=4\n[VPTZ]\nndi_preset_shift=0\n");
+  std::remove(vptz::DatabaseFile());
+  EXPECT_EQ(VptzModel::Instance().Initialize(vptz::DatabaseFile(), "vptz", ""), 0);
+  VptzModel::Instance().Release();
+  log.lines.clear();
+}
 
 BusCall ClientTest::OnlyCall() const {
   const std::vector<BusCall> calls = bus.CallsOf("bus_method_call_sync");

@@ -18,10 +18,11 @@
 
 namespace vptz_test {
 
-// A client whose configured time-out is 4 s, on a recording bus.
+// A client whose configured time-out is 4 s, on a recording bus and with a
+// database without rows.
 class ClientTest : public testing::Test {
  protected:
-  ClientTest() { WriteConfigFile("[MQTT]\ntimeout=4\n[VPTZ]\nndi_preset_shift=0\n"); }
+  ClientTest();
 
   // The one synchronous call that has been made.
   BusCall OnlyCall() const;

@@ -1,6 +1,10 @@
 #include <gmock/gmock.h>
 
+#include <vptz/model/vptzmodel.h>
+#include <vptz/utils.h>
+
 #include <cerrno>
+#include <cstdio>
 
 #include "vptz_client/command_test.h"
 #include "vptz_client/exchange.h"
@@ -40,8 +44,46 @@ TEST_F(ConnectionTest, TheConstructorPreparesTheBusLibraryAndThenLoadsTheConfigu
   VptzClient client;
   bus.on_call = nullptr;
   EXPECT_THAT(bus.Functions(), ElementsAre("bus_init"));
-  ASSERT_EQ(log.lines.size(), 1u);
+  ASSERT_FALSE(log.lines.empty());
   EXPECT_EQ(log.lines[0].message, std::string("Complete load config file: ") + vptz::ConfigFile());
+}
+
+TEST_F(ConnectionTest, TheConstructorOpensTheDatabaseAfterTheConfiguration) {
+  VptzClient client;
+  EXPECT_TRUE(VptzModel::Instance().IsConnected());
+  EXPECT_EQ(VptzModel::Instance().SchemaVersion("vptz"), 10);
+  ASSERT_EQ(log.lines.size(), 2u);
+  EXPECT_EQ(log.lines[1].level, 2);
+  EXPECT_EQ(log.lines[1].function, "Connect");
+  EXPECT_EQ(log.lines[1].message, std::string("Connect database: ") + vptz::DatabaseFile());
+}
+
+TEST_F(ConnectionTest, WithoutAConfigurationTheDatabaseIsNotOpened) {
+  RemoveConfigFile();
+  VptzClient client;
+  EXPECT_FALSE(VptzModel::Instance().IsConnected());
+}
+
+TEST_F(ConnectionTest, ADatabaseThatCannotBeOpenedIsLoggedAndTheClientWorksWithoutIt) {
+  std::remove(vptz::DatabaseFile());
+  VptzClient client;
+  EXPECT_FALSE(VptzModel::Instance().IsConnected());
+  EXPECT_FALSE(IsFile(vptz::DatabaseFile()));
+  ASSERT_EQ(log.lines.size(), 3u);
+  EXPECT_EQ(log.lines[2].level, 0);
+  EXPECT_THAT(log.lines[2].message, testing::StartsWith("Failed to connect to the database! ("));
+  EXPECT_EQ(client.GetVptzTimeout(0), 4);
+  EXPECT_EQ(client.Connect("camera-app", nullptr), 0);
+}
+
+TEST_F(ConnectionTest, TheDestructorClosesTheDatabaseAfterTheBusLibraryForEveryClient) {
+  VptzClient survivor;
+  {
+    VptzClient client;
+    bus.on_call = [](const BusCall&) { EXPECT_TRUE(VptzModel::Instance().IsConnected()); };
+  }
+  bus.on_call = nullptr;
+  EXPECT_FALSE(VptzModel::Instance().IsConnected());
 }
 
 TEST_F(ConnectionTest, TheConstructorReadsTheTimeoutAndThePresetShift) {
@@ -92,14 +134,14 @@ TEST_F(ConnectionTest, AConfigurationWithoutTheKeysGivesTheDefaultsAndLogsNothin
   WriteConfigFile("[OTHER]\nkey=1\n");
   VptzClient client;
   EXPECT_EQ(client.GetVptzTimeout(0), 2);
-  EXPECT_EQ(log.lines.size(), 1u);  // that the file was loaded
+  EXPECT_EQ(log.lines.size(), 2u);  // that the file was loaded and the database opened
 }
 
 TEST_F(ConnectionTest, ATimeoutThatIsNoNumberIsLoggedAndTheDefaultStays) {
   WriteConfigFile("[MQTT]\ntimeout=abc\n");
   VptzClient client;
   EXPECT_EQ(client.GetVptzTimeout(0), 2);
-  ASSERT_EQ(log.lines.size(), 2u);
+  ASSERT_EQ(log.lines.size(), 3u);  // the third tells of the database
   EXPECT_EQ(log.lines[1].message, "Failed to get config value: Unkown error!");
 }
 

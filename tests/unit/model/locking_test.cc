@@ -1,0 +1,250 @@
+// Several connections and processes at one file.
+#include <vptz/model/event.h>
+#include <vptz/model/event_information.h>
+#include <vptz/model/preset.h>
+
+#include <sqlite3.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <ctime>
+#include <functional>
+
+#include "model/model_test.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
+using vptz_test::OpenModelTest;
+
+// Calls a function at each statement of every connection that is opened while
+// it lives.
+class StatementWatch {
+ public:
+  explicit StatementWatch(std::function<void(const std::string&)> on_statement) {
+    function = std::move(on_statement);
+    sqlite3_auto_extension(reinterpret_cast<void (*)()>(Watch));
+  }
+  ~StatementWatch() {
+    sqlite3_cancel_auto_extension(reinterpret_cast<void (*)()>(Watch));
+    function = nullptr;
+  }
+  StatementWatch(const StatementWatch&) = delete;
+  StatementWatch& operator=(const StatementWatch&) = delete;
+
+ private:
+  static int Watch(sqlite3* connection, char**, const void*) {
+    return sqlite3_trace_v2(connection, SQLITE_TRACE_STMT, OnStatement, nullptr);
+  }
+  static int OnStatement(unsigned, void*, void* statement, void*) {
+    if (function) function(sqlite3_sql(static_cast<sqlite3_stmt*>(statement)));
+    return 0;
+  }
+
+  static std::function<void(const std::string&)> function;
+};
+
+std::function<void(const std::string&)> StatementWatch::function;
+
+// The pauses that have been made between tries.
+struct Pauses {
+  std::vector<useconds_t> lengths;
+  bool skip = false;
+};
+Pauses pauses;
+
+// Counts the model's transactions and lets go of the write lock, which `raw`
+// holds from the start, at one of them.
+class LockingTest : public OpenModelTest {
+ protected:
+  LockingTest() { EXPECT_EQ(model().Connect(path), 0); }
+  ~LockingTest() override {
+    model().Release();
+    pauses = {};
+  }
+
+  void Lock(const char* how = "BEGIN IMMEDIATE") {
+    log.lines.clear();
+    raw.Execute(how);
+    transactions = 0;
+    pauses = {};
+  }
+  void UnlockAt(int transaction) { unlock_at = transaction; }
+
+  int transactions = 0;
+  int unlock_at = 0;
+  StatementWatch watch{[this](const std::string& statement) {
+    if (statement == "BEGIN" && ++transactions == unlock_at) raw.Execute("ROLLBACK");
+  }};
+};
+
+// Every operation that is tried again, each on the event with the id 1.
+struct Operation {
+  const char* name;
+  std::function<bool()> succeeds;
+};
+
+void PrintTo(const Operation& operation, std::ostream* out) { *out << operation.name; }
+
+bool AddsAnEvent() {
+  Event event("added", "");
+  return Event::Add(&event) > 0;
+}
+
+bool UpdatesAnEvent() {
+  Event event("updated", "");
+  event.set_id(1);
+  return Event::Update(event) == 0;
+}
+
+bool ErasesAnEvent() { return Event::Remove(1) == 0; }
+
+bool QueriesAnEvent() {
+  Event* event = nullptr;
+  const bool found = Event::QueryById(&event, 1) == 0;
+  delete event;
+  return found;
+}
+
+bool QueriesEvents() {
+  vptz_test::Rows<Event> events;
+  return Event::QueryAll(&events, 0, 65535) == 0;
+}
+
+// Its reference has been read before the lock.
+std::unique_ptr<EventInformation> referrer;
+
+bool LoadsAReference() { return referrer->event() != nullptr; }
+
+class RetryTest : public LockingTest, public testing::WithParamInterface<Operation> {
+ protected:
+  RetryTest() {
+    Event event("first", "");
+    EXPECT_EQ(Event::Add(&event), 1);
+    EventInformation information(nullptr, nullptr, 0, &event);
+    EXPECT_EQ(EventInformation::Add(&information), 1);
+    referrer = vptz_test::ById<EventInformation>(1);
+  }
+  ~RetryTest() override { referrer.reset(); }
+};
+
+TEST_P(RetryTest, WaitsUntilTheLockIsFree) {
+  Lock("BEGIN EXCLUSIVE");
+  UnlockAt(20);
+  EXPECT_TRUE(GetParam().succeeds());
+  EXPECT_EQ(transactions, 20);
+  EXPECT_THAT(pauses.lengths, testing::AllOf(testing::SizeIs(19), testing::Each(10000u)));
+  EXPECT_THAT(log.lines, IsEmpty());
+}
+
+TEST_P(RetryTest, GivesUpAfterSoManyTriesAndSaysSo) {
+  Lock("BEGIN EXCLUSIVE");
+  pauses.skip = true;
+  EXPECT_FALSE(GetParam().succeeds());
+  EXPECT_EQ(transactions, 402);
+  EXPECT_THAT(pauses.lengths, testing::SizeIs(401));
+  EXPECT_THAT(Lines(), ElementsAre(StartsWith(std::string("3 VptzModel::") + GetParam().name +
+                                              ": Retry limit exceeded! (")));
+  EXPECT_EQ(log.lines[0].file, "../src/model/vptzmodel.h");
+  EXPECT_EQ(log.lines[0].function, GetParam().name);
+  raw.Execute("ROLLBACK");
+  EXPECT_EQ(raw.Value("SELECT name FROM event"), "'first'");
+}
+
+INSTANTIATE_TEST_SUITE_P(Operations, RetryTest,
+                         testing::Values(Operation{"Add", AddsAnEvent}, Operation{"Update", UpdatesAnEvent},
+                                         Operation{"Erase", ErasesAnEvent},
+                                         Operation{"QueryObject", QueriesAnEvent},
+                                         Operation{"QueryObjects", QueriesEvents},
+                                         Operation{"LoadLazyPtr", LoadsAReference}),
+                         [](const testing::TestParamInfo<Operation>& info) { return info.param.name; });
+
+TEST_F(LockingTest, GivingUpTakesAboutFourSeconds) {
+  Lock();
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_FALSE(AddsAnEvent());
+  const auto taken = std::chrono::steady_clock::now() - begin;
+  EXPECT_GE(taken, std::chrono::milliseconds(4010));
+  EXPECT_LT(taken, std::chrono::seconds(20));
+}
+
+TEST_F(LockingTest, AReadDoesNotWaitForAWriterThatHasNotCommitted) {
+  Event event("first", "");
+  EXPECT_EQ(Event::Add(&event), 1);
+  Lock();
+  EXPECT_TRUE(QueriesAnEvent());
+  EXPECT_EQ(transactions, 1);
+}
+
+TEST_F(LockingTest, AddAllIsTriedOnce) {
+  Lock();
+  Preset presets[2];
+  EXPECT_EQ(Preset::AddAll(presets, 2), -1);
+  EXPECT_EQ(transactions, 1);
+  EXPECT_THAT(Lines(), ElementsAre(StartsWith("0 VptzModel::Add: Exception occurs! (")));
+  EXPECT_EQ(log.lines[0].function, "AddAll");
+}
+
+TEST_F(LockingTest, AFailedQueryObjectsFreesWhatTheVectorHeld) {
+  vptz_test::Rows<Event> events;
+  events.push_back(new Event("before", ""));
+  Lock("BEGIN EXCLUSIVE");
+  pauses.skip = true;
+  EXPECT_EQ(Event::QueryAll(&events, 0, 65535), -1);
+  EXPECT_THAT(events, IsEmpty());
+}
+
+// ---- processes --------------------------------------------------------------
+
+// Adds events that no other writer adds; how many could not be.
+int AddEvents(const std::string& writer, int count) {
+  int failures = 0;
+  for (int i = 0; i < count; ++i) {
+    Event event(writer + std::to_string(i), writer);
+    failures += Event::Add(&event) > 0 ? 0 : 1;
+  }
+  return failures;
+}
+
+pid_t StartWriter(const std::string& file, const std::string& writer, int count) {
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(100);
+    const bool done = VptzModel::Instance().Connect(file) == 0 && AddEvents(writer, count) == 0;
+    _exit(done ? 0 : 1);
+  }
+  return child;
+}
+
+TEST(TwoProcessesTest, WritingAtOnceLoseAndDoubleNothing) {
+  constexpr int kCount = 500;
+  const vptz_test::TempDir dir;
+  const std::string path = dir.path() + "/vptz.db";
+  ASSERT_EQ(VptzModel::Instance().Initialize(path, "vptz", ""), 0);
+  VptzModel::Instance().Release();
+  const pid_t writers[] = {StartWriter(path, "a", kCount), StartWriter(path, "b", kCount)};
+  for (const pid_t writer : writers) {
+    int status = -1;
+    EXPECT_EQ(waitpid(writer, &status, 0), writer);
+    EXPECT_EQ(status, 0);
+  }
+  vptz_test::RawDatabase raw(path);
+  EXPECT_EQ(raw.Value("SELECT count(*), count(DISTINCT name), count(DISTINCT id), max(id) FROM event"),
+            "1000|1000|1000|1000");
+  EXPECT_EQ(raw.Rows("SELECT message, count(*) FROM event GROUP BY message"),
+            (std::vector<std::string>{"'a'|500", "'b'|500"}));
+}
+
+}  // namespace
+
+// Instead of the C library's, for the whole program: keeps the pauses, and
+// makes them unless told to skip them.
+int usleep(useconds_t microseconds) {
+  pauses.lengths.push_back(microseconds);
+  if (pauses.skip) return 0;
+  const timespec length = {0, static_cast<long>(microseconds) * 1000};
+  return nanosleep(&length, nullptr);
+}

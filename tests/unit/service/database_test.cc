@@ -1,0 +1,128 @@
+#include "database.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <vptz/model/device.h>
+#include <vptz/model/device_type.h>
+#include <vptz/model/media.h>
+#include <vptz/model/media_parameter.h>
+#include <vptz/model/movement.h>
+#include <vptz/model/movement_parameter.h>
+#include <vptz/model/preset.h>
+#include <vptz/model/protocol.h>
+#include <vptz/model/ptz.h>
+#include <vptz/model/vptzmodel.h>
+
+#include "simulation.h"
+#include "support/temp_dir.h"
+
+namespace vptz_test {
+namespace {
+
+using vptzd::Camera;
+using vptzd::CameraIds;
+using vptzd::OpenDatabase;
+using vptzd::StoreCamera;
+using vptzd::StoreCameras;
+
+class ServiceDatabase : public testing::Test {
+ protected:
+  ServiceDatabase() { EXPECT_TRUE(Open()); }
+  ~ServiceDatabase() override { VptzModel::Instance().Release(); }
+
+  bool Open() const { return OpenDatabase(folder_.path() + "/vptz.db", VPTZD_SEED_FILE); }
+
+  static std::unique_ptr<Device> DeviceOf(const CameraIds& ids) {
+    Device* device = nullptr;
+    EXPECT_EQ(Device::QueryById(&device, ids.device), 0);
+    return std::unique_ptr<Device>(device);
+  }
+
+  TempDir folder_;
+};
+
+template <class Row>
+std::size_t RowCount() {
+  std::vector<Row*> rows;
+  Row::QueryAll(&rows, 0, 65535);
+  const std::size_t count = rows.size();
+  VptzModel::CleanQuery(&rows);
+  return count;
+}
+
+TEST_F(ServiceDatabase, IsFilledTheSameHoweverOftenTheServiceStarts) {
+  ASSERT_TRUE(Open());
+  ASSERT_TRUE(Open());
+  EXPECT_EQ(RowCount<Protocol>(), 6U);
+  EXPECT_EQ(RowCount<DeviceType>(), 2U);
+}
+
+TEST_F(ServiceDatabase, IsRefusedWhereThereIsNoFolder) {
+  EXPECT_FALSE(OpenDatabase("/proc/none/vptz.db", VPTZD_SEED_FILE));
+}
+
+TEST_F(ServiceDatabase, HoldsWhatACameraIs) {
+  const CameraIds ids = StoreCamera(2, Camera());
+  const std::unique_ptr<Device> device = DeviceOf(ids);
+  ASSERT_NE(device, nullptr);
+  EXPECT_EQ(device->address(), "192.0.2.2");
+  EXPECT_EQ(device->http_uri(), "http://192.0.2.2");
+  ASSERT_NE(device->protocol(), nullptr);
+  EXPECT_EQ(device->protocol()->name(), "ONVIF");
+  EXPECT_EQ(Media::QueryCountByDevice(ids.device), 2);
+  EXPECT_EQ(Ptz::QueryCountByDevice(ids.device), 1);
+  EXPECT_EQ(Preset::QueryCountByPtz(ids.ptz), 3);
+}
+
+TEST_F(ServiceDatabase, HoldsTheLimitsOfEachAxis) {
+  const CameraIds ids = StoreCamera(1, Camera());
+  Ptz* found = nullptr;
+  ASSERT_EQ(Ptz::QueryById(&found, ids.ptz), 0);
+  const std::unique_ptr<Ptz> ptz(found);
+  ASSERT_NE(ptz->tilt(), nullptr);
+  MovementParameter* parameter = nullptr;
+  ASSERT_EQ(MovementParameter::QueryByName(&parameter, ptz->tilt()->id(), "position"), 0);
+  EXPECT_EQ(parameter->min(), -30.0);
+  EXPECT_EQ(parameter->max(), 90.0);
+  ASSERT_EQ(MovementParameter::QueryByName(&parameter, ptz->pan()->id(), "speed"), 0);
+  EXPECT_EQ(parameter->max(), 100.0);
+  delete parameter;
+}
+
+TEST_F(ServiceDatabase, KeepsACamerasRowsAndIdsAcrossStarts) {
+  const CameraIds first = StoreCamera(1, Camera());
+  const std::size_t parameters = RowCount<MediaParameter>();
+  const CameraIds second = StoreCamera(1, Camera());
+  EXPECT_EQ(first.device, second.device);
+  EXPECT_EQ(first.ptz, second.ptz);
+  EXPECT_EQ(RowCount<Device>(), 1U);
+  EXPECT_EQ(RowCount<MediaParameter>(), parameters);
+}
+
+TEST_F(ServiceDatabase, WritesACameraAnewThatWasLeftHalfWritten) {
+  const CameraIds half = StoreCamera(1, Camera());
+  const std::unique_ptr<Device> device = DeviceOf(half);
+  device->set_is_setting_applied(false);
+  ASSERT_EQ(Device::Update(*device), 0);
+  const CameraIds whole = StoreCamera(1, Camera());
+  EXPECT_NE(whole.device, half.device);
+  EXPECT_EQ(RowCount<Device>(), 1U);
+  EXPECT_EQ(Preset::QueryCountByPtz(whole.ptz), 3);
+}
+
+TEST_F(ServiceDatabase, GivesCamerasTheIdsByWhichCommandsNameThem) {
+  StoreCamera(9, Camera());  // so that ids and numbers differ
+  Simulation simulation(2);
+  StoreCameras(simulation.world());
+  Device* found = nullptr;
+  ASSERT_EQ(Device::QueryByServiceUri(&found, "http://192.0.2.1/onvif/device_service"), 0);
+  const std::unique_ptr<Device> device(found);
+  EXPECT_EQ(simulation.world().FindDevice(device->id()), simulation.world().FindCamera(1));
+  EXPECT_EQ(simulation.world().FindDevice(1), nullptr) << "the row of another camera";
+}
+
+}  // namespace
+}  // namespace vptz_test
