@@ -127,8 +127,7 @@ int bus_client::Send(PendingCall* call, const char* service, const char* method,
   if (!connection_.ready()) {
     return -ENOTCONN;
   }
-  const auto left = call->last_moment - Clock::now();
-  if (left <= Clock::duration::zero()) {
+  if (Clock::now() >= call->last_moment) {
     return -ETIMEDOUT;
   }
   call->service = Watch(service);
@@ -136,7 +135,7 @@ int bus_client::Send(PendingCall* call, const char* service, const char* method,
   call->request_length = length;
   call->confirmed = !unconfirmed_.empty() || !Trusts(*call->service, call->method, length);
   *sequence = ++sequence_;
-  const auto identity = dorv::RequestIdentity::Make(caller_, *sequence, left);
+  const auto identity = dorv::RequestIdentity::Make(caller_, *sequence, call->last_moment);
   dorv::Properties properties;
   if (!properties.AddResponseTopic(dorv::Topic::Reply(connection_.client_id()).c_str()) ||
       !properties.AddCorrelation(identity.Encode())) {

@@ -49,13 +49,18 @@ mosquitto* NewMosquitto(const char* client_id, void* user_data) {
   return instance;
 }
 
-SigpipeGuard::SigpipeGuard() {
-  if (quiet_thread) {
+SigpipeGuard::SigpipeGuard() : active_(!quiet_thread) {
+  if (!active_) {
     return;
   }
   const sigset_t sigpipe = JustSigpipe();
   pthread_sigmask(SIG_BLOCK, &sigpipe, &before_);
-  active_ = sigismember(&before_, SIGPIPE) == 0;
+  if (sigismember(&before_, SIGPIPE) == 1) {
+    // The application holds it back itself; one that waits already stays.
+    sigset_t pending;
+    sigpending(&pending);
+    was_pending_ = sigismember(&pending, SIGPIPE) == 1;
+  }
 }
 
 SigpipeGuard::~SigpipeGuard() {
@@ -63,13 +68,13 @@ SigpipeGuard::~SigpipeGuard() {
     return;
   }
   const int saved_errno = errno;
-  if (broken_pipe) {
-    broken_pipe = false;
+  if (broken_pipe && !was_pending_) {
     const sigset_t sigpipe = JustSigpipe();
     const timespec at_once{};
     while (sigtimedwait(&sigpipe, nullptr, &at_once) < 0 && errno == EINTR) {
     }
   }
+  broken_pipe = false;
   pthread_sigmask(SIG_SETMASK, &before_, nullptr);
   errno = saved_errno;
 }

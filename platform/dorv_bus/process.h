@@ -35,7 +35,8 @@ class SigpipeGuard {
 
  private:
   sigset_t before_;
-  bool active_ = false;
+  const bool active_;
+  bool was_pending_ = false;
 };
 
 // Marks the calling thread as one that no signal reaches.

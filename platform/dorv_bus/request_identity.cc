@@ -53,14 +53,17 @@ std::uint64_t Get(const unsigned char* in) {
 
 }  // namespace
 
-RequestIdentity RequestIdentity::Make(std::uint64_t caller, std::uint64_t sequence,
-                                      std::chrono::nanoseconds timeout) {
+RequestIdentity RequestIdentity::Make(std::uint64_t caller, std::uint64_t sequence, TimePoint deadline) {
   RequestIdentity identity;
   identity.caller = caller;
   identity.sequence = sequence;
   identity.boot_id = BootId();
-  identity.boot_deadline = Now(CLOCK_BOOTTIME) + timeout.count();
-  identity.wall_deadline = Now(CLOCK_REALTIME) + timeout.count();
+  identity.boot_deadline = Now(CLOCK_BOOTTIME);
+  identity.wall_deadline = Now(CLOCK_REALTIME);
+  // Read last, so that the two above can only come out early.
+  const auto left = std::chrono::duration_cast<std::chrono::nanoseconds>(deadline - Clock::now()).count();
+  identity.boot_deadline += left;
+  identity.wall_deadline += left;
   return identity;
 }
 

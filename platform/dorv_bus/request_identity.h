@@ -4,11 +4,12 @@
 #define DORV_BUS_REQUEST_IDENTITY_H
 
 #include <array>
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <unordered_map>
+
+#include "waiter.h"
 
 namespace dorv {
 
@@ -27,7 +28,9 @@ struct RequestIdentity {
   std::int64_t boot_deadline = 0;
   std::int64_t wall_deadline = 0;
 
-  static RequestIdentity Make(std::uint64_t caller, std::uint64_t sequence, std::chrono::nanoseconds timeout);
+  // The deadline is never later than `deadline`, not even by the time that this
+  // takes.
+  static RequestIdentity Make(std::uint64_t caller, std::uint64_t sequence, TimePoint deadline);
   static std::optional<RequestIdentity> Decode(const void* data, std::size_t size);
 
   Bytes Encode() const;

@@ -12,7 +12,7 @@
 namespace vptz_test {
 namespace {
 
-class BusService : public BundledBus {
+class BundledService : public BundledBus {
  protected:
   static int New(const char* name, const std::string& address, bus_method_handler handler) {
     bus_service* service = reinterpret_cast<bus_service*>(&service);
@@ -30,7 +30,7 @@ class BusService : public BundledBus {
   Broker broker_;
 };
 
-TEST_F(BusService, ArgumentsAreChecked) {
+TEST_F(BundledService, ArgumentsAreChecked) {
   for (const char* name :
        {static_cast<const char*>(nullptr), "", "a/b", "+", "#", "a+b", "$camera", "a\nb", "\xff"}) {
     EXPECT_EQ(New(name, broker_.address(), &Ignore), -EINVAL);
@@ -42,7 +42,7 @@ TEST_F(BusService, ArgumentsAreChecked) {
   EXPECT_GE(bus_service_free(nullptr), 0);
 }
 
-TEST_F(BusService, FailureToConnectIsToldAndLeavesNothingBehind) {
+TEST_F(BundledService, FailureToConnectIsToldAndLeavesNothingBehind) {
   const auto threads = [] {
     int count = 0;
     DIR* folder = opendir("/proc/self/task");
@@ -60,14 +60,14 @@ TEST_F(BusService, FailureToConnectIsToldAndLeavesNothingBehind) {
   EXPECT_EQ(Call(client.get(), "camera", "echo").code, -ESRCH);
 }
 
-TEST_F(BusService, StoppedBrokerIsNotWaitedForLongerThanTheDefaultTimeOut) {
+TEST_F(BundledService, StoppedBrokerIsNotWaitedForLongerThanTheDefaultTimeOut) {
   broker_.Stop();
   EXPECT_LE(Took([&] { EXPECT_EQ(New("camera", broker_.address(), &Ignore), -ETIMEDOUT); }),
             std::chrono::seconds(BUS_DEFAULT_TIMEOUT) + kSlack);
   broker_.Continue();
 }
 
-TEST_F(BusService, CallsReachItAsSoonAsItIsThere) {
+TEST_F(BundledService, CallsReachItAsSoonAsItIsThere) {
   const ClientPtr client = ConnectedTo(broker_.address());
   for (int round = 0; round < 20; ++round) {
     const ServedName service("camera", broker_.address(), &Echo);
@@ -76,7 +76,7 @@ TEST_F(BusService, CallsReachItAsSoonAsItIsThere) {
   }
 }
 
-TEST_F(BusService, NameThatSomebodyServesIsRefused) {
+TEST_F(BundledService, NameThatSomebodyServesIsRefused) {
   ServedName service("camera", broker_.address(), &Echo);
   EXPECT_EQ(New("camera", broker_.address(), &Ignore), -EADDRINUSE);
   const ClientPtr client = ConnectedTo(broker_.address());
@@ -87,7 +87,7 @@ TEST_F(BusService, NameThatSomebodyServesIsRefused) {
   EXPECT_EQ(Call(client.get(), "camera", "echo", "the next").reply, "the next");
 }
 
-TEST_F(BusService, NameOfAKilledServiceIsTakenOver) {
+TEST_F(BundledService, NameOfAKilledServiceIsTakenOver) {
   Process killed = ServeApart();
   ASSERT_TRUE(Serves(killed));
   EXPECT_EQ(New("camera", broker_.address(), &Ignore), -EADDRINUSE);
@@ -101,7 +101,7 @@ TEST_F(BusService, NameOfAKilledServiceIsTakenOver) {
   }));
 }
 
-TEST_F(BusService, NameOfAServiceThatDoesNotAnswerIsTakenOver) {
+TEST_F(BundledService, NameOfAServiceThatDoesNotAnswerIsTakenOver) {
   Process stopped = ServeApart();
   ASSERT_TRUE(Serves(stopped));
   stopped.Signal(SIGSTOP);
@@ -110,7 +110,7 @@ TEST_F(BusService, NameOfAServiceThatDoesNotAnswerIsTakenOver) {
   EXPECT_EQ(Call(ConnectedTo(broker_.address()).get(), "camera", "echo", "x").reply, "x");
 }
 
-TEST_F(BusService, OneProcessServesSeveralNames) {
+TEST_F(BundledService, OneProcessServesSeveralNames) {
   const ServedName first("first", broker_.address(), [](bus_service*, bus_request* r) { Reply(r, "1"); });
   const ServedName second("second", broker_.address(), [](bus_service*, bus_request* r) { Reply(r, "2"); });
   const ClientPtr client = ConnectedTo(broker_.address());
@@ -118,7 +118,7 @@ TEST_F(BusService, OneProcessServesSeveralNames) {
   EXPECT_EQ(Call(client.get(), "second", "who").reply, "2");
 }
 
-TEST_F(BusService, ServesAgainAfterTheBrokerRestarts) {
+TEST_F(BundledService, ServesAgainAfterTheBrokerRestarts) {
   const ServedName service("camera", broker_.address(), &Echo);
   broker_.Kill();
   EXPECT_TRUE(WaitUntil([&] { return Emit(service.get(), "moved") == -ENOTCONN; }));
@@ -128,7 +128,7 @@ TEST_F(BusService, ServesAgainAfterTheBrokerRestarts) {
   EXPECT_EQ(Emit(service.get(), "moved"), 0);
 }
 
-TEST_F(BusService, SignalForNobodyIsNoFailure) {
+TEST_F(BundledService, SignalForNobodyIsNoFailure) {
   const ServedName service("camera", broker_.address(), &Echo);
   EXPECT_EQ(Emit(service.get(), "moved", "x"), 0);
   // It is not kept for later either.
@@ -139,7 +139,7 @@ TEST_F(BusService, SignalForNobodyIsNoFailure) {
   EXPECT_EQ(TheReceiver(0).All()[0].payload, "y");
 }
 
-TEST_F(BusService, SignalsAreChecked) {
+TEST_F(BundledService, SignalsAreChecked) {
   const ServedName service("camera", broker_.address(), &Echo);
   for (const char* name : {"", "+", "#", "a#", "$moved", "a\nb", "\xff"})
     EXPECT_EQ(Emit(service.get(), name), -EINVAL);
@@ -150,7 +150,7 @@ TEST_F(BusService, SignalsAreChecked) {
   EXPECT_EQ(bus_service_emit(service.get(), "moved", nullptr, 0), 0);
 }
 
-TEST_F(BusService, FreeingItFromItsHandlerIsRefused) {
+TEST_F(BundledService, FreeingItFromItsHandlerIsRefused) {
   std::atomic<int> freed{0};
   const ServedName service("camera", broker_.address(), [&](bus_service* self, bus_request* request) {
     freed = bus_service_free(self);
@@ -162,7 +162,7 @@ TEST_F(BusService, FreeingItFromItsHandlerIsRefused) {
   EXPECT_EQ(Call(client.get(), "camera", "free").reply, "still here");
 }
 
-TEST_F(BusService, FreeingItWaitsForItsHandler) {
+TEST_F(BundledService, FreeingItWaitsForItsHandler) {
   Event entered;
   Event leave;
   std::atomic<bool> left{false};
@@ -182,7 +182,7 @@ TEST_F(BusService, FreeingItWaitsForItsHandler) {
   leave.Set();
 }
 
-TEST_F(BusService, FreeingItFailsTheCallsThatWaitForIt) {
+TEST_F(BundledService, FreeingItFailsTheCallsThatWaitForIt) {
   std::vector<bus_request*> kept;
   Event received;
   ServedName service("camera", broker_.address(), [&](bus_service*, bus_request* request) {

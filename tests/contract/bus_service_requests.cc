@@ -12,7 +12,7 @@
 namespace vptz_test {
 namespace {
 
-class BusServiceRequests : public BundledBus {
+class BundledServiceRequests : public BundledBus {
  protected:
   // Keeps each request for the test.
   Handler Keeper() {
@@ -35,7 +35,7 @@ class BusServiceRequests : public BundledBus {
   std::vector<bus_request*> kept_;
 };
 
-TEST_F(BusServiceRequests, TellTheirMethodAndBytesUntilTheyEnd) {
+TEST_F(BundledServiceRequests, TellTheirMethodAndBytesUntilTheyEnd) {
   const ServedName service("camera", broker_.address(), Keeper());
   const ClientPtr client = ConnectedTo(broker_.address());
   EXPECT_EQ(CallAsync(client.get(), "camera", "a/b", std::string("x\0y", 3), TheReceiver(0).callback), 0);
@@ -51,7 +51,7 @@ TEST_F(BusServiceRequests, TellTheirMethodAndBytesUntilTheyEnd) {
   EXPECT_EQ(Reply(empty, ""), 0);
 }
 
-TEST_F(BusServiceRequests, AreHandledInOrderOnOneThread) {
+TEST_F(BundledServiceRequests, AreHandledInOrderOnOneThread) {
   std::vector<std::string> order;
   std::set<std::thread::id> threads;
   ServedName service("camera", broker_.address(), [&](bus_service*, bus_request* request) {
@@ -72,7 +72,7 @@ TEST_F(BusServiceRequests, AreHandledInOrderOnOneThread) {
   EXPECT_EQ(threads.count(std::this_thread::get_id()), 0U);
 }
 
-TEST_F(BusServiceRequests, MayBeAnsweredLaterFromAnotherThread) {
+TEST_F(BundledServiceRequests, MayBeAnsweredLaterFromAnotherThread) {
   const ServedName service("camera", broker_.address(), Keeper());
   const ClientPtr client = ConnectedTo(broker_.address());
   CallResult result{};
@@ -84,7 +84,7 @@ TEST_F(BusServiceRequests, MayBeAnsweredLaterFromAnotherThread) {
   EXPECT_EQ(result.reply, "done");
 }
 
-TEST_F(BusServiceRequests, KeptOnesDoNotHoldUpOthers) {
+TEST_F(BundledServiceRequests, KeptOnesDoNotHoldUpOthers) {
   const ServedName service("camera", broker_.address(), [&](bus_service*, bus_request* request) {
     if (Payload(request).empty()) {
       const std::lock_guard<std::mutex> lock(mutex_);
@@ -101,7 +101,7 @@ TEST_F(BusServiceRequests, KeptOnesDoNotHoldUpOthers) {
   EXPECT_TRUE(TheReceiver(0).WaitFor(1));
 }
 
-TEST_F(BusServiceRequests, FailuresReachTheCaller) {
+TEST_F(BundledServiceRequests, FailuresReachTheCaller) {
   const ServedName service("camera", broker_.address(), [](bus_service*, bus_request* request) {
     bus_request_fail(request, std::stoi(Payload(request)));
   });
@@ -114,7 +114,7 @@ TEST_F(BusServiceRequests, FailuresReachTheCaller) {
   }
 }
 
-TEST_F(BusServiceRequests, ArgumentsAreChecked) {
+TEST_F(BundledServiceRequests, ArgumentsAreChecked) {
   EXPECT_EQ(bus_request_reply(nullptr, "x", 1), -EINVAL);
   EXPECT_EQ(bus_request_fail(nullptr, -EIO), -EINVAL);
   const ServedName service("camera", broker_.address(), [](bus_service*, bus_request* request) {
@@ -129,14 +129,14 @@ TEST_F(BusServiceRequests, ArgumentsAreChecked) {
   EXPECT_LT(Call(client.get(), "camera", "reply", "negative", 1).code, 0);
 }
 
-TEST_F(BusServiceRequests, AnswerAfterTheDeadlineIsRefused) {
+TEST_F(BundledServiceRequests, AnswerAfterTheDeadlineIsRefused) {
   const ServedName service("camera", broker_.address(), Keeper());
   const ClientPtr client = ConnectedTo(broker_.address());
   EXPECT_EQ(Call(client.get(), "camera", "slow", "", 1).code, -ETIMEDOUT);
   EXPECT_EQ(Reply(Take(), "late"), -ETIMEDOUT);
 }
 
-TEST_F(BusServiceRequests, AnswerOverALostConnectionIsRefused) {
+TEST_F(BundledServiceRequests, AnswerOverALostConnectionIsRefused) {
   const ServedName service("camera", broker_.address(), Keeper());
   const ClientPtr client = ConnectedTo(broker_.address());
   EXPECT_EQ(CallAsync(client.get(), "camera", "slow", "", TheReceiver(0).callback, 60), 0);
@@ -151,7 +151,7 @@ TEST_F(BusServiceRequests, AnswerOverALostConnectionIsRefused) {
   EXPECT_EQ(Reply(second, "x"), -ENOTCONN) << "its connection has gone, though there is another";
 }
 
-TEST_F(BusServiceRequests, HandlerMayEmitAndCallOthers) {
+TEST_F(BundledServiceRequests, HandlerMayEmitAndCallOthers) {
   const ServedName inner("inner", broker_.address(), &Echo);
   const ClientPtr own = ConnectedTo(broker_.address());
   const ServedName outer("outer", broker_.address(), [&](bus_service* self, bus_request* request) {
@@ -165,7 +165,7 @@ TEST_F(BusServiceRequests, HandlerMayEmitAndCallOthers) {
   EXPECT_EQ(TheReceiver(0).All()[0].payload, "x");
 }
 
-TEST_F(BusServiceRequests, SignalsAndAnswersOfManyThreadsArrive) {
+TEST_F(BundledServiceRequests, SignalsAndAnswersOfManyThreadsArrive) {
   const ServedName service("camera", broker_.address(), &Echo);
   const ClientPtr client = ConnectedTo(broker_.address());
   EXPECT_EQ(bus_signal_subscribe(client.get(), "camera", "moved", TheReceiver(0).callback), 0);

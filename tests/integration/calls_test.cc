@@ -57,20 +57,21 @@ TEST_F(IntegrationCalls, SecondServiceOfTheNameDoesNotStart) {
 }
 
 TEST_F(IntegrationCalls, TwoClientsAtOnceDriveTheirOwnCameras) {
-  const auto drive = [this](unsigned camera, double target) {
-    const auto client = Connected();
-    EXPECT_EQ(client->AbsolutePanMove(camera, target, 100), 0);
+  const auto drive = [](VptzClient& client, unsigned camera, double target) {
+    EXPECT_EQ(client.AbsolutePanMove(camera, target, 100), 0);
     double pan = 0;
     EXPECT_TRUE(WaitUntil([&] {
-      pan = Pan(*client, camera);
+      pan = Pan(client, camera);
       // One camera goes to the right, the other to the left.
       EXPECT_GE(pan * target, 0);
       return pan == target || HasFailure();
     }));
     EXPECT_EQ(pan, target);
   };
-  std::thread other([&] { drive(2, -40); });
-  drive(1, 40);
+  const auto first = Connected();
+  const auto second = Connected();
+  std::thread other([&] { drive(*second, 2, -40); });
+  drive(*first, 1, 40);
   other.join();
 }
 

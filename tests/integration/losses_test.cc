@@ -70,8 +70,8 @@ TEST_F(IntegrationLosses, ServiceThatEndsInGoodOrderIsAbsentAtOnce) {
 TEST_F(IntegrationLosses, BrokerKilledAndRestartedInTheMiddleOfCalls) {
   std::atomic<bool> stop{false};
   std::atomic<int> answered{0};
+  const auto client = Connected();
   std::thread caller([&] {
-    const auto client = Connected();
     while (!stop) {
       int result = 0;
       EXPECT_LE(Took([&] { result = client->GetStatus(1); }), milliseconds(1000) + kSlack);

@@ -35,8 +35,11 @@ void Broker::Stop() { process_->Signal(SIGSTOP); }
 void Broker::Continue() { process_->Signal(SIGCONT); }
 
 void Broker::Start() {
+  const std::size_t told = Log().size();
   process_.emplace(std::vector<std::string>{VPTZ_MOSQUITTO, "-c", folder_.path() + "/broker.conf"});
-  if (!WaitUntil([this] { return !process_->Running() || Accepts(); }) || !process_->Running()) {
+  // It says so when all its listeners are open.
+  const auto runs = [&] { return Log().find(" running\n", told) != std::string::npos && Accepts(); };
+  if (!WaitUntil([&] { return !process_->Running() || runs(); }) || !process_->Running()) {
     throw std::runtime_error("the broker does not run: " + process_->Errors() + Log());
   }
 }

@@ -166,7 +166,11 @@ bool Process::Running() {
 }
 
 void Process::Signal(int number) {
-  if (Running()) kill(pid_, number);
+  if (!Running()) return;
+  kill(pid_, number);
+  if (number != SIGSTOP) return;
+  siginfo_t state{};
+  waitid(P_PID, static_cast<id_t>(pid_), &state, WSTOPPED | WEXITED | WNOWAIT);
 }
 
 int Process::Wait(std::chrono::milliseconds limit) {

@@ -38,6 +38,8 @@ class Process {
   Process& operator=(const Process&) = delete;
 
   bool Running();
+
+  // SIGSTOP has taken effect when this returns.
   void Signal(int number);
 
   // The exit code, or 128 plus the number of the signal that ended it. Kills

@@ -16,6 +16,7 @@ enum {
 
 /*
  * Writes one line, whatever its length, when `level` passes the threshold.
+ * Threshold and target are settings of the log, not of its callers.
  *
  * module    number of the part of the platform that speaks
  * level     ZERK_LOG_ERROR ... ZERK_LOG_DETAIL; smaller counts as error,
@@ -24,8 +25,9 @@ enum {
  * format    printf format of the message; null writes an empty message
  *
  * May be called from any thread, also during static construction and
- * destruction. Lines never mix. Never throws, never ends the process, keeps
- * errno. Arguments are read before the call returns.
+ * destruction. Lines never mix, and no text can pass for a line of its own.
+ * Never throws, never ends the process, keeps errno. Arguments are read before
+ * the call returns.
  */
 void ZERK_LOG_write_newline(int module, int level, const char* file, int line, const char* function,
                             const char* format, ...)
