@@ -127,7 +127,7 @@ TEST_F(BusLifetime, EveryFunctionMayBeCalledFromEveryThreadAtAnyTime) {
     threads.emplace_back([&actions, number] {
       // Few enough that the broker's queue of new connections does not overflow;
       // each thread takes the actions in another order.
-      for (std::size_t i = 0; i < 80; ++i) {
+      for (std::size_t i = 0; i < 40; ++i) {
         const int result = actions[(i * (2 * number + 1) + number * i / 7) % actions.size()]();
         EXPECT_THAT(result, testing::AnyOf(testing::Ge(0), -ENOTCONN, -ECONNRESET, -ESRCH, -ENOENT));
       }

@@ -68,8 +68,8 @@ TEST_F(BundledService, StoppedBrokerIsNotWaitedForLongerThanTheDefaultTimeOut) {
 }
 
 TEST_F(BundledService, CallsReachItAsSoonAsItIsThere) {
-  const ClientPtr client = ConnectedTo(broker_.address());
   for (int round = 0; round < 20; ++round) {
+    const ClientPtr client = ConnectedTo(broker_.address());
     const ServedName service("camera", broker_.address(), &Echo);
     ASSERT_EQ(service.result(), 0);
     EXPECT_EQ(Call(client.get(), "camera", "echo", "x").reply, "x");
