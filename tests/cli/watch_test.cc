@@ -33,7 +33,8 @@ class WatchTest : public CliTest {
  protected:
   // Runs in a terminal of its own; keys are written to its input.
   Words InTerminal(const std::string& line) const {
-    std::string command;
+    // A shell that stayed between would die of the interrupt itself.
+    std::string command = "exec ";
     for (const std::string& word : ToolOnBus(line)) command += word + " ";
     return {VPTZ_SCRIPT, "--quiet", "--return", "--command", command, "/dev/null"};
   }

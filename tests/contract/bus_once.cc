@@ -113,6 +113,8 @@ TEST_F(BusOnce, ServiceHeldStillLongerThanTheTimeOut) {
   const ClientPtr client = Connected();
   CommandStream commands(client.get());
   EXPECT_TRUE(commands.SendUntil([] { return Answered(10); }));
+  // None may be under way: it could be held still in the middle of its execution.
+  EXPECT_TRUE(TheReceiver(0).WaitFor(static_cast<std::size_t>(commands.sent())));
   service->Stop();
   commands.SendFor(milliseconds(1500));
   service->Continue();
