@@ -9,6 +9,7 @@
 #include <vptz/model/device_type.h>
 #include <vptz/model/media.h>
 #include <vptz/model/media_parameter.h>
+#include <vptz/model/movement-odb.hxx>
 #include <vptz/model/movement.h>
 #include <vptz/model/movement_parameter.h>
 #include <vptz/model/preset.h>
@@ -131,6 +132,22 @@ CameraIds StoreNewCamera(std::size_t number, const Camera& camera) {
   return {device->id(), ptz};
 }
 
+// Movements refer to nothing, so they don't go with their device.
+void RemoveUnusedMovements() {
+  VptzModel::Erase<Movement>(
+      odb::query<Movement>("\"movement\".\"id\" NOT IN (SELECT pan FROM ptz WHERE pan IS NOT NULL "
+                           "UNION SELECT tilt FROM ptz WHERE tilt IS NOT NULL "
+                           "UNION SELECT zoom FROM ptz WHERE zoom IS NOT NULL)"));
+}
+
+// The device comes last: while it is there the next start knows that something
+// is to be removed.
+void RemoveHalfWritten(const Device& device) {
+  Ptz::RemoveByDevice(device.id());
+  RemoveUnusedMovements();
+  Device::Remove(device.id());
+}
+
 }  // namespace
 
 bool OpenDatabase(const std::string& path, const std::string& seed_file) {
@@ -145,7 +162,7 @@ CameraIds StoreCamera(std::size_t number, const Camera& camera) {
       Found<Ptz>([&](Ptz** row) { return Ptz::QueryByNode(row, device->id(), camera.ptz_token()); });
   if (device->is_setting_applied() && ptz != nullptr) return {device->id(), ptz->id()};
   // The service was killed while it wrote: what is there goes, and is written anew.
-  Device::Remove(device->id());
+  RemoveHalfWritten(*device);
   return StoreNewCamera(number, camera);
 }
 

@@ -2,7 +2,9 @@
 //
 // Results. Every operation that sends a command returns an int:
 //   0            done (for GetStatus and GetDevicesPowerStatus: the answer 0)
-//   -1           the client never connected; nothing was sent
+//   -1           the client never connected, an argument cannot be sent, or the
+//                database lacks the row that the operation needs; nothing was
+//                sent
 //   other < 0    the bus library's negative errno value when the call failed
 //                (-ENOTCONN, -ETIMEDOUT, -ESRCH, -ECONNRESET ...), else the
 //                service's refusal
@@ -28,9 +30,11 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include <vptz/export.h>
 #include <vptz/vptz_data.h>
+#include <vptz/vptz_device.h>
 
 struct bus_client;
 
@@ -49,12 +53,15 @@ class VPTZ_API VptzClient {
  public:
   // ---- lifecycle -----------------------------------------------------------
 
-  // Prepares the bus library and reads the configuration file. Does not
-  // connect. A configuration file that cannot be read is logged; the client
-  // then works with a time-out of 2 s and without preset shift.
+  // Prepares the bus library, reads the configuration file and opens the
+  // database. Does not connect. A configuration file that cannot be read is
+  // logged; the client then works with a time-out of 2 s, without preset shift
+  // and without a database. A database that cannot be opened is logged, too.
   VptzClient();
 
-  // Leaves the bus. Calls that other threads wait in come back first.
+  // Leaves the bus, closes the database (for every client of the process) and
+  // destroys the device handles. Calls that other threads wait in come back
+  // first.
   ~VptzClient();
 
   VptzClient(const VptzClient&) = delete;
@@ -75,8 +82,8 @@ class VPTZ_API VptzClient {
   // Disconnect whose result does not matter. Always 0.
   int Release();
 
-  // Connects as "vptz_client" to the default address. Always 0; whether it
-  // worked is told by the first command.
+  // Connects as "vptz_client" to the default address and loads the registry.
+  // Always 0; whether it worked is told by the first command.
   int Init();
 
   // `timeout` when it is greater than 0, else the configured time-out; seconds.
@@ -129,6 +136,103 @@ class VPTZ_API VptzClient {
   // service answers 0.
   int GetStatus(int timeout = 0);
 
+  // Starts a search for cameras of the protocols in a list such as
+  // "ONVIF,NDI"; an empty list means "ONVIF,QX310,NDI". `scope` tells the
+  // service where to look; its texts are the service's. The signal
+  // "finish/search_device" tells the end; what was found is in the database.
+  int SearchDevice(std::string scope, std::string protocols, int timeout = 0);
+
+  // Has the service add a camera. It writes the rows; a lookup shows them.
+  int AddDevice(const std::string& mac, const std::string& name, const std::string& protocol,
+                const std::string& address, const std::string& user, const std::string& password,
+                int timeout = 0);
+
+  // The same with the texts in a block: for the protocol "RS232" `params` is a
+  // VptzSerialDeviceParams and the device is added as by AddRS232Device(port,
+  // name, line, baud_rate, unit), for any other one a VptzNetworkDeviceParams.
+  // Such a device is declared as "VISCA_OVER_IP" whatever protocol is named. -1
+  // when params is null, or with "AddDevice exception" logged when memory runs
+  // out.
+  int AddDevice(const std::string& protocol, void* params, int timeout = 0);
+
+  // Adds a serial device: AddDevice(port, name, "RS232",
+  // "rs232://PORT/LINE/BAUD_RATE/UNIT", "", ""). -1 when that address is longer
+  // than 127 bytes.
+  int AddRS232Device(std::string port, const std::string& name, std::string line, int baud_rate, int unit,
+                     int timeout = 0);
+
+  // Adds an ONVIF camera that no search finds, by its service address.
+  int AddOnvifDeviceManually(const std::string& address, const std::string& user, const std::string& password,
+                             int timeout = 0);
+
+  // Has the service forget a device.
+  int RemoveDevice(unsigned int device_id, int timeout = 0);
+
+  // ---- registry ------------------------------------------------------------
+  // Handles of the devices in the database, in the order of their rows. They
+  // need no connection; with one, the service is asked for the outside
+  // addresses of each device's web pages and streams ("query_nat_uri"), one call
+  // after the other, each with the configured time-out. The three lookups build
+  // the registry anew, so that it shows what is stored now; every pointer that
+  // an earlier lookup gave is invalid afterwards.
+
+  // Appends a handle for each stored device, loaded with LoadDeviceInfo,
+  // LoadPtzInfo and LoadMediaInfo. Does not empty the registry first. Always 0.
+  int LoadDevices();
+
+  // Destroys all handles. Always 0.
+  int ClearDevices();
+
+  // The handle of that device; null when there is none.
+  CVptzDevice* QueryDeviceById(int id);
+
+  // All handles, in the client's own array.
+  std::vector<CVptzDevice>* QueryDeviceAll();
+
+  // The handles whose protocol has exactly that name; the list is the caller's,
+  // the handles are not.
+  std::vector<CVptzDevice*> QueryDeviceByProtocol(const std::string& protocol);
+
+  // Numbers of rows in the database; 0 also when it cannot be read, which is
+  // logged.
+  int QueryDeviceCount();
+  int QueryPtzCountByDevice(int device_id);
+  int QueryMediaCountByDevice(int device_id);
+  int QueryPresetCountByPtz(int ptz_id);
+
+  // ---- maintenance ---------------------------------------------------------
+
+  // Sets the protocol by which the service controls a device.
+  int UpdateDeviceControlProtocol(unsigned int device_id, std::string protocol, int timeout = 0);
+
+  // Have the service log in to a device and out of it. The credentials travel
+  // over the bus; they are not logged.
+  int Login(unsigned int device_id, std::string user, std::string password, int timeout = 0);
+  int Logout(unsigned int device_id, int timeout = 0);
+
+  // Have the service read from the device, into the database: what it is and
+  // how it is; the same in full; where its PTZ nodes stand; its presets.
+  int UpdateDeviceInfo(unsigned int device_id, int timeout = 0);
+  int UpdateDeviceInfoFull(unsigned int device_id, int timeout = 0);
+  int UpdatePtzStatus(unsigned int device_id, int timeout = 0);
+  int UpdateDevicePresets(unsigned int device_id, int timeout = 0);
+
+  // Couples a slave device to a device: its address and the account and
+  // credentials by which it is reached. Empty texts end the coupling.
+  int SetSlaveDevice(int device_id, const std::string& address, const std::string& account,
+                     const std::string& credentials, int timeout = 0);
+
+  // SetSlaveDevice with the stored address of the device `slave_id`, and with
+  // "account" and "credentials" of its stored credentials, a JSON text; 0 ends
+  // the coupling. Rebuilds the registry. The configured time-out is used
+  // whatever `timeout` is. -1 and nothing sent when there is no such device or
+  // its credentials are no JSON object with these two texts.
+  int SetSlaveDeviceById(int device_id, int slave_id, int timeout = 0);
+
+  // Sets the line of all serial devices: sends "rs232://PORT/BAUD_RATE/UNIT/FLAGS".
+  // -1 when that is longer than 127 bytes.
+  int UpdateAllRS232Devices(std::string port, int baud_rate, int unit, int flags, int timeout = 0);
+
   // ---- motion --------------------------------------------------------------
   // `ptz_id` is the row id of the PTZ node. Each returns when the service has
   // accepted the command, not when the motion has ended.
@@ -170,6 +274,85 @@ class VPTZ_API VptzClient {
 
   // Sets the tracking mode; its numbers are the service's.
   int SetTrackMode(unsigned int ptz_id, unsigned int track_mode, int timeout = 0);
+
+  // ---- presets -------------------------------------------------------------
+  // Stored positions of one PTZ node, known by a token. The service keeps them
+  // and writes their rows. The ...ById forms take the token (to store: and the
+  // name) of the row with that node and preset id, and return -1 without sending
+  // when the database has none.
+
+  // Has the service read the node's presets from the camera.
+  int UpdatePresets(unsigned int ptz_id, int timeout = 0);
+
+  // Stores the present position.
+  int SetPreset(unsigned int ptz_id, std::string name, std::string token, int timeout = 0);
+  int SetPresetById(unsigned int ptz_id, unsigned int preset_id, int timeout = 0);
+
+  // Moves to a stored position; kVptzNotCommanded leaves a speed to the service.
+  int GotoPreset(unsigned int ptz_id, std::string token, double pan_speed, double tilt_speed, double zoom_speed,
+                 int timeout = 0);
+  int GotoPresetById(unsigned int ptz_id, unsigned int preset_id, double pan_speed, double tilt_speed,
+                     double zoom_speed, int timeout = 0);
+
+  // Removes a stored position; the row goes when the service removes it.
+  int RemovePreset(unsigned int ptz_id, std::string token, int timeout = 0);
+  int RemovePresetById(unsigned int ptz_id, unsigned int preset_id, int timeout = 0);
+
+  // ---- imaging and focus ---------------------------------------------------
+  // `media_id` is the row id of the media source. All but UpdateCapabilities
+  // return -1 without sending when the database has no such row.
+
+  // Has the service read what a device can do.
+  int UpdateCapabilities(unsigned int device_id, int timeout = 0);
+
+  // Sets the image. kVptzNotCommanded leaves a value alone, the text "DEFAULT"
+  // the auto-focus mode. Scales and mode numbers are the service's.
+  int SetImagingSettings(unsigned int media_id, double brightness, double contrast, double sharpness,
+                         double backlight_mode, double auto_focus, std::string auto_focus_mode,
+                         int timeout = 0);
+
+  // SetImagingSettings of one value; the others are left alone.
+  int SetBrightness(unsigned int media_id, double brightness, int timeout = 0);
+  int SetContrast(unsigned int media_id, double contrast, int timeout = 0);
+  int SetSharpness(unsigned int media_id, double sharpness, int timeout = 0);
+  int SetBacklightMode(unsigned int media_id, double backlight_mode, int timeout = 0);
+  int SetAutoFocusMode(unsigned int media_id, double auto_focus, int timeout = 0);
+
+  // Switches between automatic and manual focus.
+  int SwitchFocusMode(unsigned int media_id, int timeout = 0);
+
+  // Drive the focus until FocusStop. `drive` tells how; its texts are the
+  // service's.
+  int FocusFar(unsigned int media_id, std::string drive, int timeout = 0);
+  int FocusNear(unsigned int media_id, std::string drive, int timeout = 0);
+  int FocusStop(unsigned int media_id, std::string drive, int timeout = 0);
+
+  // ---- NAT -----------------------------------------------------------------
+  // Addresses as they are reachable from outside. EnableNAT and DisableNAT
+  // rebuild the registry once the service has answered, whatever it answered,
+  // and then ask it for the outside addresses of that device ("query_nat_uri"):
+  // NAT_MEDIA those of its streams, NAT_SERVICE and NAT_HTTP those of its service
+  // and its web page, NAT_ALL all of them in this order. How these queries end
+  // does not change the result.
+
+  // Opens mappings. The vector is only read; null is logged and sent as no
+  // mappings.
+  int EnableNAT(unsigned int device_id, NATType type, std::vector<VptzNATData>* mappings, int timeout = 0);
+
+  // Closes them.
+  int DisableNAT(unsigned int device_id, NATType type, int timeout = 0);
+
+  // Replaces an address by the service's answer, also when that is a refusal or
+  // empty; leaves it alone when the call fails.
+  int QueryNATuri(unsigned int device_id, NATType type, std::string& uri, int timeout = 0);
+
+  // Sets each media profile's nat_url to its url and then QueryNATuri's answer
+  // to it. Always 0; -1 when the handle is null.
+  int SetMediaInfoNAT(CVptzDevice* device, int device_id, NATType type, int timeout = 0);
+
+  // Closes all mappings of all devices, and empties the outside addresses in the
+  // registry once the service has answered, whatever it answered.
+  int ClearNAT(int timeout = 0);
 
   // ---- serial, USB and power -----------------------------------------------
 
@@ -217,6 +400,7 @@ class VPTZ_API VptzClient {
   std::int32_t ndi_preset_shift_ = 0;
   bus_client* bus_client_ = nullptr;
   std::int32_t timeout_ = 2;
+  std::vector<CVptzDevice> devices_;
 };
 
 #endif

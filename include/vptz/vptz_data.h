@@ -137,4 +137,24 @@ struct VptzNATData {
   std::int32_t number2 = 0;
 };
 
+// What AddDevice(protocol, params) reads for a device in the network. `protocol`
+// is not read.
+struct VptzNetworkDeviceParams {
+  std::string mac;
+  std::string name;
+  std::string protocol;
+  std::string address;
+  std::string user;
+  std::string password;
+};
+
+// What it reads for a serial device ("RS232").
+struct VptzSerialDeviceParams {
+  std::string name;
+  std::string line;   // how the port is wired; the service's texts
+  int baud_rate = 0;  // bits per second
+  int unit = 0;       // the device's number on the line
+  std::string port;   // serial port; stands where other devices have their mac
+};
+
 #endif

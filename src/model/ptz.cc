@@ -5,6 +5,14 @@
 template class vptz::StoredRow<Ptz>;
 template class vptz::UpdatableRow<Ptz>;
 
+namespace {
+
+std::uint32_t IdOf(const odb::lazy_shared_ptr<Movement>& movement) {
+  return movement ? movement.object_id<Movement>() : 0;
+}
+
+}  // namespace
+
 Ptz::Ptz(Device* device, Movement* pan, Movement* tilt, Movement* zoom, const std::string& node,
          const std::string& authorization, bool is_enable, int track_mode)
     : device_(vptz::Borrow(device)),
@@ -22,13 +30,19 @@ void Ptz::set_device(Device* value) { device_ = vptz::Borrow(value); }
 
 Movement* Ptz::pan() const { return VptzModel::LoadLazyPtr(pan_); }
 
+std::uint32_t Ptz::pan_id() const { return IdOf(pan_); }
+
 void Ptz::set_pan(Movement* value) { pan_ = vptz::Borrow(value); }
 
 Movement* Ptz::tilt() const { return VptzModel::LoadLazyPtr(tilt_); }
 
+std::uint32_t Ptz::tilt_id() const { return IdOf(tilt_); }
+
 void Ptz::set_tilt(Movement* value) { tilt_ = vptz::Borrow(value); }
 
 Movement* Ptz::zoom() const { return VptzModel::LoadLazyPtr(zoom_); }
+
+std::uint32_t Ptz::zoom_id() const { return IdOf(zoom_); }
 
 void Ptz::set_zoom(Movement* value) { zoom_ = vptz::Borrow(value); }
 

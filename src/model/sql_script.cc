@@ -12,13 +12,6 @@ struct GlibDeleter {
 };
 using GlibText = std::unique_ptr<char, GlibDeleter>;
 
-// A path that the sqlite3 program takes for nothing else: not for an option,
-// and not for a program to run, which a script name beginning with '|' means.
-std::string AsPath(const std::string& path) {
-  const bool special = !path.empty() && (path[0] == '-' || path[0] == '|');
-  return special ? "./" + path : path;
-}
-
 bool IsPlain(const std::string& text) {
   return !text.empty() && text.find_first_of(" \t\r\n\"'\\;#|&$`*?[]{}()<>~!") == std::string::npos;
 }
@@ -47,6 +40,11 @@ std::string CommandLine(const std::string& database, const std::string& script) 
 }
 
 }  // namespace
+
+std::string AsPath(const std::string& path) {
+  const bool special = path.empty() || path.find_first_of("-|:") == 0 || path.compare(0, 5, "file:") == 0;
+  return special ? "./" + path : path;
+}
 
 bool RunSqlScript(const std::string& database, const std::string& script, int* wait_status) {
   char* output = nullptr;

@@ -86,7 +86,7 @@ void VptzModel::Release() {
 }
 
 void VptzModel::Open(const std::string& path, int flags) {
-  database_ = std::make_unique<odb::sqlite::database>(path, flags, true);
+  database_ = std::make_unique<odb::sqlite::database>(vptz::AsPath(path), flags, true);
 }
 
 int VptzModel::Connect(const std::string& path) {
@@ -228,4 +228,10 @@ bool VptzModel::Once(const vptz::OperationMessages& messages, const Operation& o
 
 void VptzModel::LogEmptyResult() {
   VPTZ_LOG_AS("QueryObject", LogLevel::kDetail, kModelTemplates, "VptzModel::QueryObject: Empty result!");
+}
+
+const vptz::OperationMessages& VptzModel::QueryObjectsMessages() {
+  static const vptz::OperationMessages messages = {
+      "QueryObjects", "VptzModel::QueryObjects: Retry limit exceeded! (%s)", "Database exception! (%s)"};
+  return messages;
 }

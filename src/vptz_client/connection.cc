@@ -77,6 +77,7 @@ int VptzClient::Release() {
 
 int VptzClient::Init() {
   Connect("vptz_client", nullptr);
+  LoadDevices();
   return 0;
 }
 

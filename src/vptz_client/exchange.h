@@ -15,6 +15,7 @@ namespace vptz {
 struct ClientAccess {
   static bool HasBusClient(const VptzClient& client) { return client.bus_client_ != nullptr; }
   static std::int32_t NdiPresetShift(const VptzClient& client) { return client.ndi_preset_shift_; }
+  static std::vector<CVptzDevice>& Devices(VptzClient& client) { return client.devices_; }
 };
 
 // Names the method in the command, sends it and parses the reply. Returns a
@@ -61,6 +62,19 @@ int ExchangePtz(VptzClient& client, const char* method, unsigned int ptz_id, int
     ptz.set_ptz_id(ptz_id);
     fill(ptz);
   });
+}
+
+// A command about devices; `fill` gets the empty tutorial::DeviceCommand.
+template <class Fill>
+int ExchangeDevice(VptzClient& client, const char* method, int timeout, Fill&& fill) {
+  return Exchange(client, method, timeout,
+                  [&](tutorial::VptzCommand& command) { fill(*command.mutable_device_command()); });
+}
+
+// One that names a device and nothing else.
+inline int ExchangeDeviceId(VptzClient& client, const char* method, unsigned int device_id, int timeout) {
+  return ExchangeDevice(client, method, timeout,
+                        [&](tutorial::DeviceCommand& device) { device.set_device_id(device_id); });
 }
 
 }  // namespace vptz

@@ -44,16 +44,22 @@ class VPTZ_API Ptz : public vptz::UpdatableRow<Ptz> {
   const std::string& authorization() const { return authorization_; }
   void set_authorization(const std::string& value) { authorization_ = value; }
 
-  // Its pan axis.
+  // Its pan axis, and the row id of that, 0 when there is none; the id loads
+  // nothing.
   Movement* pan() const;
+  std::uint32_t pan_id() const;
   void set_pan(Movement* value);
 
-  // Its tilt axis.
+  // Its tilt axis, and the row id of that, 0 when there is none; the id loads
+  // nothing.
   Movement* tilt() const;
+  std::uint32_t tilt_id() const;
   void set_tilt(Movement* value);
 
-  // Its zoom axis.
+  // Its zoom axis, and the row id of that, 0 when there is none; the id loads
+  // nothing.
   Movement* zoom() const;
+  std::uint32_t zoom_id() const;
   void set_zoom(Movement* value);
 
   // Tracking mode; its numbers are the service's.

@@ -20,6 +20,8 @@
 
 namespace vptz {
 
+struct ModelAccess;
+
 // What an operation writes to the log when it gives up.
 struct OperationMessages {
   const char* function;
@@ -112,6 +114,8 @@ class VPTZ_API VptzModel {
   static void CleanQuery(std::vector<T*>* objects);
 
  private:
+  friend struct vptz::ModelAccess;
+
   using Operation = std::function<bool(odb::database&)>;
 
   // Runs an operation in a transaction, again and again on a conflict. Whether
@@ -120,6 +124,7 @@ class VPTZ_API VptzModel {
   static bool Once(const vptz::OperationMessages& messages, const Operation& operation);
   static bool RunInTransaction(const Operation& operation);
   static void LogEmptyResult();
+  static const vptz::OperationMessages& QueryObjectsMessages();
 
   static int ResultFromId(const std::string&) { return 0; }
   static int ResultFromId(unsigned int id) { return static_cast<int>(id); }
@@ -216,10 +221,8 @@ int VptzModel::QueryObject(const odb::query<T>& query, T** result) {
 
 template <class T>
 int VptzModel::QueryObjects(const odb::query<T>& query, std::vector<T*>* results) {
-  static const vptz::OperationMessages messages = {
-      "QueryObjects", "VptzModel::QueryObjects: Retry limit exceeded! (%s)", "Database exception! (%s)"};
   std::vector<std::unique_ptr<T>> found;
-  const bool done = Retry(messages, [&](odb::database& database) {
+  const bool done = Retry(QueryObjectsMessages(), [&](odb::database& database) {
     found.clear();
     odb::result<T> rows(database.template query<T>(query));
     for (typename odb::result<T>::iterator row = rows.begin(); row != rows.end(); ++row) {

@@ -108,6 +108,47 @@ TEST_F(MigrationTest, OtherSchemasInTheFileKeepTheirVersion) {
               ElementsAre("'another'|3|1", "'vptz'|10|0"));
 }
 
+// ---- files that a step was interrupted in -------------------------------------
+
+// As a program leaves them that commits within a step: the version is the
+// step's, its statements have been run, and it has not been told as finished.
+constexpr char kInterrupted[] = "UPDATE schema_version SET migration = 1;";
+
+TEST_P(OldFileTest, ThatAStepWasInterruptedInIsMigratedWithItsRowsIntact) {
+  MakeFile(OldSchema(GetParam()) + OldRows() + kInterrupted);
+  const std::vector<std::string> before = OldRowsOf(path);
+  EXPECT_EQ(Initialize(), 0);
+  EXPECT_EQ(OldRowsOf(path), before);
+  RawDatabase raw(path);
+  EXPECT_THAT(raw.Rows("SELECT * FROM schema_version"), ElementsAre("'vptz'|10|0"));
+  EXPECT_THAT(raw.Schema(), ElementsAreArray(MigratedSchema()));
+}
+
+TEST_P(OldFileTest, ThatAStepWasInterruptedInIsOpenedByConnectAsItIs) {
+  MakeFile(OldSchema(GetParam()) + OldRows() + kInterrupted);
+  const std::vector<std::string> before = OldRowsOf(path);
+  EXPECT_EQ(model().Connect(path), 0);
+  EXPECT_EQ(model().SchemaVersion("vptz"), GetParam());
+  EXPECT_EQ(OldRowsOf(path), before);
+  EXPECT_EQ(RawDatabase(path).Value("SELECT migration FROM schema_version"), "1");
+}
+
+TEST_F(MigrationTest, AFileThatTheLastStepWasInterruptedInIsUsedAsItIs) {
+  MakeFile(OldSchema(9) + OldRows() + "ALTER TABLE device ADD COLUMN tracking INTEGER NULL;" +
+           "UPDATE schema_version SET version = 10;" + kInterrupted);
+  const std::vector<std::string> before = OldRowsOf(path);
+  EXPECT_EQ(Initialize(), 0);
+  EXPECT_THAT(Lines(), ElementsAre("2 Create database: " + path, "2 Database schema version is: 10",
+                                   "2 The embedded schema version is: 10"));
+  EXPECT_EQ(model().Connect(path), 0);
+  EXPECT_EQ(OldRowsOf(path), before);
+  EXPECT_EQ(RawDatabase(path).Value("SELECT version, migration FROM schema_version"), "10|1");
+  auto device = ById<Device>(3);
+  ASSERT_NE(device, nullptr);
+  device->set_tracking(true);
+  EXPECT_EQ(Device::Update(*device), 0);
+}
+
 // ---- versions 4 and 5 -------------------------------------------------------
 
 class VeryOldFileTest : public OldFileTest {};

@@ -10,13 +10,15 @@
 #include <fstream>
 #include <iterator>
 
+#include "model/child.h"
 #include "model/model_test.h"
 #include "model/schema_statements.h"
 
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
-using testing::IsEmpty;
+using testing::HasSubstr;
 using testing::StartsWith;
 using vptz_test::LogLine;
 using vptz_test::ModelTest;
@@ -114,23 +116,37 @@ TEST_F(OpeningTest, InitializeChangesNothingInACurrentFile) {
   EXPECT_EQ(Bytes(path), before);
 }
 
-// A folder that the mode leaves without execute bits lets only root in, so for
-// others the chain ends at its first folder.
-TEST_F(OpeningTest, InitializeMakesTheMissingFoldersWithTheModeAsItIs) {
-  const mode_t mask = umask(022);
-  const std::string folder = dir.path() + "/a";
-  const int result = model().Initialize(folder + "/b/c/vptz.db", "vptz", "");
-  umask(mask);
-  struct stat status {};
-  ASSERT_EQ(stat(folder.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 07777, 0644u);
-  if (geteuid() == 0) {
-    EXPECT_EQ(result, 0);
-    EXPECT_EQ(model().SchemaVersion("vptz"), 10);
-  } else {
-    EXPECT_EQ(result, -1);
-    chmod(folder.c_str(), 0755);
+// Only root gets through a folder without execute bits, so for others the chain
+// ends at its first folder.
+class MissingFoldersTest : public OpeningTest {
+ protected:
+  int InitializeBelow(const std::string& folder) {
+    umask(022);
+    const int result = model().Initialize(folder + "/b/c/vptz.db", "vptz", "");
+    struct stat status {};
+    EXPECT_EQ(stat(folder.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0644u);
+    return result;
   }
+
+  const std::string folder = dir.path() + "/a";
+};
+
+TEST_F(MissingFoldersTest, AreMadeWithTheModeAsItIs) {
+  if (geteuid() != 0) GTEST_SKIP() << "an ordinary user gets no further than the other test";
+  vptz_test::RunInChild([this] {
+    EXPECT_EQ(InitializeBelow(folder), 0);
+    EXPECT_EQ(model().SchemaVersion("vptz"), 10);
+  });
+}
+
+TEST_F(MissingFoldersTest, LetNoOrdinaryUserThrough) {
+  vptz_test::RunInChild([this] {
+    vptz_test::BecomeOrdinaryUser(dir.path());
+    EXPECT_EQ(InitializeBelow(folder), -1);
+    EXPECT_THAT(Lines().back(), StartsWith("0 Failed to new a database instance! ("));
+    chmod(folder.c_str(), 0755);
+  });
 }
 
 TEST_F(OpeningTest, InitializeWhereNoFileCanBeFails) {
@@ -151,7 +167,7 @@ TEST_F(OpeningTest, AFileThatIsNoDatabaseIsRefusedAndKept) {
   const std::string text = std::string(5000, 'x') + "precious";
   std::ofstream(path) << text;
   EXPECT_EQ(Initialize(), -1);
-  EXPECT_THAT(Lines().back(), testing::HasSubstr("not a database"));
+  EXPECT_THAT(Lines().back(), HasSubstr("not a database"));
   model().Release();
   EXPECT_EQ(Bytes(path), text);
 }
@@ -162,7 +178,7 @@ TEST_F(OpeningTest, OperationsOnAFileThatIsNoDatabaseFailWithItsReason) {
   log.lines.clear();
   Event event("name", "text");
   EXPECT_EQ(Event::Add(&event), -1);
-  EXPECT_THAT(Lines(), ElementsAre(testing::AllOf(StartsWith("0 "), testing::HasSubstr("not a database"))));
+  EXPECT_THAT(Lines(), ElementsAre(AllOf(StartsWith("0 "), HasSubstr("not a database"))));
 }
 
 TEST_F(OpeningTest, ATruncatedDatabaseGivesAnErrorAndIsNotReplaced) {
@@ -173,6 +189,38 @@ TEST_F(OpeningTest, ATruncatedDatabaseGivesAnErrorAndIsNotReplaced) {
   EXPECT_THAT(Lines().back(), StartsWith("0 Failed to new a database instance! ("));
   model().Release();
   EXPECT_EQ(Bytes(path), before);
+}
+
+TEST_F(OpeningTest, OperationsOnATruncatedDatabaseFailWithItsReasonAndChangeNothing) {
+  MakeFile(vptz_test::OldSchema(6) + vptz_test::OldRows());
+  std::filesystem::resize_file(path, std::filesystem::file_size(path) / 3);
+  const std::string before = Bytes(path);
+  model().Connect(path);
+  log.lines.clear();
+  Event event("name", "text");
+  EXPECT_EQ(Event::Add(&event), -1);
+  EXPECT_EQ(vptz_test::ById<Device>(3), nullptr);
+  EXPECT_THAT(Lines(), ElementsAre(AllOf(StartsWith("0 VptzModel::Add: Exception occurs! ("),
+                                         HasSubstr("malformed")),
+                                   AllOf(StartsWith("0 Database exception! ("), HasSubstr("malformed"))));
+  model().Release();
+  EXPECT_EQ(Bytes(path), before);
+}
+
+// Whatever SQLite itself takes such names for.
+TEST_F(OpeningTest, APathIsTheNameOfAFileWhateverItBeginsWith) {
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(dir.path());
+  for (const char* name : {"file:a.db", "file:b.db?mode=memory", ":memory:"}) {
+    EXPECT_EQ(model().Connect(name), -1) << name;
+    EXPECT_EQ(model().Initialize(name, "vptz", ""), 0) << name;
+    EXPECT_EQ(model().Connect(name), 0) << name;
+    EXPECT_EQ(RawDatabase(dir.path() + "/" + name).Schema(), vptz_test::CreatedSchema());
+  }
+  EXPECT_EQ(model().Connect(""), -1);
+  EXPECT_EQ(model().Initialize("", "vptz", ""), -1);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator("."), {}), 3);
+  std::filesystem::current_path(before);
 }
 
 TEST_F(OpeningTest, ALockedDatabaseIsNotReplaced) {
@@ -188,25 +236,64 @@ TEST_F(OpeningTest, ALockedDatabaseIsNotReplaced) {
   EXPECT_EQ(OldRowsOf(path), before);
 }
 
+// ---- files and folders that may not be written --------------------------------
+
 TEST_F(OpeningTest, AReadOnlyFileCanBeReadButNotWritten) {
-  if (geteuid() == 0) GTEST_SKIP() << "root writes everywhere";
-  EXPECT_EQ(Initialize(), 0);
-  Event event("name", "text");
-  EXPECT_EQ(Event::Add(&event), 1);
+  vptz_test::RunInChild([this] {
+    vptz_test::BecomeOrdinaryUser(dir.path());
+    EXPECT_EQ(Initialize(), 0);
+    Event event("name", "text");
+    EXPECT_EQ(Event::Add(&event), 1);
+    chmod(path.c_str(), 0444);
+    EXPECT_EQ(model().Connect(path), 0);
+    log.lines.clear();
+    EXPECT_NE(vptz_test::ById<Event>(1), nullptr);
+    EXPECT_EQ(Event::Remove(1), -1);
+    EXPECT_THAT(Lines(), ElementsAre(AllOf(StartsWith("0 VptzModel::Erase: Exception occurs! ("),
+                                           HasSubstr("readonly database"))));
+    EXPECT_EQ(RawDatabase(path).Value("SELECT name FROM event"), "'name'");
+  });
+}
+
+TEST_F(OpeningTest, AReadOnlyOldFileIsNotMigratedAndKept) {
+  MakeFile(vptz_test::OldSchema(6) + vptz_test::OldRows());
+  const std::string before = Bytes(path);
   chmod(path.c_str(), 0444);
-  EXPECT_EQ(model().Connect(path), 0);
-  log.lines.clear();
-  EXPECT_NE(vptz_test::ById<Event>(1), nullptr);
-  EXPECT_EQ(Event::Remove(1), -1);
-  EXPECT_THAT(Lines(), ElementsAre(StartsWith("0 VptzModel::Erase: Exception occurs! (")));
+  vptz_test::RunInChild([this] {
+    vptz_test::BecomeOrdinaryUser(dir.path());
+    EXPECT_EQ(Initialize(), -1);
+    EXPECT_THAT(Lines().back(), AllOf(StartsWith("0 Failed to new a database instance! ("),
+                                      HasSubstr("readonly database")));
+  });
+  EXPECT_EQ(Bytes(path), before);
 }
 
 TEST_F(OpeningTest, InitializeInAReadOnlyFolderFails) {
-  if (geteuid() == 0) GTEST_SKIP() << "root writes everywhere";
-  chmod(dir.path().c_str(), 0555);
-  EXPECT_EQ(Initialize(), -1);
-  chmod(dir.path().c_str(), 0755);
-  EXPECT_THAT(Lines().back(), StartsWith("0 Failed to new a database instance! ("));
+  vptz_test::RunInChild([this] {
+    vptz_test::BecomeOrdinaryUser(dir.path());
+    chmod(dir.path().c_str(), 0555);
+    EXPECT_EQ(Initialize(), -1);
+    EXPECT_THAT(Lines().back(), AllOf(StartsWith("0 Failed to new a database instance! ("),
+                                      HasSubstr("unable to open database file")));
+    EXPECT_FALSE(std::filesystem::exists(path));
+  });
+}
+
+TEST_F(OpeningTest, AnUnreadableFileIsRefusedAndKept) {
+  MakeFile(vptz_test::OldSchema(6) + vptz_test::OldRows());
+  const std::string before = Bytes(path);
+  chmod(path.c_str(), 0);
+  vptz_test::RunInChild([this] {
+    vptz_test::BecomeOrdinaryUser(dir.path());
+    chmod(path.c_str(), 0);
+    EXPECT_EQ(model().Connect(path), -1);
+    EXPECT_FALSE(model().IsConnected());
+    EXPECT_THAT(Lines().back(), AllOf(StartsWith("0 Failed to connect to the database! ("),
+                                      HasSubstr("unable to open database file")));
+    EXPECT_EQ(Initialize(), -1);
+  });
+  chmod(path.c_str(), 0644);
+  EXPECT_EQ(Bytes(path), before);
 }
 
 }  // namespace

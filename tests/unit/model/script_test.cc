@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "model/model_test.h"
+#include "model/schema_statements.h"
 
 namespace {
 
@@ -91,6 +92,19 @@ TEST_F(ScriptTest, WithoutTheSqlite3ProgramFails) {
   const Surroundings nothing_to_find(dir.path(), dir.path());
   EXPECT_EQ(model().ExecuteFromFile(script), -1);
   EXPECT_THAT(Lines(), ElementsAre("0 Failed to execute SQL file from: (" + script + ")"));
+  EXPECT_EQ(Settings(path), 0);
+}
+
+TEST_F(ScriptTest, OfInitialDataWithoutTheSqlite3ProgramFailsAndKeepsEveryRow) {
+  MakeFile(vptz_test::OldSchema(9) + vptz_test::OldRows());
+  const std::vector<std::string> before = OldRowsOf(path);
+  const std::string script = Script(kOneSetting);
+  const Surroundings nothing_to_find(dir.path(), dir.path());
+  EXPECT_EQ(model().Initialize(path, "vptz", script), -1);
+  EXPECT_TRUE(model().IsConnected());
+  EXPECT_EQ(model().SchemaVersion("vptz"), 10);
+  EXPECT_EQ(Lines().back(), "0 Failed to load the initial data from " + script);
+  EXPECT_EQ(OldRowsOf(path), before);
 }
 
 TEST_F(ScriptTest, WithAnEmptySearchPathFails) {
@@ -165,7 +179,7 @@ INSTANTIATE_TEST_SUITE_P(Names, OddNameTest,
                                          "$(touch pwned)", "`touch pwned`", "|touch pwned", "|", "back\\slash",
                                          "back\\\\slashes\\", "new\nline", "-init", "-", "#hash", "&amp", "*",
                                          "?", "~", "~root", "%s%n", "\xc3\xa4\xe2\x82\xac", "a\tb", "'", "\"",
-                                         ".read", "x'||'y"));
+                                         ".read", "x'||'y", "file:name", "file:name?mode=ro", "file:", ":memory:", ":"));
 
 // ---- the initial data -------------------------------------------------------
 

@@ -113,6 +113,22 @@ TEST_F(ServiceDatabase, WritesACameraAnewThatWasLeftHalfWritten) {
   EXPECT_EQ(Preset::QueryCountByPtz(whole.ptz), 3);
 }
 
+TEST_F(ServiceDatabase, LeavesNothingBehindOfACameraThatWasLeftHalfWritten) {
+  const CameraIds other = StoreCamera(2, Camera());
+  const std::unique_ptr<Device> device = DeviceOf(StoreCamera(1, Camera()));
+  Movement without_node(true, true, false);
+  ASSERT_GT(Movement::Add(&without_node), 0);
+  MovementParameter parameter(&without_node, "position", 0, 0, 0);
+  ASSERT_GT(MovementParameter::Add(&parameter), 0);
+  device->set_is_setting_applied(false);
+  ASSERT_EQ(Device::Update(*device), 0);
+  StoreCamera(1, Camera());
+  EXPECT_EQ(RowCount<Movement>(), 6U);
+  EXPECT_EQ(RowCount<MovementParameter>(), 12U);
+  EXPECT_EQ(RowCount<MediaParameter>(), 36U);
+  EXPECT_EQ(StoreCamera(2, Camera()).ptz, other.ptz);
+}
+
 TEST_F(ServiceDatabase, GivesCamerasTheIdsByWhichCommandsNameThem) {
   StoreCamera(9, Camera());  // so that ids and numbers differ
   Simulation simulation(2);

@@ -1,0 +1,105 @@
+#include <cjson/cJSON.h>
+
+#include <memory>
+#include <utility>
+
+#include "vptz_client/exchange.h"
+#include "vptz_client/method_names.h"
+#include "vptz_client/serial_address.h"
+
+namespace method = vptz::method;
+using tutorial::DeviceCommand;
+using vptz::ExchangeDevice;
+using vptz::ExchangeDeviceId;
+
+namespace {
+
+struct JsonDeleter {
+  void operator()(cJSON* json) const { cJSON_Delete(json); }
+};
+using Json = std::unique_ptr<cJSON, JsonDeleter>;
+
+// The whole text must be one JSON value.
+Json ParseJson(const std::string& text) {
+  const char* end = nullptr;
+  Json json(cJSON_ParseWithLengthOpts(text.c_str(), text.size() + 1, &end, true));
+  if (json != nullptr && end != text.c_str() + text.size()) return nullptr;  // a NUL in the text
+  return json;
+}
+
+bool TextOf(const cJSON* object, const char* key, std::string* text) {
+  const char* const value = cJSON_GetStringValue(cJSON_GetObjectItemCaseSensitive(object, key));
+  if (value == nullptr) return false;
+  *text = value;
+  return true;
+}
+
+}  // namespace
+
+int VptzClient::UpdateDeviceControlProtocol(unsigned int device_id, std::string protocol, int timeout) {
+  return ExchangeDevice(*this, method::kUpdateDeviceControlProtocol, timeout, [&](DeviceCommand& device) {
+    device.set_device_id(device_id);
+    device.set_protocol(std::move(protocol));
+  });
+}
+
+int VptzClient::Login(unsigned int device_id, std::string user, std::string password, int timeout) {
+  return ExchangeDevice(*this, method::kLogin, timeout, [&](DeviceCommand& device) {
+    device.set_device_id(device_id);
+    device.set_user(std::move(user));
+    device.set_password(std::move(password));
+  });
+}
+
+int VptzClient::Logout(unsigned int device_id, int timeout) {
+  return ExchangeDeviceId(*this, method::kLogout, device_id, timeout);
+}
+
+int VptzClient::UpdateDeviceInfo(unsigned int device_id, int timeout) {
+  return ExchangeDeviceId(*this, method::kUpdateDeviceInfo, device_id, timeout);
+}
+
+int VptzClient::UpdateDeviceInfoFull(unsigned int device_id, int timeout) {
+  return ExchangeDeviceId(*this, method::kUpdateDeviceInfoFull, device_id, timeout);
+}
+
+int VptzClient::UpdatePtzStatus(unsigned int device_id, int timeout) {
+  return ExchangeDeviceId(*this, method::kUpdatePtzStatus, device_id, timeout);
+}
+
+int VptzClient::UpdateDevicePresets(unsigned int device_id, int timeout) {
+  return ExchangeDeviceId(*this, method::kUpdateDevicePresets, device_id, timeout);
+}
+
+int VptzClient::SetSlaveDevice(int device_id, const std::string& address, const std::string& account,
+                               const std::string& credentials, int timeout) {
+  return vptz::Exchange(*this, method::kSetSlaveDevice, timeout, [&](tutorial::VptzCommand& command) {
+    tutorial::SlaveDeviceCommand& slave = *command.mutable_slave_device_command();
+    slave.set_device_id(device_id);
+    slave.set_address(address);
+    slave.set_account(account);
+    slave.set_credentials(credentials);
+  });
+}
+
+// Kept: the caller's time-out is not used; callers have long relied on the
+// configured one here.
+int VptzClient::SetSlaveDeviceById(int device_id, int slave_id, int) {
+  if (slave_id == 0) return SetSlaveDevice(device_id, "", "", "", 0);
+  const CVptzDevice* const slave = QueryDeviceById(slave_id);
+  if (slave == nullptr) return -1;
+  const Json stored = ParseJson(slave->authorization);
+  std::string account;
+  std::string credentials;
+  if (!TextOf(stored.get(), "account", &account) || !TextOf(stored.get(), "credentials", &credentials)) {
+    return -1;
+  }
+  return SetSlaveDevice(device_id, slave->address, account, credentials, 0);
+}
+
+int VptzClient::UpdateAllRS232Devices(std::string port, int baud_rate, int unit, int flags, int timeout) {
+  vptz::SerialAddress address;
+  if (!address.Format("rs232://%s/%d/%d/%d", port.c_str(), baud_rate, unit, flags)) return -1;
+  return ExchangeDevice(*this, method::kUpdateAllRS232Devices, timeout,
+                        [&](DeviceCommand& device) { device.set_address(address.text()); });
+}

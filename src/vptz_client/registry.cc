@@ -1,0 +1,75 @@
+#include <vptz/model/device.h>
+#include <vptz/model/media.h>
+#include <vptz/model/preset.h>
+#include <vptz/model/ptz.h>
+#include <vptz/vptz_client.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "vptz_device/loading.h"
+#include "vptz_device/snapshot.h"
+
+namespace {
+
+CVptzDevice NewHandle(VptzClient* client, std::uint32_t id, const vptz::RowSource& rows) {
+  CVptzDevice device;
+  device.SetVptzClient(client);
+  device.id = id;
+  vptz::LoadDeviceInfo(device, rows);
+  vptz::LoadPtzInfo(device, rows);
+  vptz::LoadMediaInfo(device, rows);
+  return device;
+}
+
+}  // namespace
+
+// Kept: appends, so that two calls in a row hold every device twice. Lookups
+// clear the registry first.
+int VptzClient::LoadDevices() {
+  vptz::Snapshot rows;
+  rows.Read();
+  for (const std::uint32_t id : rows.DeviceIds()) devices_.push_back(NewHandle(this, id, rows));
+  return 0;
+}
+
+int VptzClient::ClearDevices() {
+  devices_.clear();
+  return 0;
+}
+
+CVptzDevice* VptzClient::QueryDeviceById(int id) {
+  std::vector<CVptzDevice>& devices = *QueryDeviceAll();
+  const auto found = std::find_if(devices.begin(), devices.end(), [&](const CVptzDevice& device) {
+    return device.id == static_cast<std::uint32_t>(id);
+  });
+  return found == devices.end() ? nullptr : &*found;
+}
+
+std::vector<CVptzDevice>* VptzClient::QueryDeviceAll() {
+  ClearDevices();
+  LoadDevices();
+  return &devices_;
+}
+
+std::vector<CVptzDevice*> VptzClient::QueryDeviceByProtocol(const std::string& protocol) {
+  std::vector<CVptzDevice*> found;
+  for (CVptzDevice& device : *QueryDeviceAll()) {
+    if (device.protocol == protocol) found.push_back(&device);
+  }
+  return found;
+}
+
+int VptzClient::QueryDeviceCount() { return Device::QueryCount(); }
+
+int VptzClient::QueryPtzCountByDevice(int device_id) {
+  return Ptz::QueryCountByDevice(static_cast<unsigned int>(device_id));
+}
+
+int VptzClient::QueryMediaCountByDevice(int device_id) {
+  return Media::QueryCountByDevice(static_cast<unsigned int>(device_id));
+}
+
+int VptzClient::QueryPresetCountByPtz(int ptz_id) {
+  return Preset::QueryCountByPtz(static_cast<unsigned int>(ptz_id));
+}
