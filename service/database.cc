@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <set>
 #include <stdexcept>
 #include <vector>
 
@@ -9,7 +10,6 @@
 #include <vptz/model/device_type.h>
 #include <vptz/model/media.h>
 #include <vptz/model/media_parameter.h>
-#include <vptz/model/movement-odb.hxx>
 #include <vptz/model/movement.h>
 #include <vptz/model/movement_parameter.h>
 #include <vptz/model/preset.h>
@@ -132,12 +132,25 @@ CameraIds StoreNewCamera(std::size_t number, const Camera& camera) {
   return {device->id(), ptz};
 }
 
+std::set<std::uint32_t> UsedMovements() {
+  // Not empty at first: only then is a failure told from a table without rows.
+  std::vector<Ptz*> nodes = {new Ptz};
+  if (Ptz::QueryAll(&nodes, 0, 65535) < 0) throw std::runtime_error("the database does not tell its PTZ nodes");
+  std::set<std::uint32_t> used;
+  for (const Ptz* node : nodes) used.insert({node->pan_id(), node->tilt_id(), node->zoom_id()});
+  VptzModel::CleanQuery(&nodes);
+  return used;
+}
+
 // Movements refer to nothing, so they don't go with their device.
 void RemoveUnusedMovements() {
-  VptzModel::Erase<Movement>(
-      odb::query<Movement>("\"movement\".\"id\" NOT IN (SELECT pan FROM ptz WHERE pan IS NOT NULL "
-                           "UNION SELECT tilt FROM ptz WHERE tilt IS NOT NULL "
-                           "UNION SELECT zoom FROM ptz WHERE zoom IS NOT NULL)"));
+  std::vector<Movement*> movements;
+  Movement::QueryAll(&movements, 0, 65535);
+  const std::set<std::uint32_t> used = UsedMovements();
+  for (const Movement* movement : movements) {
+    if (used.count(movement->id()) == 0) Movement::Remove(movement->id());
+  }
+  VptzModel::CleanQuery(&movements);
 }
 
 // The device comes last: while it is there the next start knows that something

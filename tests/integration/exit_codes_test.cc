@@ -29,9 +29,8 @@ class ExitCode : public testing::Test {
     const RunResult result = Run({"--bus", kNoBus, "--database", database});
     EXPECT_EQ(result.exit_code, 5);
     EXPECT_EQ(result.output, "");
-    EXPECT_THAT(result.errors,
-                AllOf(HasSubstr(reason), EndsWith("vptzd: cannot use the database " + database +
-                                                  "; the log tells why\n")));
+    EXPECT_THAT(result.errors, AllOf(HasSubstr(reason), EndsWith("vptzd: cannot use the database " + database +
+                                                                 "; the log tells why\n")));
   }
 
   const vptz_test::TempDir dir_;

@@ -56,7 +56,8 @@ class SmallFileSystem : public Disk {
     std::filesystem::remove(ballast_);
     const std::filesystem::path folder = ballast_.parent_path();
     const auto available = static_cast<off_t>(std::filesystem::space(folder).available);
-    std::ofstream(ballast_) << std::string(static_cast<std::size_t>(std::max<off_t>(0, available - bytes)), 'x');
+    std::ofstream(ballast_) << std::string(static_cast<std::size_t>(std::max<off_t>(0, available - bytes)),
+                                           'x');
   }
   std::string Reason() const override { return "full"; }
 
@@ -247,7 +248,8 @@ TEST_P(FullDiskTest, FailsAScriptWithTheOpenDatabaseStillUsable) {
     std::ofstream(script) << "INSERT INTO setting VALUES ('big', hex(zeroblob(250000)));\n";
     disk->LeaveRoom(100000);
     EXPECT_EQ(model().ExecuteFromFile(script), -1);
-    EXPECT_THAT(Lines().back(), StartsWith("0 Failed to execute SQL file from (" + script + ") with exit status"));
+    EXPECT_THAT(Lines().back(),
+                StartsWith("0 Failed to execute SQL file from (" + script + ") with exit status"));
     EXPECT_EQ(Integrity(), "'ok'");
 
     disk->LeaveRoom(2 * kPlenty);

@@ -7,9 +7,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <ctime>
 #include <functional>
+#include <mutex>
+#include <thread>
 
 #include "model/model_test.h"
 #include "support/process.h"
@@ -252,7 +255,7 @@ TEST_F(LockingTest, AFailedQueryObjectsFreesWhatTheVectorHeld) {
   EXPECT_THAT(events, IsEmpty());
 }
 
-// ---- processes --------------------------------------------------------------
+// ---- threads and processes --------------------------------------------------------------
 
 // Adds events that no other writer adds; how many could not be.
 int AddEvents(const std::string& writer, int count) {
@@ -262,6 +265,30 @@ int AddEvents(const std::string& writer, int count) {
     failures += Event::Add(&event) > 0 ? 0 : 1;
   }
   return failures;
+}
+
+TEST(ThreadsTest, WritingAndReadingAtOnceLoseAndDoubleNothing) {
+  constexpr int kThreads = 4;
+  constexpr int kCount = 250;
+  const vptz_test::TempDir dir;
+  const std::string path = dir.path() + "/vptz.db";
+  ASSERT_EQ(VptzModel::Instance().Initialize(path, "vptz", ""), 0);
+  std::atomic<int> failures{0};
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kThreads; ++i) {
+    threads.emplace_back([&failures, i] {
+      const std::string writer(1, static_cast<char>('a' + i));
+      failures += AddEvents(writer, kCount);
+      Event* event = nullptr;
+      failures += Event::QueryByName(&event, writer + "0") == 0 ? 0 : 1;
+      delete event;
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  VptzModel::Instance().Release();
+  EXPECT_EQ(failures, 0);
+  EXPECT_EQ(vptz_test::RawDatabase(path).Value("SELECT count(*), count(DISTINCT name), max(id) FROM event"),
+            "1000|1000|1000");
 }
 
 pid_t StartWriter(const std::string& file, const std::string& writer, int count) {
@@ -304,8 +331,12 @@ TEST(TwoProcessesTest, WritingAtOnceLoseAndDoubleNothing) {
 // Instead of the C library's, for the whole program: keeps the pauses, and
 // makes them unless told to skip them.
 int usleep(useconds_t microseconds) {
-  pauses.lengths.push_back(microseconds);
-  if (pauses.skip) return 0;
+  {
+    static std::mutex lock;
+    const std::lock_guard<std::mutex> guard(lock);
+    pauses.lengths.push_back(microseconds);
+    if (pauses.skip) return 0;
+  }
   const timespec length = {0, static_cast<long>(microseconds) * 1000};
   return nanosleep(&length, nullptr);
 }

@@ -174,7 +174,7 @@ TEST_F(OpeningTest, AFileThatIsNoDatabaseIsRefusedAndKept) {
 
 TEST_F(OpeningTest, OperationsOnAFileThatIsNoDatabaseFailWithItsReason) {
   std::ofstream(path) << std::string(5000, 'x');
-  model().Connect(path);
+  EXPECT_EQ(model().Connect(path), 0) << "the file has not been read yet";
   log.lines.clear();
   Event event("name", "text");
   EXPECT_EQ(Event::Add(&event), -1);
@@ -195,14 +195,14 @@ TEST_F(OpeningTest, OperationsOnATruncatedDatabaseFailWithItsReasonAndChangeNoth
   MakeFile(vptz_test::OldSchema(6) + vptz_test::OldRows());
   std::filesystem::resize_file(path, std::filesystem::file_size(path) / 3);
   const std::string before = Bytes(path);
-  model().Connect(path);
+  EXPECT_EQ(model().Connect(path), 0) << "the file has not been read yet";
   log.lines.clear();
   Event event("name", "text");
   EXPECT_EQ(Event::Add(&event), -1);
   EXPECT_EQ(vptz_test::ById<Device>(3), nullptr);
-  EXPECT_THAT(Lines(), ElementsAre(AllOf(StartsWith("0 VptzModel::Add: Exception occurs! ("),
-                                         HasSubstr("malformed")),
-                                   AllOf(StartsWith("0 Database exception! ("), HasSubstr("malformed"))));
+  EXPECT_THAT(Lines(),
+              ElementsAre(AllOf(StartsWith("0 VptzModel::Add: Exception occurs! ("), HasSubstr("malformed")),
+                          AllOf(StartsWith("0 Database exception! ("), HasSubstr("malformed"))));
   model().Release();
   EXPECT_EQ(Bytes(path), before);
 }
@@ -262,10 +262,20 @@ TEST_F(OpeningTest, AReadOnlyOldFileIsNotMigratedAndKept) {
   vptz_test::RunInChild([this] {
     vptz_test::BecomeOrdinaryUser(dir.path());
     EXPECT_EQ(Initialize(), -1);
-    EXPECT_THAT(Lines().back(), AllOf(StartsWith("0 Failed to new a database instance! ("),
-                                      HasSubstr("readonly database")));
+    EXPECT_THAT(Lines().back(),
+                AllOf(StartsWith("0 Failed to new a database instance! ("), HasSubstr("readonly database")));
   });
   EXPECT_EQ(Bytes(path), before);
+}
+
+TEST_F(OpeningTest, AReadOnlyCurrentFileIsUsedAsItIs) {
+  vptz_test::RunInChild([this] {
+    vptz_test::BecomeOrdinaryUser(dir.path());
+    EXPECT_EQ(Initialize(), 0);
+    chmod(path.c_str(), 0444);
+    EXPECT_EQ(Initialize(), 0);
+    EXPECT_EQ(model().SchemaVersion("vptz"), 10);
+  });
 }
 
 TEST_F(OpeningTest, InitializeInAReadOnlyFolderFails) {

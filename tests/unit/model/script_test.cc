@@ -41,7 +41,7 @@ class Surroundings {
 class ScriptTest : public ModelTest {
  protected:
   std::string Script(const std::string& text, const std::string& name = "data.sql") {
-    const std::string file = dir.path() + "/" + name;
+    std::string file = dir.path() + "/" + name;
     std::ofstream(file) << text;
     return file;
   }
@@ -179,7 +179,8 @@ INSTANTIATE_TEST_SUITE_P(Names, OddNameTest,
                                          "$(touch pwned)", "`touch pwned`", "|touch pwned", "|", "back\\slash",
                                          "back\\\\slashes\\", "new\nline", "-init", "-", "#hash", "&amp", "*",
                                          "?", "~", "~root", "%s%n", "\xc3\xa4\xe2\x82\xac", "a\tb", "'", "\"",
-                                         ".read", "x'||'y", "file:name", "file:name?mode=ro", "file:", ":memory:", ":"));
+                                         ".read", "x'||'y", "file:name", "file:name?mode=ro",
+                                         "file:", ":memory:", ":"));
 
 // ---- the initial data -------------------------------------------------------
 
