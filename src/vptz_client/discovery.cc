@@ -58,14 +58,18 @@ int VptzClient::AddDevice(const std::string& mac, const std::string& name, const
 int VptzClient::AddDevice(const std::string& protocol, void* params, int timeout) {
   if (params == nullptr) return -1;
   try {
-    return protocol == kSerial ? AddSerial(*this, *static_cast<VptzSerialDeviceParams*>(params), timeout)
-                               : AddNetwork(*this, *static_cast<VptzNetworkDeviceParams*>(params), timeout);
+    // Works on a copy: what cannot be copied is logged, whichever shape it has.
+    if (protocol == kSerial) {
+      return AddSerial(*this, VptzSerialDeviceParams(*static_cast<VptzSerialDeviceParams*>(params)), timeout);
+    }
+    return AddNetwork(*this, VptzNetworkDeviceParams(*static_cast<VptzNetworkDeviceParams*>(params)), timeout);
   } catch (const std::exception&) {
     VPTZ_LOG(LogLevel::kNotice, kClient, "AddDevice exception");
     return -1;
   }
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): texts by value are part of the interface
 int VptzClient::AddRS232Device(std::string port, const std::string& name, std::string line, int baud_rate,
                                int unit, int timeout) {
   vptz::SerialAddress address;

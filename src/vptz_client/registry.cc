@@ -29,6 +29,7 @@ CVptzDevice NewHandle(VptzClient* client, std::uint32_t id, const vptz::RowSourc
 int VptzClient::LoadDevices() {
   vptz::Snapshot rows;
   rows.Read();
+  devices_.reserve(devices_.size() + rows.DeviceIds().size());
   for (const std::uint32_t id : rows.DeviceIds()) devices_.push_back(NewHandle(this, id, rows));
   return 0;
 }

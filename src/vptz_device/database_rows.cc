@@ -88,11 +88,8 @@ std::vector<MediaRow> DatabaseRows::Media(std::uint32_t device_id) const {
 std::vector<PtzRow> DatabaseRows::Ptz(std::uint32_t device_id) const {
   std::vector<PtzRow> rows;
   for (const auto& row : All(&::Ptz::QueryByDevice, device_id)) {
-    rows.push_back({row->id(),
-                    row->node(),
-                    row->is_enable(),
-                    row->track_mode(),
-                    {row->pan_id(), row->tilt_id(), row->zoom_id()}});
+    rows.push_back({row->id(), row->node(), row->is_enable(), row->track_mode(), row->pan_id(), row->tilt_id(),
+                    row->zoom_id()});
   }
   return rows;
 }

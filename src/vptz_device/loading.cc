@@ -74,8 +74,9 @@ void SetPtz(const RowSource& rows, const PtzRow& row, bool has_client, VptzPtzDa
   ptz.is_enable = row.is_enable;
   if (has_client) ptz.preset_count = rows.PresetCount(row.id);
   ptz.track_mode = row.track_mode;
-  VptzAxisData* const axes[] = {&ptz.pan, &ptz.tilt, &ptz.zoom};
-  for (std::size_t i = 0; i < row.movements.size(); ++i) SetAxis(rows, row.movements[i], *axes[i]);
+  SetAxis(rows, row.pan, ptz.pan);
+  SetAxis(rows, row.tilt, ptz.tilt);
+  SetAxis(rows, row.zoom, ptz.zoom);
   // Kept: a reload appends the presets again; callers clear the list if they
   // reload.
   for (VptzPresetData& preset : rows.Presets(row.id)) ptz.presets.push_back(std::move(preset));

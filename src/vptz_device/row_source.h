@@ -3,7 +3,6 @@
 #ifndef VPTZ_SRC_VPTZ_DEVICE_ROW_SOURCE_H
 #define VPTZ_SRC_VPTZ_DEVICE_ROW_SOURCE_H
 
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -38,7 +37,9 @@ struct PtzRow {
   std::string node;
   bool is_enable;
   int track_mode;
-  std::array<std::uint32_t, 3> movements;  // of pan, tilt and zoom; 0 is none
+  std::uint32_t pan;  // the axes' movements; 0 is none
+  std::uint32_t tilt;
+  std::uint32_t zoom;
 };
 
 class RowSource {

@@ -30,11 +30,21 @@ class Cursor {
   std::uint32_t Id(int column) const {
     return static_cast<std::uint32_t>(sqlite3_column_int64(statement_, column));
   }
+  // What an id compares equal to: none for NULL, for a number that is too large
+  // for an id, and for what is no whole number.
+  std::optional<std::uint32_t> Key(int column) const {
+    const std::int64_t number = sqlite3_column_int64(statement_, column);
+    if (sqlite3_column_type(statement_, column) != SQLITE_INTEGER) return std::nullopt;
+    if (number < 0 || number > std::numeric_limits<std::uint32_t>::max()) return std::nullopt;
+    return static_cast<std::uint32_t>(number);
+  }
+  bool IsNull(int column) const { return sqlite3_column_type(statement_, column) == SQLITE_NULL; }
+  bool IsText(int column) const { return sqlite3_column_type(statement_, column) == SQLITE_TEXT; }
   int Int(int column) const { return static_cast<int>(sqlite3_column_int64(statement_, column)); }
   bool Flag(int column) const { return sqlite3_column_int64(statement_, column) != 0; }
   double Real(int column) const {
-    return sqlite3_column_type(statement_, column) == SQLITE_NULL ? std::numeric_limits<double>::quiet_NaN()
-                                                                  : sqlite3_column_double(statement_, column);
+    return IsNull(column) ? std::numeric_limits<double>::quiet_NaN()
+                          : sqlite3_column_double(statement_, column);
   }
   void Text(int column, std::string& text) const {
     const auto* const bytes = reinterpret_cast<const char*>(sqlite3_column_text(statement_, column));
@@ -52,13 +62,15 @@ class Cursor {
   sqlite3_stmt* statement_ = nullptr;
 };
 
-// The first column of each statement is the row's owner; `read` copies the
-// other ones.
+// The first column of each statement is the row's owner; rows that none can own
+// are left out. `read` copies the other columns.
 template <class Row, class ReadRow>
 void ReadTable(odb::sqlite::connection& connection, const char* statement, RowsByOwner<Row>& table,
                ReadRow&& read) {
   Cursor cursor(connection, statement);
-  while (cursor.Next()) read(cursor, table.Add(cursor.Id(0)));
+  while (cursor.Next()) {
+    if (const auto owner = cursor.Key(0)) read(cursor, table.Add(*owner));
+  }
   table.Sort();
 }
 
@@ -95,7 +107,7 @@ void ReadMedia(const Cursor& row, MediaRow& media) {
 }
 
 void ReadParameter(const Cursor& row, NamedParameterRow& parameter) {
-  row.Text(1, parameter.name);
+  if (row.IsText(1)) row.Text(1, parameter.name);  // a blob equals no name
   parameter.values = {row.Real(2), row.Real(3), row.Real(4)};
 }
 
@@ -104,7 +116,9 @@ void ReadPtz(const Cursor& row, PtzRow& ptz) {
   row.Text(2, ptz.node);
   ptz.is_enable = row.Flag(3);
   ptz.track_mode = row.Int(4);
-  ptz.movements = {row.Id(5), row.Id(6), row.Id(7)};
+  ptz.pan = row.Id(5);
+  ptz.tilt = row.Id(6);
+  ptz.zoom = row.Id(7);
 }
 
 void ReadPreset(const Cursor& row, VptzPresetData& preset) {
@@ -116,7 +130,11 @@ void ReadPreset(const Cursor& row, VptzPresetData& preset) {
   preset.zoom = row.Real(6);
 }
 
-std::string NameOr(const std::string* name) { return name == nullptr ? std::string() : *name; }
+// The name of the row that a column refers to.
+std::string NameOf(const RowsByOwner<std::string>& names, const Cursor& row, int column) {
+  const std::string* const name = row.IsNull(column) ? nullptr : names.First(row.Id(column));
+  return name == nullptr ? std::string() : *name;
+}
 
 std::optional<ParameterRow> FindNamed(const RowsByOwner<NamedParameterRow>& table, std::uint32_t owner,
                                       const char* name) {
@@ -140,25 +158,29 @@ void Snapshot::ReadDevices(odb::sqlite::connection& connection, Tables& tables) 
   ReadTable(connection, R"(SELECT "id", "name" FROM "device_type" ORDER BY "id")", tables.type_names, ReadName);
   ReadTable(connection, R"(SELECT "id", "name" FROM "protocol" ORDER BY "id")", tables.protocol_names,
             ReadName);
-  ReadTable(connection,
-            R"(SELECT "id", "service_uri", "address", "http_uri", "mac", "uuid", "authorization", "authorized",
-               "is_alive", "host_name", "manufacture", "model_name", "firmware_version", "deletable",
-               "is_setting_applied", "tracking", "device_type", "protocol" FROM "device" ORDER BY "id")",
-            tables.devices, [&](const Cursor& row, VptzDeviceData& device) {
-              ReadDevice(row, device);
-              device.device_type = NameOr(tables.type_names.First(row.Id(16)));
-              device.protocol = NameOr(tables.protocol_names.First(row.Id(17)));
-            });
+  Cursor row(connection,
+             R"(SELECT "id", "service_uri", "address", "http_uri", "mac", "uuid", "authorization", "authorized",
+                "is_alive", "host_name", "manufacture", "model_name", "firmware_version", "deletable",
+                "is_setting_applied", "tracking", "device_type", "protocol" FROM "device" ORDER BY "id")");
+  while (row.Next()) {
+    tables.device_ids.push_back(row.Id(0));
+    const auto id = row.Key(0);
+    if (!id) continue;
+    VptzDeviceData& device = tables.devices.Add(*id);
+    ReadDevice(row, device);
+    device.device_type = NameOf(tables.type_names, row, 16);
+    device.protocol = NameOf(tables.protocol_names, row, 17);
+  }
 }
 
 void Snapshot::ReadProfiles(odb::sqlite::connection& connection, Tables& tables) {
   ReadTable(connection,
             R"(SELECT "device", "id", "node", "url", "is_enable" FROM "media"
-               WHERE "device" IS NOT NULL ORDER BY "id")",
+               ORDER BY "id")",
             tables.media, ReadMedia);
   ReadTable(connection,
             R"(SELECT "media", "name", "value", "min", "max" FROM "media_parameter"
-               WHERE "media" IS NOT NULL ORDER BY "id")",
+               ORDER BY "id")",
             tables.media_parameters, ReadParameter);
   ReadTable(connection,
             R"(SELECT "id", "have_absolute_move", "have_continues_move", "have_relative_move" FROM "movement"
@@ -166,15 +188,15 @@ void Snapshot::ReadProfiles(odb::sqlite::connection& connection, Tables& tables)
             tables.movements, ReadMovement);
   ReadTable(connection,
             R"(SELECT "movement", "name", "value", "min", "max" FROM "movement_parameter"
-               WHERE "movement" IS NOT NULL ORDER BY "id")",
+               ORDER BY "id")",
             tables.movement_parameters, ReadParameter);
   ReadTable(connection,
             R"(SELECT "device", "id", "node", "is_enable", "track_mode", "pan", "tilt", "zoom" FROM "ptz"
-               WHERE "device" IS NOT NULL ORDER BY "id")",
+               ORDER BY "id")",
             tables.ptz, ReadPtz);
   ReadTable(connection,
             R"(SELECT "ptz", "preset_id", "token", "name", "pan", "tilt", "zoom" FROM "preset"
-               WHERE "ptz" IS NOT NULL ORDER BY "id")",
+               ORDER BY "id")",
             tables.presets, ReadPreset);
 }
 
@@ -186,12 +208,6 @@ void Snapshot::Read() {
     ReadProfiles(connection, tables);
     tables_ = std::move(tables);
   });
-}
-
-std::vector<std::uint32_t> Snapshot::DeviceIds() const {
-  std::vector<std::uint32_t> ids;
-  for (const auto& entry : tables_.devices.entries()) ids.push_back(entry.owner);
-  return ids;
 }
 
 int Snapshot::Device(std::uint32_t id, VptzDeviceData& record) const {

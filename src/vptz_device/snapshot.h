@@ -50,8 +50,6 @@ class RowsByOwner {
     return range.first == range.second ? nullptr : &range.first->row;
   }
 
-  const std::vector<Entry>& entries() const { return entries_; }
-
  private:
   struct Less {
     bool operator()(const Entry& left, const Entry& right) const { return left.owner < right.owner; }
@@ -74,7 +72,7 @@ class Snapshot : public RowSource {
   void Read();
 
   // Of all devices, in the order of their rows.
-  std::vector<std::uint32_t> DeviceIds() const;
+  const std::vector<std::uint32_t>& DeviceIds() const { return tables_.device_ids; }
 
   int Device(std::uint32_t id, VptzDeviceData& record) const override;
   std::vector<MediaRow> Media(std::uint32_t device_id) const override;
@@ -87,6 +85,7 @@ class Snapshot : public RowSource {
 
  private:
   struct Tables {
+    std::vector<std::uint32_t> device_ids;
     RowsByOwner<std::string> type_names;      // by their own ids, as are
     RowsByOwner<std::string> protocol_names;  // these,
     RowsByOwner<VptzDeviceData> devices;      // these

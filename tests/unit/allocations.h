@@ -19,6 +19,16 @@ class AllocationLimit {
   AllocationLimit& operator=(const AllocationLimit&) = delete;
 };
 
+// While it lives, the calling thread's allocations of more than that many bytes
+// throw std::bad_alloc.
+class AllocationSizeLimit {
+ public:
+  explicit AllocationSizeLimit(std::size_t size);
+  ~AllocationSizeLimit();
+  AllocationSizeLimit(const AllocationSizeLimit&) = delete;
+  AllocationSizeLimit& operator=(const AllocationSizeLimit&) = delete;
+};
+
 }  // namespace vptz_test
 
 #endif

@@ -7,7 +7,25 @@
 #include <climits>
 #include <cstdio>
 
+#include "model/raw_database.h"
+
 namespace vptz_test {
+namespace {
+
+std::string Sentence(const tutorial::VptzCommand& command) {
+  const std::string& method = command.method_name();
+  if (command.has_nat_command()) {
+    const tutorial::NATCommand& nat = command.nat_command();
+    return method + " " + std::to_string(nat.device_id()) + " " + std::to_string(nat.nat_type()) + " " +
+           nat.address();
+  }
+  tutorial::VptzCommand fields = command;
+  fields.clear_method_name();
+  const std::string text = fields.ShortDebugString();
+  return text.empty() ? method : method + " " + text;
+}
+
+}  // namespace
 
 ClientTest::ClientTest() {
   WriteConfigFile("[MQTT]\ntimeout=4\n[VPTZ]\nndi_preset_shift=0\n");
@@ -17,17 +35,24 @@ ClientTest::ClientTest() {
   log.lines.clear();
 }
 
+void ClientTest::Store(const std::string& statements) {
+  RawDatabase(vptz::DatabaseFile()).Execute("PRAGMA foreign_keys=OFF; BEGIN;" + statements + "COMMIT;");
+}
+
+std::vector<std::string> ClientTest::Sent() const {
+  std::vector<std::string> sentences;
+  for (const BusCall& call : bus.CallsOf("bus_method_call_sync"))
+    sentences.push_back(Sentence(CommandOf(call)));
+  return sentences;
+}
+
 BusCall ClientTest::OnlyCall() const {
   const std::vector<BusCall> calls = bus.CallsOf("bus_method_call_sync");
   EXPECT_EQ(calls.size(), 1u);
   return calls.empty() ? BusCall() : calls.back();
 }
 
-tutorial::VptzCommand ClientTest::SentCommand() const {
-  tutorial::VptzCommand command;
-  EXPECT_TRUE(command.ParseFromString(OnlyCall().request));
-  return command;
-}
+tutorial::VptzCommand ClientTest::SentCommand() const { return CommandOf(OnlyCall()); }
 
 ConnectedClientTest::ConnectedClientTest() {
   EXPECT_EQ(client.Connect("test", nullptr), 0);
@@ -36,6 +61,8 @@ ConnectedClientTest::ConnectedClientTest() {
 }
 
 std::ostream& operator<<(std::ostream& out, const CommandCase& row) { return out << row.operation; }
+
+CommandTest::CommandTest() { Store(GetParam().rows); }
 
 int CommandTest::CallConnected(int timeout) {
   VptzClient client;
@@ -50,6 +77,19 @@ tutorial::VptzResponse StatusReply(int status_code) {
   tutorial::VptzResponse response;
   response.set_status_code(status_code);
   return response;
+}
+
+tutorial::VptzResponse AddressReply(const std::string& address, int status_code) {
+  tutorial::VptzResponse response = StatusReply(status_code);
+  response.set_nat_address(address);
+  return response;
+}
+
+tutorial::VptzCommand CommandOf(const BusCall& call) {
+  tutorial::VptzCommand command;
+  EXPECT_TRUE(command.ParseFromString(call.request));
+  EXPECT_EQ(command.method_name(), call.name);
+  return command;
 }
 
 TEST_P(CommandTest, SendsItsMethodToTheServiceOverItsBusClient) {

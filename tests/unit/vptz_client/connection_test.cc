@@ -8,6 +8,7 @@
 
 #include "vptz_client/command_test.h"
 #include "vptz_client/exchange.h"
+#include "vptz_device/rows.h"
 
 namespace {
 
@@ -16,6 +17,7 @@ using testing::IsEmpty;
 using vptz::ClientAccess;
 using vptz_test::BusCall;
 using vptz_test::ClientTest;
+using vptz_test::Insert;
 using vptz_test::LogLine;
 using vptz_test::RemoveConfigFile;
 using vptz_test::WriteConfigFile;
@@ -330,6 +332,66 @@ TEST_F(ConnectionTest, InitReturnsZeroEvenWhenTheBusCannotBeReached) {
   EXPECT_EQ(client.Init(), 0);
   bus.client_new_fails = true;
   EXPECT_EQ(VptzClient().Init(), 0);
+}
+
+const std::string& TwoDevices() {
+  static const std::string statements =
+      Insert("device", {{"id", "1"}, {"service_uri", "'http://198.51.100.4'"}}) +
+      Insert("device", {{"id", "2"}, {"service_uri", "'rs232://ttyS1'"}});
+  return statements;
+}
+
+TEST_F(ConnectionTest, TheRegistryOfAFreshClientIsEmpty) {
+  Store(TwoDevices());
+  VptzClient client;
+  client.Connect("camera-app", nullptr);
+  EXPECT_THAT(ClientAccess::Devices(client), IsEmpty());
+}
+
+TEST_F(ConnectionTest, InitConnectsAndThenLoadsTheRegistry) {
+  Store(TwoDevices());
+  VptzClient client;
+  bus.calls.clear();
+  client.Init();
+  EXPECT_THAT(bus.Functions(),
+              ElementsAre("bus_client_new", "bus_connect", "bus_method_call_sync", "bus_method_call_sync"));
+  EXPECT_THAT(Sent(), ElementsAre("query_nat_uri 1 2 http://198.51.100.4", "query_nat_uri 1 3 "));
+  EXPECT_EQ(ClientAccess::Devices(client).size(), 2u);
+}
+
+TEST_F(ConnectionTest, InitLoadsTheRegistryAlsoWhenTheBusCannotBeReached) {
+  Store(TwoDevices());
+  VptzClient client;
+  bus.client_new_fails = true;
+  EXPECT_EQ(client.Init(), 0);
+  EXPECT_THAT(Sent(), IsEmpty());
+  EXPECT_EQ(ClientAccess::Devices(client).size(), 2u);
+}
+
+TEST_F(ConnectionTest, InitWithoutADatabaseReturnsZeroAndLoadsNothing) {
+  RemoveConfigFile();
+  VptzClient client;
+  EXPECT_EQ(client.Init(), 0);
+  EXPECT_THAT(ClientAccess::Devices(client), IsEmpty());
+}
+
+TEST_F(ConnectionTest, ASecondInitAppendsEveryDeviceAgain) {
+  Store(TwoDevices());
+  VptzClient client;
+  client.Init();
+  client.Init();
+  EXPECT_EQ(ClientAccess::Devices(client).size(), 4u);
+}
+
+// That the handles are destroyed is what the sanitizers watch.
+TEST_F(ConnectionTest, TheDestructorOfAClientWithDevicesSendsNothing) {
+  Store(TwoDevices());
+  {
+    VptzClient client;
+    client.Init();
+    bus.calls.clear();
+  }
+  EXPECT_THAT(bus.Functions(), ElementsAre("bus_client_free", "bus_cleanup"));
 }
 
 }  // namespace
