@@ -8,6 +8,9 @@
 #include <odb/sqlite/database.hxx>
 #include <odb/transaction.hxx>
 
+#include <atomic>
+#include <cerrno>
+#include <chrono>
 #include <new>
 
 #include <vptz/utils.h>
@@ -22,7 +25,7 @@ using vptz::log_source::kModelTemplates;
 namespace {
 
 constexpr int kAttempts = 402;
-constexpr useconds_t kPauseMicroseconds = 10000;
+constexpr std::chrono::microseconds kPause{10000};
 
 // Files of this version or an older one hold nothing worth keeping.
 constexpr int kLastWorthlessVersion = 3;
@@ -36,6 +39,24 @@ struct NoOpenDatabase : odb::exception {
   const char* what() const noexcept override { return "no open database"; }
   odb::exception* clone() const override { return new NoOpenDatabase(*this); }
 };
+
+// In full: signals that the application's thread handles meanwhile do not make
+// the wait for a lock any shorter.
+void Pause() {
+  using std::chrono::steady_clock;
+  const auto end = steady_clock::now() + kPause;
+  auto left = kPause;
+  while (left.count() > 0 && usleep(static_cast<useconds_t>(left.count())) != 0 && errno == EINTR) {
+    left = std::chrono::ceil<std::chrono::microseconds>(end - steady_clock::now());
+  }
+}
+
+// Who has opened the database. In a child made by fork() it is the parent's: to
+// close it there could roll back what the parent is just writing.
+std::atomic<pid_t> opener{0};
+
+// Where such a database is left; never closed.
+odb::database* inherited = nullptr;
 
 // A line of an object operation; those come from the templates in the header.
 void LogFailure(LogLevel level, const char* function, const char* format, const char* description) {
@@ -80,12 +101,17 @@ int VptzModel::SchemaVersion(const std::string& schema) {
 }
 
 void VptzModel::Release() {
+  if (opener != 0 && opener != getpid()) {
+    inherited = database_.release();
+    opener = 0;
+  }
   const std::lock_guard<std::mutex> lock(lock_);
   database_.reset();
   path_.clear();
 }
 
 void VptzModel::Open(const std::string& path, int flags) {
+  opener = getpid();
   database_ = std::make_unique<odb::sqlite::database>(vptz::AsPath(path), flags, true);
 }
 
@@ -213,7 +239,7 @@ bool VptzModel::Retry(const vptz::OperationMessages& messages, const Operation& 
       LogFailure(LogLevel::kError, messages.function, messages.exception, error.what());
       return false;
     }
-    usleep(kPauseMicroseconds);
+    Pause();
   }
 }
 

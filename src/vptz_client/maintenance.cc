@@ -1,8 +1,6 @@
-#include <cjson/cJSON.h>
-
-#include <memory>
 #include <utility>
 
+#include "vptz_client/credentials.h"
 #include "vptz_client/exchange.h"
 #include "vptz_client/method_names.h"
 #include "vptz_client/serial_address.h"
@@ -11,29 +9,6 @@ namespace method = vptz::method;
 using tutorial::DeviceCommand;
 using vptz::ExchangeDevice;
 using vptz::ExchangeDeviceId;
-
-namespace {
-
-struct JsonDeleter {
-  void operator()(cJSON* json) const { cJSON_Delete(json); }
-};
-using Json = std::unique_ptr<cJSON, JsonDeleter>;
-
-// The whole text must be one JSON value. The parser takes a NUL for white space
-// or for the end of a text; JSON has none.
-Json ParseJson(const std::string& text) {
-  if (text.find('\0') != std::string::npos) return nullptr;
-  return Json(cJSON_ParseWithLengthOpts(text.c_str(), text.size() + 1, nullptr, true));
-}
-
-bool TextOf(const cJSON* object, const char* key, std::string* text) {
-  const char* const value = cJSON_GetStringValue(cJSON_GetObjectItemCaseSensitive(object, key));
-  if (value == nullptr) return false;
-  *text = value;
-  return true;
-}
-
-}  // namespace
 
 int VptzClient::UpdateDeviceControlProtocol(unsigned int device_id, std::string protocol, int timeout) {
   return ExchangeDevice(*this, method::kUpdateDeviceControlProtocol, timeout, [&](DeviceCommand& device) {
@@ -87,13 +62,9 @@ int VptzClient::SetSlaveDeviceById(int device_id, int slave_id, int) {
   if (slave_id == 0) return SetSlaveDevice(device_id, "", "", "", 0);
   const CVptzDevice* const slave = QueryDeviceById(slave_id);
   if (slave == nullptr) return -1;
-  const Json stored = ParseJson(slave->authorization);
-  std::string account;
-  std::string credentials;
-  if (!TextOf(stored.get(), "account", &account) || !TextOf(stored.get(), "credentials", &credentials)) {
-    return -1;
-  }
-  return SetSlaveDevice(device_id, slave->address, account, credentials, 0);
+  const std::optional<vptz::Credentials> stored = vptz::ReadCredentials(slave->authorization);
+  if (!stored) return -1;
+  return SetSlaveDevice(device_id, slave->address, stored->account, stored->credentials, 0);
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): a text by value is part of the interface
