@@ -1,8 +1,228 @@
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <sstream>
+#include <vector>
+
+#include "addresses.h"
+#include "camera_rows.h"
+#include "fleet.h"
 #include "handlers.h"
+#include "log.h"
+#include "lookup.h"
 #include "request.h"
+#include "rows.h"
+#include "settings.h"
+#include "storage.h"
 
 namespace vptzd {
 
-tutorial::VptzResponse GetStatus(World&, const tutorial::VptzCommand&) { return Answer(Status::kDone); }
+using tutorial::DeviceCommand;
+using tutorial::VptzCommand;
+using tutorial::VptzResponse;
+
+namespace {
+
+constexpr char kAnyProtocol[] = "ONVIF,QX310,NDI";
+
+// ---- search ----
+
+std::vector<std::string> ProtocolsOf(const DeviceCommand& command) {
+  std::istringstream list(command.protocol().empty() ? kAnyProtocol : command.protocol());
+  std::vector<std::string> protocols;
+  for (std::string name; std::getline(list, name, ',');) {
+    name.erase(0, name.find_first_not_of(' '));
+    name.erase(name.find_last_not_of(' ') + 1);
+    protocols.push_back(name);
+  }
+  return protocols;
+}
+
+bool IsWanted(const World& world, const Member& member, const std::vector<std::string>& protocols) {
+  const std::string& protocol = member.camera.description().protocol;
+  return !member.known() && std::find(protocols.begin(), protocols.end(), protocol) != protocols.end() &&
+         world.CheckThere(&member, "search_device") == Status::kDone;
+}
+
+// A search under way: finds its cameras one by one until its time is over.
+struct Search {
+  std::vector<Member*> found;
+  std::size_t next = 0;
+  std::chrono::nanoseconds step{0};
+};
+
+void MakeKnown(Service& service, Member* member) {
+  std::optional<Camera> camera;
+  {
+    const auto lock = service.world.Enter();
+    if (member->known()) return;  // added meanwhile
+    camera = member->camera;
+  }
+  StoreRemoval(camera->description().service_uri, false);
+  const CameraIds ids = StoreCamera(*camera);
+  {
+    const auto lock = service.world.Enter();
+    member->ids = ids;
+  }
+  service.AnnounceRows();
+}
+
+void EndSearch(Service& service, std::size_t found) {
+  {
+    const auto lock = service.world.Enter();
+    service.world.set_searching(false);
+  }
+  VptzResponse result = Answer(Status::kDone);
+  result.set_status_code(static_cast<int>(found));
+  service.emit("finish/search_device", result.SerializeAsString());
+}
+
+void GoOn(Service& service, const std::shared_ptr<Search>& search) {
+  if (search->next == search->found.size()) {
+    EndSearch(service, search->found.size());
+    return;
+  }
+  try {
+    MakeKnown(service, search->found[search->next]);
+  } catch (const StorageError& error) {
+    VPTZD_LOG(ZERK_LOG_ERROR, "a camera that was found is lost: %s", error.what());
+  }
+  ++search->next;
+  service.agenda.PostIn(search->step, [&service, search] { GoOn(service, search); });
+}
+
+// ---- addition ----
+
+bool AreUsable(const DeviceCommand& device) {
+  for (const std::string* text : {&device.mac(), &device.name(), &device.address(), &device.user(),
+                                  &device.password(), &device.protocol()}) {
+    if (text->size() > kMaxTextLength || text->find('\0') != std::string::npos) return false;
+  }
+  return true;
+}
+
+// What the command says about the camera. None when the address cannot be read.
+std::optional<CameraDescription> Described(const DeviceCommand& device, const std::string& protocol) {
+  CameraDescription camera;
+  if (IsSerial(protocol)) {
+    const auto serial = ReadSerialAddress(device.address());
+    if (!serial) return std::nullopt;
+    camera = PlainCamera(protocol, serial->port);
+    camera.service_uri = device.address();
+    camera.uuid = "simulated-" + device.address();
+  } else {
+    const auto address = ReadAddress(device.address());
+    if (!address) return std::nullopt;
+    camera = PlainCamera(protocol, address->host);
+    if (!address->scheme.empty()) camera.service_uri = device.address();
+  }
+  if (!device.mac().empty()) camera.mac = device.mac();
+  if (!device.name().empty()) camera.name = device.name();
+  camera.credentials = {device.user(), device.password()};
+  return camera;
+}
+
+// The camera of the fleet that is meant; null for a camera of its own.
+Member* FleetMemberFor(World& world, const CameraDescription& camera) {
+  return IsSerial(camera.protocol) ? world.MemberOfService(camera.service_uri) : world.MemberAt(camera.address);
+}
+
+// The camera takes on what it is added as.
+void TakeOn(const CameraDescription& added, const DeviceCommand& device, Camera* camera) {
+  CameraDescription& own = camera->description();
+  own.protocol = added.protocol;
+  if (!device.mac().empty()) own.mac = device.mac();
+  if (!device.name().empty()) own.name = device.name();
+  camera->set_logged_in(own.credentials.empty() || own.credentials == added.credentials);
+}
+
+Status CheckCredentials(const World& world, const Member* member, const CameraDescription& added,
+                        const std::string& method) {
+  if (member == nullptr) return Status::kDone;
+  const Status status = world.CheckThere(member, method);
+  if (status != Status::kDone || member->known()) return status == Status::kDone ? Status::kBusy : status;
+  const Credentials& wanted = member->camera.description().credentials;
+  if (added.credentials.empty() || wanted.empty()) return Status::kDone;
+  if (world.FindFault(FaultKind::kRefuseLogin, member, method) != nullptr) return Status::kNotLoggedIn;
+  return added.credentials == wanted ? Status::kDone : Status::kNotLoggedIn;
+}
+
+VptzResponse Add(Service& service, const VptzCommand& command, const std::string& protocol) {
+  const DeviceCommand& device = command.device_command();
+  if (!command.has_device_command() || !AreUsable(device)) return Answer(Status::kBadRequest);
+  if (!IsProtocol(protocol)) return Answer(Status::kUnknownId);
+  const auto added = Described(device, protocol);
+  if (!added || !CanStore(added->credentials)) return Answer(Status::kBadRequest);
+  Member* member = nullptr;
+  {
+    const auto lock = service.world.Enter();
+    member = FleetMemberFor(service.world, *added);
+    const Status status = CheckCredentials(service.world, member, *added, command.method_name());
+    if (status != Status::kDone) return Answer(status);
+    if (member == nullptr) member = service.world.Add(*added);
+    if (member == nullptr) return Answer(Status::kOutOfRange);
+    TakeOn(*added, device, &member->camera);
+  }
+  try {
+    MakeKnown(service, member);
+  } catch (const StorageError&) {
+    const auto lock = service.world.Enter();
+    service.world.Forget(member);
+    throw;
+  }
+  return Answer(Status::kDone);
+}
+
+}  // namespace
+
+VptzResponse GetStatus(World&, const VptzCommand&) { return Answer(Status::kDone); }
+
+VptzResponse SearchDevice(Service& service, const VptzCommand& command) {
+  if (!command.has_device_command()) return Answer(Status::kBadRequest);
+  const auto protocols = ProtocolsOf(command.device_command());
+  const auto search = std::make_shared<Search>();
+  {
+    const auto lock = service.world.Enter();
+    if (service.world.searching()) return Answer(Status::kBusy);
+    service.world.set_searching(true);
+    for (const auto& member : service.world.members()) {
+      if (IsWanted(service.world, *member, protocols)) search->found.push_back(member.get());
+    }
+  }
+  search->step = service.search_time / static_cast<std::int64_t>(search->found.size() + 1);
+  service.agenda.PostIn(search->step, [&service, search] { GoOn(service, search); });
+  return Answer(Status::kDone);
+}
+
+VptzResponse AddDevice(Service& service, const VptzCommand& command) {
+  return Add(service, command, command.device_command().protocol());
+}
+
+VptzResponse AddOnvifDeviceManually(Service& service, const VptzCommand& command) {
+  return Add(service, command, "ONVIF");
+}
+
+VptzResponse RemoveDevice(Service& service, const VptzCommand& command) {
+  Member* member = nullptr;
+  // A camera that does not answer can be removed as well.
+  const Status status = LookUpDevice(service, command, Need::kAnswer, &member);
+  if (status != Status::kDone && status != Status::kOffline) return Answer(status);
+  std::string service_uri;
+  {
+    const auto lock = service.world.Enter();
+    if (!member->camera.description().removable) return Answer(Status::kNotRemovable);
+    service_uri = member->camera.description().service_uri;
+  }
+  StoreFollower(member->ids.device, 0);
+  ForgetHome(member->ids.ptz);
+  if (member->in_fleet) StoreRemoval(service_uri, true);
+  RemoveCamera(member->ids.device);
+  {
+    const auto lock = service.world.Enter();
+    service.world.Forget(member);
+  }
+  service.AnnounceRows();
+  return Answer(Status::kDone);
+}
 
 }  // namespace vptzd

@@ -1,31 +1,64 @@
 #include "dispatcher.h"
 
-#include <algorithm>
-
-#include "methods.h"
+#include "log.h"
 #include "request.h"
+#include "storage.h"
 
 namespace vptzd {
 namespace {
 
-Handler* FindHandler(std::string_view name) {
-  const MethodTable& methods = Methods();
-  const auto found =
-      std::find_if(methods.begin(), methods.end(), [&](const Method& method) { return method.name == name; });
-  return found == methods.end() ? nullptr : found->handler;
+bool IsFocusDrive(std::string_view method) {
+  return method == "focus_far" || method == "focus_near" || method == "focus_stop";
+}
+
+// A call about a camera tells that somebody still cares for it, and for the one
+// that follows it.
+void GiveSignOfLife(World& world, const Call& call) {
+  Member* member = NamedMember(world, call);
+  if (member == nullptr || world.grace() == std::chrono::nanoseconds(0)) return;
+  member->camera.GiveSignOfLife(world.grace());
+  Member* follower = world.MemberOfDevice(member->follower);
+  if (follower != nullptr) follower->camera.GiveSignOfLife(world.grace());
+}
+
+tutorial::VptzResponse AnswerStoring(Service& service, const Call& call) {
+  try {
+    return call.method->storing_handler(service, call.command);
+  } catch (const StorageError& error) {
+    VPTZD_LOG(ZERK_LOG_ERROR, "%s: %s", call.command.method_name().c_str(), error.what());
+    return Answer(Status::kNotStored);
+  }
 }
 
 }  // namespace
 
-tutorial::VptzResponse Dispatch(World& world, std::string_view method, const void* payload, int length) {
-  Handler* handler = FindHandler(method);
-  if (handler == nullptr) return Answer(Status::kUnknownMethod);
-  tutorial::VptzCommand command;
-  if (!command.ParseFromArray(payload, length) || command.method_name() != method) {
-    return Answer(Status::kBadRequest);
+Member* NamedMember(World& world, const Call& call) {
+  const tutorial::VptzCommand& command = call.command;
+  if (command.has_ptz_command()) return world.MemberOfPtz(command.ptz_command().ptz_id());
+  if (command.has_media_command()) return world.MemberOfMedia(command.media_command().media_id());
+  if (command.has_nat_command()) return world.MemberOfDevice(command.nat_command().device_id());
+  if (command.has_slave_device_command()) {
+    return world.MemberOfDevice(static_cast<std::uint32_t>(command.slave_device_command().device_id()));
   }
-  const auto lock = world.Enter();
-  return handler(world, command);
+  if (!command.has_device_command()) return nullptr;
+  const std::uint32_t id = command.device_command().device_id();
+  return IsFocusDrive(call.method->name) ? world.MemberOfMedia(id) : world.MemberOfDevice(id);
+}
+
+Status ReadCall(std::string_view method, const void* payload, int length, Call* call) {
+  call->method = FindMethod(method);
+  if (call->method == nullptr) return Status::kUnknownMethod;
+  const bool readable = call->command.ParseFromArray(payload, length) && call->command.method_name() == method;
+  return readable ? Status::kDone : Status::kBadRequest;
+}
+
+tutorial::VptzResponse Answer(Service& service, const Call& call) {
+  {
+    const auto lock = service.world.Enter();
+    GiveSignOfLife(service.world, call);
+    if (call.method->handler != nullptr) return call.method->handler(service.world, call.command);
+  }
+  return AnswerStoring(service, call);
 }
 
 }  // namespace vptzd

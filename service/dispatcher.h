@@ -6,15 +6,28 @@
 
 #include <vptz/vptz.pb.h>
 
-#include "world.h"
+#include "methods.h"
+#include "service.h"
 
 namespace vptzd {
 
-// Enters the world and has the method's handler answer. kUnknownMethod when
-// there is no such method; kBadRequest when the bytes cannot be read or the
-// command in them names another method. `payload` may be null when `length`
-// is 0. May be called from any thread.
-tutorial::VptzResponse Dispatch(World& world, std::string_view method, const void* payload, int length);
+// A request that can be answered.
+struct Call {
+  const Method* method = nullptr;
+  tutorial::VptzCommand command;
+};
+
+// kUnknownMethod when there is no such method; kBadRequest when the bytes cannot
+// be read or the command in them names another method. `payload` may be null
+// when `length` is 0.
+Status ReadCall(std::string_view method, const void* payload, int length, Call* call);
+
+// Has the method's handler answer, with the world entered where the handler
+// wants that. Handlers that store are to be called by the agenda only.
+tutorial::VptzResponse Answer(Service& service, const Call& call);
+
+// The camera that a command names; null for none.
+Member* NamedMember(World& world, const Call& call);
 
 }  // namespace vptzd
 

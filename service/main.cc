@@ -1,10 +1,15 @@
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <optional>
 
 #include "camera/clock.h"
+#include "camera_rows.h"
 #include "database.h"
+#include "fleet.h"
+#include "live_rows.h"
 #include "options.h"
 #include "server.h"
 #include "startup.h"
@@ -15,39 +20,93 @@ namespace {
 using namespace vptzd;
 
 // Blocked before the first thread starts, so that only WaitForEnd gets them.
-sigset_t BlockEndSignals() {
+sigset_t BlockSignals() {
   sigset_t signals;
   sigemptyset(&signals);
   sigaddset(&signals, SIGTERM);
   sigaddset(&signals, SIGINT);
+  sigaddset(&signals, SIGHUP);
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
   return signals;
 }
 
-void WaitForEnd(const sigset_t& signals) {
-  int signal = 0;
-  sigwait(&signals, &signal);
+Fleet FleetOf(const Options& options) {
+  return options.fleet ? ReadFleetFile(*options.fleet, options.cameras) : BuiltInFleet(options.cameras);
 }
 
-int Run(const Options& options) {
-  const sigset_t end_signals = BlockEndSignals();
-  const SteadyClock clock;
-  World world(options.cameras, clock);
-  if (!OpenDatabase(options.database, VPTZD_SEED_FILE)) {
-    std::cerr << "vptzd: cannot use the database " << options.database << "; the log tells why\n";
-    return kExitNoDatabase;
+void TellFaults(std::size_t count) { std::cout << "vptzd: " << count << " faults in force" << std::endl; }
+
+// A file that cannot be read changes nothing.
+void ReadFaultsAgain(const Options& options, World& world) {
+  try {
+    Fleet fleet = FleetOf(options);
+    const std::size_t count = fleet.faults.size();
+    {
+      const auto lock = world.Enter();
+      world.SetFaults(std::move(fleet.faults));
+    }
+    TellFaults(count);
+  } catch (const std::exception& error) {
+    std::cerr << "vptzd: the faults stay as they are: " << error.what() << std::endl;
   }
-  StoreCameras(world);
-  Server server(world);
+}
+
+void WaitForEnd(const sigset_t& signals, const Options& options, World& world) {
+  int signal = 0;
+  while (sigwait(&signals, &signal) == 0 && signal == SIGHUP) ReadFaultsAgain(options, world);
+}
+
+std::size_t KnownCameras(const World& world) {
+  const auto known = [](const auto& member) { return member->known(); };
+  return static_cast<std::size_t>(std::count_if(world.members().begin(), world.members().end(), known));
+}
+
+int Serve(const Options& options, Service& service, const sigset_t& signals) {
+  LiveRows live_rows(service);
+  Server server(service);
   const char* address = options.bus ? options.bus->c_str() : nullptr;
+  const std::size_t known = KnownCameras(service.world);
   const int result = server.Start(address);
   if (result < 0) {
     std::cerr << DescribeStartFailure(address, result) << '\n';
     return ExitCodeOf(result);
   }
-  std::cout << "vptzd: serving \"" << Server::kName << "\" with " << options.cameras << " cameras" << std::endl;
-  WaitForEnd(end_signals);
+  live_rows.Start();
+  {
+    const Worker worker(service.agenda);
+    std::cout << "vptzd: serving \"" << Server::kName << "\" with " << known << " cameras" << std::endl;
+    WaitForEnd(signals, options, service.world);
+  }
+  live_rows.Write();
   return kExitDone;
+}
+
+int Run(const Options& options, const Fleet& fleet) {
+  const sigset_t signals = BlockSignals();
+  const SteadyClock clock;
+  World world(fleet.cameras, clock);
+  world.set_grace(
+      std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::duration<double>(options.grace)));
+  world.SetFaults(fleet.faults);
+  if (!OpenDatabase(options.database, VPTZD_SEED_FILE)) {
+    std::cerr << "vptzd: cannot use the database " << options.database << "; the log tells why\n";
+    return kExitNoDatabase;
+  }
+  StoreCameras(world);
+  RestoreAdditions(world);
+  Agenda agenda(clock);
+  Service service{world, agenda, fleet.search_time};
+  return Serve(options, service, signals);
+}
+
+// None when the fleet file cannot be used.
+std::optional<Fleet> ReadFleetOf(const Options& options) {
+  try {
+    return FleetOf(options);
+  } catch (const std::exception& error) {
+    std::cerr << "vptzd: cannot use the fleet file: " << error.what() << '\n';
+    return std::nullopt;
+  }
 }
 
 }  // namespace
@@ -56,7 +115,8 @@ int main(int argc, char** argv) {
   try {
     Options options;
     if (const auto exit_code = ReadOptions(argc, argv, &options)) return *exit_code;
-    return Run(options);
+    const auto fleet = ReadFleetOf(options);
+    return fleet ? Run(options, *fleet) : kExitBadFleet;
   } catch (const std::exception& error) {
     std::cerr << "vptzd: " << error.what() << '\n';
     return kExitFailure;

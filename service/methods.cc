@@ -1,34 +1,27 @@
 #include "methods.h"
 
-#include "request.h"
+#include <algorithm>
 
 namespace vptzd {
-namespace {
-
-tutorial::VptzResponse NotImplemented(World&, const tutorial::VptzCommand&) {
-  return Answer(Status::kNotImplemented);
-}
-
-}  // namespace
 
 const MethodTable& Methods() {
   static constexpr MethodTable kMethods = {{
       // discovery
       {"get_status", GetStatus},
-      {"search_device", NotImplemented},
-      {"add_device", NotImplemented},
-      {"add_onvif_device_manually", NotImplemented},
-      {"remove_device", NotImplemented},
+      {"search_device", SearchDevice},
+      {"add_device", AddDevice},
+      {"add_onvif_device_manually", AddOnvifDeviceManually},
+      {"remove_device", RemoveDevice},
       // maintenance
-      {"update_device_control_protocol", NotImplemented},
-      {"login", NotImplemented},
-      {"logout", NotImplemented},
-      {"update_device_info", NotImplemented},
-      {"update_device_info_full", NotImplemented},
-      {"set_slave_device", NotImplemented},
-      {"update_ptz_status", NotImplemented},
-      {"update_device_presets", NotImplemented},
-      {"update_all_rs232_devices", NotImplemented},
+      {"update_device_control_protocol", UpdateDeviceControlProtocol},
+      {"login", Login},
+      {"logout", Logout},
+      {"update_device_info", UpdateDeviceInfo},
+      {"update_device_info_full", UpdateDeviceInfoFull},
+      {"set_slave_device", SetSlaveDevice},
+      {"update_ptz_status", UpdatePtzStatus},
+      {"update_device_presets", UpdateDevicePresets},
+      {"update_all_rs232_devices", UpdateAllRs232Devices},
       // motion
       {"absolute_move", AbsoluteMove},
       {"continuous_move", ContinuousMove},
@@ -37,24 +30,24 @@ const MethodTable& Methods() {
       {"set_home", SetHome},
       {"set_track_mode", SetTrackMode},
       // presets
-      {"update_presets", NotImplemented},
-      {"set_preset", NotImplemented},
-      {"goto_preset", NotImplemented},
-      {"remove_preset", NotImplemented},
+      {"update_presets", UpdatePresets},
+      {"set_preset", SetPreset},
+      {"goto_preset", GotoPreset},
+      {"remove_preset", RemovePreset},
       // imaging
-      {"get_capabilities", NotImplemented},
-      {"set_imaging_settings", NotImplemented},
-      {"switch_focus_mode", NotImplemented},
-      {"focus_far", NotImplemented},
-      {"focus_near", NotImplemented},
-      {"focus_stop", NotImplemented},
+      {"get_capabilities", GetCapabilities},
+      {"set_imaging_settings", SetImagingSettings},
+      {"switch_focus_mode", SwitchFocusMode},
+      {"focus_far", FocusFar},
+      {"focus_near", FocusNear},
+      {"focus_stop", FocusStop},
       // nat
-      {"clear_nat", NotImplemented},
-      {"query_nat_uri", NotImplemented},
-      {"enable_nat", NotImplemented},
-      {"disable_nat", NotImplemented},
+      {"clear_nat", ClearNat},
+      {"query_nat_uri", QueryNatUri},
+      {"enable_nat", EnableNat},
+      {"disable_nat", DisableNat},
       // power; the mixed case of two names is theirs
-      {"config_devices", NotImplemented},
+      {"config_devices", ConfigDevices},
       {"add_usb_tty_device", AddUsbTtyDevice},
       {"remove_usb_tty_device", RemoveUsbTtyDevice},
       {"flush_usb_tty_devices", FlushUsbTtyDevices},
@@ -68,6 +61,13 @@ const MethodTable& Methods() {
       {"get_media_profiles", GetMediaProfiles},
   }};
   return kMethods;
+}
+
+const Method* FindMethod(std::string_view name) {
+  const MethodTable& methods = Methods();
+  const auto found =
+      std::find_if(methods.begin(), methods.end(), [&](const Method& method) { return method.name == name; });
+  return found == methods.end() ? nullptr : &*found;
 }
 
 }  // namespace vptzd

@@ -10,13 +10,21 @@
 namespace vptzd {
 
 struct Method {
+  constexpr Method(std::string_view method, Handler* at_once) : name(method), handler(at_once) {}
+  constexpr Method(std::string_view method, StoringHandler* later) : name(method), storing_handler(later) {}
+
   std::string_view name;
-  Handler* handler;
+  // One of the two.
+  Handler* handler = nullptr;
+  StoringHandler* storing_handler = nullptr;
 };
 
 using MethodTable = std::array<Method, 45>;
 
 const MethodTable& Methods();
+
+// Null when there is no such method.
+const Method* FindMethod(std::string_view name);
 
 }  // namespace vptzd
 

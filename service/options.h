@@ -12,6 +12,8 @@ struct Options {
   std::optional<std::string> bus;  // none: the bus library's default
   std::size_t cameras = 2;
   std::string database = VPTZ_DATABASE_FILE;
+  std::optional<std::string> fleet;  // none: the built-in one
+  double grace = 5.0;                // seconds
 };
 
 // Reads the command line. Returns an exit code when the program is to end now:

@@ -15,7 +15,20 @@ void Fill(tutorial::PtzRange* range, double min, double max) {
   range->set_max(max);
 }
 
-void Fill(tutorial::PtzParams* params, const Axis& axis) {
+void FillUnknown(tutorial::PtzParams* params) {
+  params->set_position(kVptzNotCommanded);
+  params->set_speed(kVptzNotCommanded);
+  Fill(params->mutable_position_range(), kVptzNotCommanded, kVptzNotCommanded);
+  Fill(params->mutable_speed_range(), kVptzNotCommanded, kVptzNotCommanded);
+  Fill(params->mutable_spare_range(), kVptzNotCommanded, kVptzNotCommanded);
+}
+
+void Fill(tutorial::PtzParams* params, const Camera& camera, AxisIndex index) {
+  if (!camera.HasAxis(index)) {
+    FillUnknown(params);
+    return;
+  }
+  const Axis& axis = camera.axis(index);
   params->set_position(axis.position());
   params->set_speed(axis.speed());
   Fill(params->mutable_position_range(), axis.limits().min, axis.limits().max);
@@ -25,9 +38,9 @@ void Fill(tutorial::PtzParams* params, const Axis& axis) {
 
 void Fill(tutorial::PtzInfo* info, const Camera& camera) {
   info->set_track_mode(camera.track_mode());
-  Fill(info->mutable_pan(), camera.axis(kPan));
-  Fill(info->mutable_tilt(), camera.axis(kTilt));
-  Fill(info->mutable_zoom(), camera.axis(kZoom));
+  Fill(info->mutable_pan(), camera, kPan);
+  Fill(info->mutable_tilt(), camera, kTilt);
+  Fill(info->mutable_zoom(), camera, kZoom);
 }
 
 void Fill(tutorial::VideoEncoder* answer, const VideoEncoder& encoder) {
@@ -49,20 +62,21 @@ void Fill(tutorial::ImageSettings* answer, const ImageSettings& image) {
 
 VptzResponse GetPtzProfiles(World& world, const VptzCommand& command) {
   if (!command.has_device_command()) return Answer(Status::kBadRequest);
-  const Camera* camera = world.FindDevice(command.device_command().device_id());
-  if (camera == nullptr || camera->ptz_token() != command.device_command().token()) {
-    return Answer(Status::kUnknownId);
-  }
+  const Member* member = world.MemberOfDevice(command.device_command().device_id());
+  const Status status = world.CheckThere(member, command.method_name());
+  if (status != Status::kDone) return Answer(status);
+  if (member->camera.ptz_token() != command.device_command().token()) return Answer(Status::kUnknownId);
   VptzResponse response = Answer(Status::kDone);
-  Fill(response.mutable_ptz_info(), *camera);
+  Fill(response.mutable_ptz_info(), member->camera);
   return response;
 }
 
 VptzResponse GetMediaProfiles(World& world, const VptzCommand& command) {
   if (!command.has_device_command()) return Answer(Status::kBadRequest);
-  const Camera* camera = world.FindDevice(command.device_command().device_id());
-  const MediaProfile* profile =
-      camera == nullptr ? nullptr : camera->FindMediaProfile(command.device_command().token());
+  const Member* member = world.MemberOfDevice(command.device_command().device_id());
+  const Status status = world.CheckThere(member, command.method_name());
+  if (status != Status::kDone) return Answer(status);
+  const MediaProfile* profile = member->camera.FindMediaProfile(command.device_command().token());
   if (profile == nullptr) return Answer(Status::kUnknownId);
   VptzResponse response = Answer(Status::kDone);
   Fill(response.mutable_media_info()->mutable_video_encoder(), profile->encoder);

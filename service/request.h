@@ -2,12 +2,18 @@
 #ifndef VPTZ_SERVICE_REQUEST_H
 #define VPTZ_SERVICE_REQUEST_H
 
+#include <cstddef>
+#include <string>
+
 #include <vptz/vptz.pb.h>
 
 #include "status.h"
 #include "world.h"
 
 namespace vptzd {
+
+// What a text in a command may be long that the service keeps.
+constexpr std::size_t kMaxTextLength = 255;
 
 // An answer that holds a status and nothing more.
 tutorial::VptzResponse Answer(Status status);
@@ -19,12 +25,28 @@ AxisValues Speeds(const tutorial::PtzCommand& command);
 AxisValues Velocities(const tutorial::PtzCommand& command);
 
 // Answers with what `action`, a Status (Camera&, const tutorial::PtzCommand&),
-// returns for the camera that the command is about.
+// returns for the camera that the command is about, whether or not it is logged
+// in to. Whoever follows that camera does the same, as far as it can.
+template <class Action>
+tutorial::VptzResponse OnAnyPtz(World& world, const tutorial::VptzCommand& command, Action action) {
+  if (!command.has_ptz_command()) return Answer(Status::kBadRequest);
+  Member* member = world.MemberOfPtz(command.ptz_command().ptz_id());
+  Status status = world.CheckThere(member, command.method_name());
+  if (status == Status::kDone) status = action(member->camera, command.ptz_command());
+  if (status != Status::kDone) return Answer(status);
+  Member* follower = member->follower == 0 ? nullptr : world.MemberOfDevice(member->follower);
+  if (world.CheckUsable(follower, command.method_name()) == Status::kDone) {
+    action(follower->camera, command.ptz_command());
+  }
+  return Answer(Status::kDone);
+}
+
+// The same for a camera that the service is logged in to.
 template <class Action>
 tutorial::VptzResponse OnPtz(World& world, const tutorial::VptzCommand& command, Action action) {
-  if (!command.has_ptz_command()) return Answer(Status::kBadRequest);
-  Camera* camera = world.FindPtz(command.ptz_command().ptz_id());
-  return Answer(camera == nullptr ? Status::kUnknownId : action(*camera, command.ptz_command()));
+  return OnAnyPtz(world, command, [&](Camera& camera, const tutorial::PtzCommand& ptz) {
+    return camera.logged_in() ? action(camera, ptz) : Status::kNotLoggedIn;
+  });
 }
 
 }  // namespace vptzd

@@ -4,40 +4,75 @@
 #include <exception>
 #include <string>
 
-#include "dispatcher.h"
+#include "delivery.h"
 #include "log.h"
+#include "request.h"
 
 namespace vptzd {
+
+Server::~Server() {
+  bus_.reset();
+  service_.emit = [](const char*, const std::string&) {};
+}
 
 int Server::Start(const char* address) {
   bus_service* service = nullptr;
   const int result = bus_service_new(kName, address, &Server::OnRequest, this, &service);
   if (result < 0) return result;
-  service_.reset(service);
+  bus_.reset(service);
+  service_.emit = [this](const char* signal, const std::string& payload) { EmitSignal(signal, payload); };
   return 0;
+}
+
+void Server::EmitSignal(const char* signal, const std::string& payload) {
+  const int result = bus_service_emit(bus_.get(), signal, payload.data(), static_cast<int>(payload.size()));
+  if (result < 0) VPTZD_LOG(ZERK_LOG_WARNING, "the signal %s is lost: %d", signal, result);
 }
 
 // An exception must not leave into the bus library, which is C.
 void Server::OnRequest(bus_service*, bus_request* request, void* server) noexcept {
   try {
-    static_cast<Server*>(server)->Answer(request);
+    static_cast<Server*>(server)->Receive(std::make_shared<Request>(request));
   } catch (const std::exception& error) {
-    VPTZD_LOG(ZERK_LOG_ERROR, "%s failed: %s", bus_request_method(request), error.what());
-    bus_request_fail(request, -EIO);
+    VPTZD_LOG(ZERK_LOG_ERROR, "a request cannot be taken: %s", error.what());
   }
 }
 
-void Server::Answer(bus_request* request) {
-  int length = 0;
-  const void* payload = bus_request_payload(request, &length);
-  const std::string method = bus_request_method(request);
-  const tutorial::VptzResponse response = Dispatch(world_, method, payload, length);
-  if (response.status_code() < 0) {
-    VPTZD_LOG(ZERK_LOG_NOTICE, "%s is refused with %d", method.c_str(), response.status_code());
+void Server::Receive(const Held& request) {
+  const std::string payload = request->payload();
+  Call call;
+  const Status status = ReadCall(request->method(), payload.data(), static_cast<int>(payload.size()), &call);
+  if (status != Status::kDone) {
+    VPTZD_LOG(ZERK_LOG_NOTICE, "%s is refused with %d", request->method().c_str(), static_cast<int>(status));
+    request->Reply(Answer(status).SerializeAsString());
+  } else if (call.method->storing_handler != nullptr) {
+    service_.agenda.Post([this, request, call] { Handle(request, call); });
+  } else {
+    Handle(request, call);
   }
-  const std::string reply = response.SerializeAsString();
-  const int result = bus_request_reply(request, reply.data(), static_cast<int>(reply.size()));
-  if (result < 0) VPTZD_LOG(ZERK_LOG_WARNING, "the answer to %s is lost: %d", method.c_str(), result);
+}
+
+void Server::Handle(const Held& request, const Call& call) {
+  try {
+    Send(request, call, Answer(service_, call));
+  } catch (const std::exception& error) {
+    VPTZD_LOG(ZERK_LOG_ERROR, "%s failed: %s", request->method().c_str(), error.what());
+    request->Fail(-EIO);
+  }
+}
+
+void Server::Send(const Held& request, const Call& call, const tutorial::VptzResponse& response) {
+  if (response.status_code() < 0) {
+    VPTZD_LOG(ZERK_LOG_NOTICE, "%s is refused with %d", request->method().c_str(), response.status_code());
+  }
+  const Delivery delivery = PlanDelivery(service_.world, call, response);
+  if (delivery.delay == std::chrono::nanoseconds(0)) {
+    request->Reply(delivery.bytes);
+    return;
+  }
+  service_.agenda.PostIn(delivery.delay, [request, delivery] {
+    delivery.lost ? request->Fail(-ETIMEDOUT) : request->Reply(delivery.bytes);
+  });
 }
 
 }  // namespace vptzd

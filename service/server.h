@@ -6,7 +6,9 @@
 
 #include <dorv_bus_service.h>
 
-#include "world.h"
+#include "dispatcher.h"
+#include "reply.h"
+#include "service.h"
 
 namespace vptzd {
 
@@ -15,26 +17,34 @@ class Server {
   // The name under which the service is called.
   static constexpr const char* kName = "vptz";
 
-  // The world outlives the server.
-  explicit Server(World& world) : world_(world) {}
+  // The service outlives the server, and sends its signals through it.
+  explicit Server(Service& service) : service_(service) {}
+  ~Server();
   Server(const Server&) = delete;
   Server& operator=(const Server&) = delete;
 
-  // Begins to answer calls, on a thread of the bus library; the destructor ends
-  // it and waits for a call that is being answered. A null address means the
-  // bus library's default. 0, or the bus library's negative errno value.
+  // Begins to answer calls, on a thread of the bus library; those that store on
+  // the service's agenda, which does not run yet. The destructor ends it and waits
+  // for a call that is being answered; the agenda does not run any more then. A
+  // null address means the bus library's default. 0, or the bus library's
+  // negative errno value.
   int Start(const char* address);
 
  private:
+  using Held = std::shared_ptr<Request>;
+
   struct Free {
     void operator()(bus_service* service) const { bus_service_free(service); }
   };
 
   static void OnRequest(bus_service* service, bus_request* request, void* server) noexcept;
-  void Answer(bus_request* request);
+  void Receive(const Held& request);
+  void Handle(const Held& request, const Call& call);
+  void Send(const Held& request, const Call& call, const tutorial::VptzResponse& response);
+  void EmitSignal(const char* signal, const std::string& payload);
 
-  World& world_;
-  std::unique_ptr<bus_service, Free> service_;
+  Service& service_;
+  std::unique_ptr<bus_service, Free> bus_;
 };
 
 }  // namespace vptzd

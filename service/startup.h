@@ -13,6 +13,7 @@ enum ExitCode : int {
   kExitNoBus = 3,       // no connection to the bus
   kExitNameTaken = 4,   // somebody else serves the name
   kExitNoDatabase = 5,  // the database cannot be used
+  kExitBadFleet = 6,    // the fleet file cannot be used
 };
 
 // The exit code for a negative errno value of Server::Start.

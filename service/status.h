@@ -8,16 +8,19 @@
 namespace vptzd {
 
 enum class Status : int {
-  kDone = 0,                 // done, or accepted: the motion goes on by itself
-  kUnknownMethod = -1001,    // the service has no such method
-  kBadRequest = -1002,       // unreadable message, wrong method name, missing part, unusable text
-  kNotImplemented = -1003,   // the service has the method but cannot do it yet
-  kUnknownId = -1004,        // no such camera, device, profile or port
+  kDone = 0,               // done, or accepted: motion and search go on by themselves
+  kUnknownMethod = -1001,  // the service has no such method
+  kBadRequest = -1002,     // unreadable message, wrong method name, missing part, unusable text
+  // -1003 told of a method that could not do anything yet; it is not used again.
+  kUnknownId = -1004,        // no such device, PTZ node, media source, profile, preset, protocol or port
   kUnsupportedAxis = -1005,  // the camera does not have that axis
   kOutOfRange = -1006,       // a number that is not finite or outside its range; more than is kept
-  kNotLoggedIn = -1007,      // the device wants a login first
+  kNotLoggedIn = -1007,      // the device wants a login first, or another one than this
   kBusy = -1008,             // taken or under way already
-  kPoweredOff = -1009        // the camera has no power
+  kPoweredOff = -1009,       // the camera has no power
+  kOffline = -1010,          // the camera does not answer
+  kNotStored = -1011,        // the database does not take it; the log tells why
+  kNotRemovable = -1012      // the device may not be removed
 };
 
 // What get_devices_power_status answers in the place of a status.

@@ -2,45 +2,129 @@
 
 #include <algorithm>
 
+#include "fleet.h"
+
 namespace vptzd {
 
-World::World(std::size_t cameras, const Clock& clock)
-    : clock_(clock), present_(clock.Now()), cameras_(cameras) {
-  for (std::uint32_t number = 1; number <= cameras; ++number) ids_.push_back({number, number});
+World::World(const std::vector<CameraDescription>& cameras, const Clock& clock)
+    : clock_(clock), present_(clock.Now()) {
+  for (const CameraDescription& camera : cameras) {
+    Member* member = Add(camera);
+    member->in_fleet = true;
+    member->camera.set_logged_in(camera.known || camera.credentials.empty());
+  }
+}
+
+World::World(std::size_t cameras, const Clock& clock) : clock_(clock), present_(clock.Now()) {
+  for (std::uint32_t number = 1; number <= cameras; ++number) {
+    Member* member = Add(BuiltInCamera(number));
+    member->in_fleet = true;
+    member->ids = {number, number, {2 * number - 1, 2 * number}};
+  }
 }
 
 std::unique_lock<std::mutex> World::Enter() {
   std::unique_lock<std::mutex> lock(mutex_);
   const std::chrono::nanoseconds now = clock_.Now();
-  for (Camera& camera : cameras_) camera.Advance(now - present_);
+  for (const auto& member : members_) member->camera.Advance(now - present_);
   present_ = now;
   return lock;
 }
 
-Camera* World::FindCamera(std::uint32_t number) {
-  return number >= 1 && number <= cameras_.size() ? &cameras_[number - 1] : nullptr;
-}
-
-Camera* World::FindById(std::uint32_t CameraIds::*id, std::uint32_t value) {
+template <class Condition>
+Member* World::FindIf(Condition condition) {
   const auto found =
-      std::find_if(ids_.begin(), ids_.end(), [&](const CameraIds& ids) { return ids.*id == value; });
-  return found == ids_.end() ? nullptr : &cameras_[static_cast<std::size_t>(found - ids_.begin())];
+      std::find_if(members_.begin(), members_.end(), [&](const auto& member) { return condition(*member); });
+  return found == members_.end() ? nullptr : found->get();
 }
 
-Camera* World::FindDevice(std::uint32_t id) { return FindById(&CameraIds::device, id); }
+Camera* World::FindCamera(std::uint32_t number) {
+  Member* member = FindIf([&](const Member& other) { return other.number == number; });
+  return member == nullptr ? nullptr : &member->camera;
+}
 
-Camera* World::FindPtz(std::uint32_t id) { return FindById(&CameraIds::ptz, id); }
+Member* World::MemberOfDevice(std::uint32_t id) {
+  return FindIf([&](const Member& member) { return member.known() && member.ids.device == id; });
+}
+
+Member* World::MemberOfPtz(std::uint32_t id) {
+  return FindIf([&](const Member& member) { return member.known() && member.ids.ptz == id; });
+}
+
+Member* World::MemberOfMedia(std::uint32_t id) {
+  return FindIf([&](const Member& member) {
+    const auto& media = member.ids.media;
+    return member.known() && std::find(media.begin(), media.end(), id) != media.end();
+  });
+}
+
+Camera* World::FindDevice(std::uint32_t id) {
+  Member* member = MemberOfDevice(id);
+  return member == nullptr ? nullptr : &member->camera;
+}
+
+Camera* World::FindPtz(std::uint32_t id) {
+  Member* member = MemberOfPtz(id);
+  return member == nullptr ? nullptr : &member->camera;
+}
+
+Member* World::MemberAt(const std::string& address) {
+  return FindIf([&](const Member& member) { return member.camera.description().address == address; });
+}
+
+Member* World::MemberOfService(const std::string& service_uri) {
+  return FindIf([&](const Member& member) { return member.camera.description().service_uri == service_uri; });
+}
+
+Member* World::Add(const CameraDescription& description) {
+  if (members_.size() == kMaxMembers) return nullptr;
+  const std::uint32_t number = members_.empty() ? 1 : members_.back()->number + 1;
+  members_.push_back(std::make_unique<Member>(Member{number, Camera(description), {}, false, 0}));
+  return members_.back().get();
+}
+
+void World::Forget(Member* member) {
+  const std::uint32_t device = member->ids.device;
+  nat_.CloseAllOf(device);
+  for (const auto& other : members_) {
+    if (other->follower == device) other->follower = 0;
+  }
+  member->ids = {};
+  member->follower = 0;
+  member->camera.set_logged_in(member->camera.description().credentials.empty());
+  if (member->in_fleet) return;
+  members_.erase(
+      std::find_if(members_.begin(), members_.end(), [&](const auto& other) { return other.get() == member; }));
+}
 
 bool World::powered() const {
-  return std::all_of(cameras_.begin(), cameras_.end(), [](const Camera& camera) { return camera.powered(); });
+  return std::all_of(members_.begin(), members_.end(),
+                     [](const auto& member) { return !member->known() || member->camera.powered(); });
 }
 
 void World::PowerOn() {
-  for (Camera& camera : cameras_) camera.PowerOn();
+  for (const auto& member : members_) member->camera.PowerOn();
 }
 
 void World::PowerOff() {
-  for (Camera& camera : cameras_) camera.PowerOff();
+  for (const auto& member : members_) member->camera.PowerOff();
+}
+
+const Fault* World::FindFault(FaultKind kind, const Member* member, std::string_view method) const {
+  FaultPlace place{0, "", method};
+  if (member != nullptr) place = {member->number, member->camera.description().name, method};
+  return vptzd::FindFault(faults_, kind, place);
+}
+
+Status World::CheckThere(const Member* member, std::string_view method) const {
+  if (member == nullptr) return Status::kUnknownId;
+  return FindFault(FaultKind::kOffline, member, method) == nullptr ? Status::kDone : Status::kOffline;
+}
+
+Status World::CheckUsable(const Member* member, std::string_view method) const {
+  const Status status = CheckThere(member, method);
+  if (status != Status::kDone) return status;
+  return member->camera.logged_in() ? Status::kDone : Status::kNotLoggedIn;
 }
 
 Status World::AddUsbTtyDevice(const std::string& device) {

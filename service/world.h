@@ -1,59 +1,114 @@
-// Everything that the service looks after: the cameras, their power and the
-// ports. Guarded by one lock, which whoever uses the world holds meanwhile.
+// Everything that the service looks after: the cameras, their power, the ports
+// and the mappings. Guarded by one lock, which whoever uses the world holds
+// meanwhile.
 #ifndef VPTZ_SERVICE_WORLD_H
 #define VPTZ_SERVICE_WORLD_H
 
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "camera/camera.h"
 #include "camera/clock.h"
+#include "faults.h"
+#include "nat_table.h"
 #include "status.h"
 
 namespace vptzd {
 
 // The rows by which a camera is known in the database, and so in commands.
 struct CameraIds {
-  std::uint32_t device;
-  std::uint32_t ptz;
+  std::uint32_t device = 0;
+  std::uint32_t ptz = 0;
+  std::vector<std::uint32_t> media{};  // in the order of its media profiles
+};
+
+// A camera in the simulated network.
+struct Member {
+  std::uint32_t number;  // 1 ..., in the order of the fleet, then of addition
+  Camera camera;
+  CameraIds ids;               // all 0 while it has no rows
+  bool in_fleet = true;        // else it is there only as long as it has rows
+  std::uint32_t follower = 0;  // device id of the camera that does what it does; 0: none
+
+  bool known() const { return ids.device != 0; }
 };
 
 class World {
  public:
-  static constexpr std::size_t kMaxCameras = 64;
+  static constexpr std::size_t kMaxCameras = 64;   // --cameras
+  static constexpr std::size_t kMaxMembers = 512;  // with those that are added
 
   // What a caller can make the service remember is limited: this many ports,
   // named by texts of at most this many bytes.
   static constexpr std::size_t kMaxUsbTtyDevices = 64;
   static constexpr std::size_t kMaxUsbTtyNameLength = 255;
 
-  // `cameras` is 1 ... kMaxCameras; the clock outlives the world.
+  // Has one camera of each description, none of which is known by rows yet. The
+  // clock outlives the world.
+  World(const std::vector<CameraDescription>& cameras, const Clock& clock);
+
+  // `cameras` built-in cameras, whose rows have the ids that a database gives
+  // that holds nothing else.
   World(std::size_t cameras, const Clock& clock);
 
   // Locks the world and brings it to the present time.
   std::unique_lock<std::mutex> Enter();
 
-  std::size_t size() const { return cameras_.size(); }
+  const Clock& clock() const { return clock_; }
+  std::size_t size() const { return members_.size(); }
+  const std::vector<std::unique_ptr<Member>>& members() const { return members_; }
 
   // Camera 1 ... N by its number. Null when there is none.
   Camera* FindCamera(std::uint32_t number);
 
-  // A camera by the id of its device, or of its PTZ node. Both are its number
-  // until SetIds tells otherwise. Null when there is none.
+  // By the id of a row. Null when there is none.
+  Member* MemberOfDevice(std::uint32_t id);
+  Member* MemberOfPtz(std::uint32_t id);
+  Member* MemberOfMedia(std::uint32_t id);
   Camera* FindDevice(std::uint32_t id);
   Camera* FindPtz(std::uint32_t id);
 
-  // What a camera is called in commands.
-  void SetIds(std::size_t number, CameraIds ids) { ids_[number - 1] = ids; }
+  // By host or port, and by service address. Null when there is none.
+  Member* MemberAt(const std::string& address);
+  Member* MemberOfService(const std::string& service_uri);
 
-  // Whether all cameras have power.
+  // Adds a camera outside the fleet. Null when there are too many.
+  Member* Add(const CameraDescription& description);
+
+  // Makes a camera unknown; it goes when it is outside the fleet.
+  void Forget(Member* member);
+
+  // What a camera is called in commands.
+  void SetIds(std::size_t number, const CameraIds& ids) { members_[number - 1]->ids = ids; }
+
+  // Whether all known cameras have power.
   bool powered() const;
   void PowerOn();
   void PowerOff();
+
+  // How long motion goes on until it is stopped, and the focus is driven,
+  // without a call that names the camera; 0: for ever.
+  std::chrono::nanoseconds grace() const { return grace_; }
+  void set_grace(std::chrono::nanoseconds grace) { grace_ = grace; }
+
+  void SetFaults(std::vector<Fault> faults) { faults_ = std::move(faults); }
+  // The member may be null: a call about no camera.
+  const Fault* FindFault(FaultKind kind, const Member* member, std::string_view method) const;
+
+  // kUnknownId for null, kOffline, kNotLoggedIn; else kDone.
+  Status CheckThere(const Member* member, std::string_view method) const;
+  Status CheckUsable(const Member* member, std::string_view method) const;
+
+  bool searching() const { return searching_; }
+  void set_searching(bool searching) { searching_ = searching; }
+
+  NatTable& nat() { return nat_; }
 
   // kBadRequest for an empty or too long text, kBusy for a port that is there
   // already, kOutOfRange when no more fit.
@@ -69,13 +124,17 @@ class World {
   void set_reset_2p0(bool enabled) { reset_2p0_ = enabled; }
 
  private:
-  Camera* FindById(std::uint32_t CameraIds::*id, std::uint32_t value);
+  template <class Condition>
+  Member* FindIf(Condition condition);
 
   std::mutex mutex_;
   const Clock& clock_;
   std::chrono::nanoseconds present_;
-  std::vector<Camera> cameras_;
-  std::vector<CameraIds> ids_;  // of the cameras, in the same order
+  std::vector<std::unique_ptr<Member>> members_;
+  std::chrono::nanoseconds grace_{0};
+  std::vector<Fault> faults_;
+  bool searching_ = false;
+  NatTable nat_;
   std::vector<std::string> usb_tty_devices_;
   bool reset_2p0_ = false;
 };

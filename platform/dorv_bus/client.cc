@@ -135,10 +135,10 @@ int bus_client::Send(PendingCall* call, const char* service, const char* method,
   call->request_length = length;
   call->confirmed = !unconfirmed_.empty() || !Trusts(*call->service, call->method, length);
   *sequence = ++sequence_;
-  const auto identity = dorv::RequestIdentity::Make(caller_, *sequence, call->last_moment);
+  call->identity = dorv::RequestIdentity::Make(caller_, *sequence, call->last_moment).Encode();
   dorv::Properties properties;
   if (!properties.AddResponseTopic(dorv::Topic::Reply(connection_.client_id()).c_str()) ||
-      !properties.AddCorrelation(identity.Encode())) {
+      !properties.AddCorrelation(call->identity)) {
     return -ENOMEM;
   }
   const int result = connection_.Publish(&call->message_id, dorv::Topic::Call(service, method).c_str(), request,
@@ -209,8 +209,9 @@ void bus_client::Receive(const mosquitto_message& message, const mosquitto_prope
 
 void bus_client::ReceiveReply(const mosquitto_message& message, const mosquitto_property* properties) {
   const auto identity = dorv::ReadIdentity(properties);
-  const auto entry = identity && identity->caller == caller_ ? calls_.find(identity->sequence) : calls_.end();
-  if (entry == calls_.end()) {
+  const auto entry = identity ? calls_.find(identity->sequence) : calls_.end();
+  // The whole identity, not the number alone: another service could guess that.
+  if (entry == calls_.end() || identity->Encode() != entry->second->identity) {
     return;  // late, or not for us
   }
   PendingCall* call = entry->second;

@@ -12,6 +12,7 @@
 #include "connection.h"
 #include "dispatcher.h"
 #include "dorv_bus.h"
+#include "process.h"
 #include "request_identity.h"
 
 namespace dorv {
@@ -34,6 +35,7 @@ struct PendingCall {
 
   Waiter waiter;  // of an asynchronous call only the deadline is used
   TimePoint last_moment;
+  RequestIdentity::Bytes identity{};  // as it was sent; the reply brings it back
   int message_id = 0;
   ServiceWatch* service = nullptr;
   std::string_view method;  // the caller's, or own_method
@@ -63,6 +65,8 @@ struct bus_client final : dorv::Connection::Owner, std::enable_shared_from_this<
   // The application's own reference, taken back by bus_client_free.
   void Adopt() { self_ = shared_from_this(); }
   void Free();
+  // False in a child made by fork(), where nothing of it may be touched.
+  bool InItsProcess() const { return process_ == dorv::ProcessNumber(); }
 
   int Connect(const char* address);
   int Disconnect();
@@ -100,6 +104,7 @@ struct bus_client final : dorv::Connection::Owner, std::enable_shared_from_this<
   void Deliver(int identifier, std::string_view signal, const mosquitto_message& message);
   bool Subscribed(int identifier, bus_callback* callback);
 
+  const unsigned process_ = dorv::ProcessNumber();
   const std::uint64_t caller_;
   dorv::Connection connection_;
   dorv::Dispatcher dispatcher_;

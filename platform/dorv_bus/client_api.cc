@@ -1,7 +1,7 @@
 // The C functions of the client half: no exception leaves them, and the client
 // lives until the last of them has returned.
+#include <atomic>
 #include <cerrno>
-#include <mutex>
 #include <new>
 #include <system_error>
 
@@ -11,13 +11,15 @@
 
 namespace {
 
-std::mutex init_mutex;
-int init_count = 0;
+std::atomic<int> init_count{0};
 
 template <class Body>
 int Guarded(bus_client* client, Body body) {
   if (client == nullptr) {
     return -EINVAL;
+  }
+  if (!client->InItsProcess()) {
+    return -ENOTCONN;
   }
   try {
     return body(*client->shared_from_this());
@@ -31,7 +33,6 @@ int Guarded(bus_client* client, Body body) {
 }  // namespace
 
 int bus_init() {
-  const std::lock_guard<std::mutex> lock(init_mutex);
   const int result = dorv::AcquireLibrary();
   if (result == 0) {
     ++init_count;
@@ -40,9 +41,10 @@ int bus_init() {
 }
 
 void bus_cleanup() {
-  const std::lock_guard<std::mutex> lock(init_mutex);
-  if (init_count > 0) {
-    --init_count;
+  int count = init_count;
+  while (count > 0 && !init_count.compare_exchange_weak(count, count - 1)) {
+  }
+  if (count > 0) {
     dorv::ReleaseLibrary();
   }
 }
@@ -65,7 +67,7 @@ bus_client* bus_client_new(const char* name) {
 }
 
 void bus_client_free(bus_client* client) {
-  if (client != nullptr) {
+  if (client != nullptr && client->InItsProcess()) {
     const auto keep = client->shared_from_this();
     keep->Free();
   }

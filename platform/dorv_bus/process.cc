@@ -1,7 +1,9 @@
 #include "process.h"
 
 #include <mosquitto.h>
+#include <pthread.h>
 
+#include <atomic>
 #include <cerrno>
 #include <ctime>
 #include <mutex>
@@ -11,6 +13,19 @@ namespace {
 
 std::mutex library_mutex;
 int library_users = 0;
+std::atomic<unsigned> process_number{0};
+
+// Around a fork() nobody is in the middle of anything that library_mutex guards.
+void LockForFork() { library_mutex.lock(); }
+void UnlockInParent() { library_mutex.unlock(); }
+void UnlockInChild() {
+  ++process_number;
+  library_mutex.unlock();
+}
+
+void WatchForks() {
+  [[maybe_unused]] static const int result = pthread_atfork(LockForFork, UnlockInParent, UnlockInChild);
+}
 
 thread_local bool broken_pipe = false;
 thread_local bool quiet_thread = false;
@@ -24,7 +39,10 @@ sigset_t JustSigpipe() {
 
 }  // namespace
 
+unsigned ProcessNumber() { return process_number; }
+
 int AcquireLibrary() {
+  WatchForks();
   const std::lock_guard<std::mutex> lock(library_mutex);
   if (library_users == 0 && mosquitto_lib_init() != MOSQ_ERR_SUCCESS) {
     return -ENOMEM;

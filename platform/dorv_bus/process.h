@@ -16,6 +16,11 @@ namespace dorv {
 int AcquireLibrary();
 void ReleaseLibrary();
 
+// A number that is another one in a child made by fork(). What was made under
+// another number belongs to the parent: its threads are not here, its locks may
+// be held by threads that are not here, and its socket is still the parent's.
+unsigned ProcessNumber();
+
 // mosquitto_new without its side effect: it sets SIGPIPE to ignored for the
 // whole process, so what was there is put back.
 mosquitto* NewMosquitto(const char* client_id, void* user_data);

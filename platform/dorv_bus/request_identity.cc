@@ -99,14 +99,13 @@ bool RequestIdentity::Expired() const {
 }
 
 bool SeenRequests::Insert(const RequestIdentity& identity) {
-  if (latest_by_caller_.size() >= sweep_size_) {
-    ForgetExpired();
-  }
-  const auto [entry, is_new] = latest_by_caller_.try_emplace(identity.caller, identity);
-  RequestIdentity& latest = entry->second;
-  if (is_new) {
+  const auto known = by_caller_.find(identity.caller);
+  if (known == by_caller_.end()) {
+    MakeRoom();
+    by_caller_[identity.caller] = latest_.insert(latest_.end(), identity);
     return true;
   }
+  RequestIdentity& latest = *known->second;
   if (identity.sequence <= latest.sequence) {
     return false;
   }
@@ -115,14 +114,15 @@ bool SeenRequests::Insert(const RequestIdentity& identity) {
   latest.sequence = identity.sequence;
   latest.boot_deadline = std::max(latest.boot_deadline, identity.boot_deadline);
   latest.wall_deadline = std::max(latest.wall_deadline, identity.wall_deadline);
+  latest_.splice(latest_.end(), latest_, known->second);
   return true;
 }
 
-void SeenRequests::ForgetExpired() {
-  for (auto entry = latest_by_caller_.begin(); entry != latest_by_caller_.end();) {
-    entry = entry->second.Expired() ? latest_by_caller_.erase(entry) : std::next(entry);
+void SeenRequests::MakeRoom() {
+  while (!latest_.empty() && (latest_.size() >= kMostCallers || latest_.front().Expired())) {
+    by_caller_.erase(latest_.front().caller);
+    latest_.pop_front();
   }
-  sweep_size_ = std::max<std::size_t>(64, 2 * latest_by_caller_.size());
 }
 
 }  // namespace dorv

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <list>
 #include <optional>
 #include <unordered_map>
 
@@ -40,16 +41,25 @@ struct RequestIdentity {
 // Remembers which requests came, so that none is executed twice.
 class SeenRequests {
  public:
+  // So many callers are remembered, about 2 MiB. Whoever wants to push an honest
+  // one out must make up as many within its time-out, and read its requests to
+  // repeat one; and the honest ones are not locked out by those made up.
+  static constexpr std::size_t kMostCallers = 16384;
+
   // False for a request that came before. A caller's requests come in the
   // order of their sequence, so the highest number seen is all there is to
   // remember; it may be forgotten when the caller's last deadline has passed.
   bool Insert(const RequestIdentity& identity);
 
- private:
-  void ForgetExpired();
+  std::size_t size() const { return by_caller_.size(); }
 
-  std::unordered_map<std::uint64_t, RequestIdentity> latest_by_caller_;
-  std::size_t sweep_size_ = 64;
+ private:
+  using Latest = std::list<RequestIdentity>;
+
+  void MakeRoom();
+
+  Latest latest_;  // one a caller, who was heard of longest ago first
+  std::unordered_map<std::uint64_t, Latest::iterator> by_caller_;
 };
 
 }  // namespace dorv

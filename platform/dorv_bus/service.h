@@ -8,6 +8,7 @@
 
 #include "connection.h"
 #include "dorv_bus_service.h"
+#include "process.h"
 #include "request_identity.h"
 
 // A request between its arrival and its answer.
@@ -26,6 +27,8 @@ struct bus_service final : dorv::Connection::Owner, std::enable_shared_from_this
   ~bus_service() override;
 
   bool valid() const { return connection_.valid(); }
+  // False in a child made by fork(), where nothing of it may be touched.
+  bool InItsProcess() const { return process_ == dorv::ProcessNumber(); }
   // Connects and serves; keeps itself until Free.
   int Begin(const char* address);
   int Free();
@@ -50,6 +53,7 @@ struct bus_service final : dorv::Connection::Owner, std::enable_shared_from_this
   void Handle(Request request);
   void Announce();
 
+  const unsigned process_ = dorv::ProcessNumber();
   const std::string name_;
   const std::string instance_;  // tells this service's presence from another's
   const bus_method_handler handler_;

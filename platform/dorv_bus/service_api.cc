@@ -48,6 +48,9 @@ bool IsBytes(const void* data, int length) { return length >= 0 && (data != null
 
 int Finish(bus_request* request, const void* reply, int length, int error) {
   const std::unique_ptr<bus_request> owned(request);
+  if (!owned->service->InItsProcess()) {
+    return -ENOTCONN;
+  }
   return owned->service->Reply(*owned, reply, length, error);
 }
 
@@ -71,7 +74,7 @@ int bus_service_new(const char* name, const char* address, bus_method_handler ha
 }
 
 int bus_service_free(bus_service* service) {
-  if (service == nullptr) {
+  if (service == nullptr || !service->InItsProcess()) {
     return 0;
   }
   const auto keep = service->shared_from_this();
@@ -81,6 +84,9 @@ int bus_service_free(bus_service* service) {
 int bus_service_emit(bus_service* service, const char* signal, const void* payload, int length) {
   if (service == nullptr || !dorv::IsName(signal) || !IsBytes(payload, length)) {
     return -EINVAL;
+  }
+  if (!service->InItsProcess()) {
+    return -ENOTCONN;
   }
   return service->Emit(signal, payload, length);
 }

@@ -42,6 +42,26 @@ void ExpectFailure(const RunResult& result, int exit_code, const std::string& na
   EXPECT_THAT(result.errors, HasSubstr(message));
 }
 
+BusTest::BusTest() {
+  Write("vptz.conf", "");
+  // Its rows are written before it looks for the bus.
+  const RunResult result = vptz_test::Run({VPTZD, "--bus", "unix:/nowhere", "--database", database()});
+  if (result.exit_code != 3) throw std::runtime_error("no database: " + result.errors);
+}
+
+std::string BusTest::Write(const std::string& name, const std::string& text) const {
+  const std::string path = broker.folder() + "/" + name;
+  std::ofstream file(path);
+  file << text << std::flush;
+  if (!file) throw std::runtime_error("cannot write " + path);
+  return path;
+}
+
+void BusTest::Sql(const std::string& statements) const {
+  const RunResult result = vptz_test::Run({"sqlite3", database(), statements});
+  if (result.exit_code != 0) throw std::runtime_error(result.errors);
+}
+
 Words BusTest::OnBus(const Words& words) const {
   Words all = {"--bus", broker.address()};
   all.insert(all.end(), words.begin(), words.end());
@@ -61,8 +81,10 @@ Json BusTest::CtlJson(const std::string& line) {
   return Json::parse(result.output);
 }
 
-CliTest::CliTest() {
-  service.emplace(Words{VPTZD, "--bus", broker.address(), "--database", broker.folder() + "/vptz.db"});
+void CliTest::StartService(const Words& options) {
+  Words argv = {VPTZD, "--bus", broker.address(), "--database", database()};
+  argv.insert(argv.end(), options.begin(), options.end());
+  service.emplace(argv);
   const auto serves = [this] { return service->Output().find("serving") != std::string::npos; };
   if (!WaitUntil([&] { return serves() || !service->Running(); }) || !serves()) {
     throw std::runtime_error("the service does not run: " + service->Errors());
@@ -70,8 +92,15 @@ CliTest::CliTest() {
 }
 
 Json CliTest::AtRest() {
-  EXPECT_EQ(Ctl("position 1 --watch --until-still --interval 0.01").exit_code, 0);
-  return CtlJson("position 1");
+  EXPECT_EQ(Ctl("ptz watch 1 --until-still --interval 0.01").exit_code, 0);
+  return CtlJson("ptz position 1");
+}
+
+bool CliTest::ReachesSpeeds(const std::string& camera, double pan, double tilt, double zoom) {
+  return WaitUntil([&] {
+    const Json now = CtlJson("ptz position " + camera);
+    return now["pan"]["speed"] == pan && now["tilt"]["speed"] == tilt && now["zoom"]["speed"] == zoom;
+  });
 }
 
 }  // namespace vptz_test

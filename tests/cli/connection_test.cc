@@ -30,7 +30,7 @@ TEST_F(CliTest, StatusInJson) {
 }
 
 TEST_F(CliTest, TheAddressComesFromTheEnvironmentToo) {
-  EXPECT_EQ(RunTool({"status"}, {"DORV_BUS_ADDRESS=" + broker.address()}).exit_code, 0);
+  EXPECT_EQ(RunTool({"status"}, {environment()[0], "DORV_BUS_ADDRESS=" + broker.address()}).exit_code, 0);
 }
 
 TEST_F(CliTest, TheOptionWinsOverTheEnvironment) {
@@ -54,12 +54,12 @@ TEST_F(BusTest, AKilledBrokerIsNoConnection) {
 
 TEST(NoBrokerTest, TheAddressOfTheEnvironmentIsNamed) {
   const TempDir folder;
-  const RunResult result = RunTool({"stop", "1"}, {"DORV_BUS_ADDRESS=unix:" + folder.path() + "/none"});
+  const RunResult result = RunTool({"power", "on"}, {"DORV_BUS_ADDRESS=unix:" + folder.path() + "/none"});
   EXPECT_EQ(result.exit_code, 3);
   EXPECT_EQ(result.output, "");
   EXPECT_THAT(
       result.errors,
-      HasSubstr("vptzctl: stop: ptz 1: cannot connect to the message bus at unix:" + folder.path() + "/none"));
+      HasSubstr("vptzctl: power on: cannot connect to the message bus at unix:" + folder.path() + "/none"));
 }
 
 TEST(NoBrokerTest, AnAddressThatCannotBeReadIsNoConnection) {

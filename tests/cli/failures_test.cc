@@ -83,10 +83,10 @@ INSTANTIATE_TEST_SUITE_P(Failures, TransportFailureTest, testing::ValuesIn(kErro
 
 TEST_P(TransportFailureTest, HasItsExitCodeAndName) {
   const FakeService service(broker.address(), FailingWith(GetParam().error));
-  const RunResult result = Ctl("--json home 1");
+  const RunResult result = Ctl("--json ptz home 1");
   ExpectFailure(result, GetParam().exit_code, GetParam().name);
   EXPECT_EQ(Json::parse(result.output)["status"], GetParam().error);
-  EXPECT_EQ(Json::parse(result.output)["ptz"], 1);
+  EXPECT_EQ(Json::parse(result.output)["camera"], 1);
 }
 
 TEST_F(CliTest, AStoppedServiceIsATimeOut) {
@@ -103,7 +103,7 @@ TEST_F(BusTest, AReplyThatIsTooLongIsAnotherFailure) {
     const std::string reply(600, '\0');
     bus_request_reply(request, reply.data(), static_cast<int>(reply.size()));
   });
-  ExpectFailure(Ctl("--json position 1"), 6, "EMSGSIZE");
+  ExpectFailure(Ctl("--json ptz position 1"), 6, "EMSGSIZE");
 }
 
 TEST_F(BusTest, ABrokerKilledInTheMiddleOfACallIsAnotherFailure) {
@@ -115,7 +115,7 @@ TEST_F(BusTest, ABrokerKilledInTheMiddleOfACallIsAnotherFailure) {
       kept = request;
       sem_post(&received);
     });
-    Process tool(ToolOnBus("--json --timeout 60 power on"));
+    Process tool(ToolOnBus("--json --timeout 60 power on"), environment());
     while (sem_wait(&received) != 0) {
     }
     broker.Kill();
@@ -127,7 +127,7 @@ TEST_F(BusTest, ABrokerKilledInTheMiddleOfACallIsAnotherFailure) {
 }
 
 TEST_F(BusTest, StatusesWithoutANameAreRefusals) {
-  for (const int status : {7, -1010, INT_MAX, INT_MIN}) {
+  for (const int status : {7, -1100, INT_MAX, INT_MIN}) {
     const FakeService service(broker.address(), AnsweringStatus(status));
     const RunResult result = Ctl("--json power on");
     ExpectFailure(result, 1, "refused");
@@ -143,8 +143,8 @@ TEST_F(BusTest, APowerStatusWithoutANameIsAnAnswer) {
 
 TEST_F(CliTest, OutputThatCannotBeWrittenIsAFailure) {
   std::string command;
-  for (const std::string& word : ToolOnBus("position 1")) command += word + " ";
-  const RunResult result = vptz_test::Run({"bash", "-c", command + ">/dev/full"});
+  for (const std::string& word : ToolOnBus("ptz position 1")) command += word + " ";
+  const RunResult result = vptz_test::Run({"bash", "-c", command + ">/dev/full"}, environment());
   EXPECT_EQ(result.exit_code, 6);
   EXPECT_THAT(result.errors, HasSubstr("vptzctl: cannot write to standard output\n"));
 }

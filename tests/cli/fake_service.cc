@@ -15,6 +15,10 @@ FakeService::FakeService(const std::string& address, Handler handler) : handler_
 
 FakeService::~FakeService() { bus_service_free(service_); }
 
+void FakeService::Emit(const std::string& signal, const std::string& payload) {
+  bus_service_emit(service_, signal.c_str(), payload.data(), static_cast<int>(payload.size()));
+}
+
 FakeService::Handler Answering(const tutorial::VptzResponse& response) {
   return [bytes = response.SerializeAsString()](bus_request* request) {
     bus_request_reply(request, bytes.data(), static_cast<int>(bytes.size()));

@@ -21,6 +21,8 @@ class FakeService {
   FakeService(const FakeService&) = delete;
   FakeService& operator=(const FakeService&) = delete;
 
+  void Emit(const std::string& signal, const std::string& payload = "");
+
  private:
   Handler handler_;
   bus_service* service_ = nullptr;

@@ -1,5 +1,5 @@
 // How results look, whatever they hold.
-#include "output.h"
+#include "people.h"
 
 #include "cli_test.h"
 
@@ -37,32 +37,49 @@ TEST_F(CliTest, ArgumentsCannotControlTheTerminal) {
 
 TEST(HostileArgumentsTest, AMistakeCannotControlTheTerminal) {
   EXPECT_THAT(RunTool({"\x1b[2J"}).errors, Not(HasSubstr("\x1b")));
-  EXPECT_THAT(RunTool({"stop", "1", "--\x1b[2J"}).errors, Not(HasSubstr("\x1b")));
+  EXPECT_THAT(RunTool({"ptz", "stop", "1", "--\x1b[2J"}).errors, Not(HasSubstr("\x1b")));
 }
 
 TEST_F(CliTest, JsonEscapesWhateverAnArgumentHolds) {
   for (const std::string token : {"\"},{\"", "\\", "line\nbreak", "\x1b[31m", "Süd", "%s%n", "{}", "[a,b]"}) {
-    const RunResult result = Ctl(Words{"--json", "position", "1", "--token", token});
+    const RunResult result = Ctl(Words{"--json", "preset", "remove", "1", token});
     ExpectFailure(result, 1, "unknown_id");
     EXPECT_EQ(Json::parse(result.output)["token"], token);
   }
 }
 
 TEST_F(CliTest, BytesThatAreNoTextAreReplacedInJson) {
-  const RunResult result = Ctl(Words{"--json", "position", "1", "--token", "\xff\xfe"});
+  const RunResult result = Ctl(Words{"--json", "preset", "remove", "1", "\xff\xfe"});
   ExpectFailure(result, 1, "unknown_id");
   EXPECT_EQ(Json::parse(result.output)["token"], "\xef\xbf\xbd\xef\xbf\xbd");
 }
 
 TEST_F(CliTest, AVeryLongArgumentGetsAnOrdinaryAnswer) {
   const std::string token(100000, 'x');
-  const RunResult result = Ctl(Words{"--json", "position", "1", "--token", token});
+  const RunResult result = Ctl(Words{"--json", "preset", "remove", "1", token});
   ExpectFailure(result, 1, "unknown_id");
   EXPECT_EQ(Json::parse(result.output)["token"], token);
 }
 
+// What a command writes to a terminal of its own.
+std::string OnTerminal(const Words& tool, const Words& environment) {
+  std::string command;
+  for (const std::string& word : tool) command += word + " ";
+  return vptz_test::Run({VPTZ_SCRIPT, "--quiet", "--return", "--command", command, "/dev/null"}, environment)
+      .output;
+}
+
+TEST_F(CliTest, ColoursAreForTerminalsWhoseUserWantsThem) {
+  const Words tool = ToolOnBus("device list");
+  const std::string folder = environment()[0];
+  EXPECT_THAT(OnTerminal(tool, {folder, "TERM=xterm", "NO_COLOR="}), HasSubstr("\x1b[1m"));
+  EXPECT_THAT(OnTerminal(tool, {folder, "TERM=xterm", "NO_COLOR=1"}), Not(HasSubstr("\x1b")));
+  EXPECT_THAT(OnTerminal(tool, {folder, "TERM=dumb", "NO_COLOR="}), Not(HasSubstr("\x1b")));
+  EXPECT_THAT(Ctl("device list").output, Not(HasSubstr("\x1b")));
+}
+
 TEST_F(CliTest, GlobalOptionsMayStandAnywhere) {
-  EXPECT_EQ(Ctl("position --json 1 --timeout 5").exit_code, 0);
+  EXPECT_EQ(Ctl("ptz position --json 1 --timeout 5").exit_code, 0);
   EXPECT_EQ(Ctl("--json --timeout 0 power status").exit_code, 0);
   EXPECT_EQ(Ctl("power --timeout 5 status --json").exit_code, 0);
 }

@@ -19,9 +19,9 @@ TEST_F(CliTest, PowerStatusIsAnAnswerWhateverItIs) {
 
 TEST_F(CliTest, PoweringOffIsFeltByTheCamera) {
   EXPECT_EQ(CtlJson("power off"), Json({{"command", "power off"}, {"status", 0}}));
-  ExpectFailure(Ctl("move to 1 --pan 3 --json"), 1, "powered_off");
+  ExpectFailure(Ctl("ptz move 1 --pan 3 --json"), 1, "powered_off");
   EXPECT_EQ(CtlJson("power on"), Json({{"command", "power on"}, {"status", 0}}));
-  CtlJson("move to 1 --pan 3");
+  CtlJson("ptz move 1 --pan 3");
 }
 
 TEST_F(CliTest, ASerialPortIsAddedOnceAndRemovedOnce) {

@@ -39,6 +39,8 @@ class WatchTest : public CliTest {
     return {VPTZ_SCRIPT, "--quiet", "--return", "--command", command, "/dev/null"};
   }
 
+  Words Terminal(const std::string& kind) const { return {environment()[0], "TERM=" + kind, "NO_COLOR=1"}; }
+
   static bool WaitForLines(const Process& process, std::size_t count) {
     return WaitUntil([&] { return Lines(process.Output()).size() >= count; });
   }
@@ -46,7 +48,7 @@ class WatchTest : public CliTest {
 
 TEST_F(WatchTest, EndsOnInterruptWithCodeZero) {
   for (const int signal : {SIGINT, SIGTERM}) {
-    Process watch(ToolOnBus("position 1 --watch --interval 0.01"));
+    Process watch(ToolOnBus("ptz watch 1 --interval 0.01"), environment());
     ASSERT_TRUE(WaitForLines(watch, 3));
     watch.Signal(signal);
     EXPECT_EQ(watch.Wait(), 0);
@@ -55,15 +57,15 @@ TEST_F(WatchTest, EndsOnInterruptWithCodeZero) {
 }
 
 TEST_F(WatchTest, ALongIntervalDoesNotDelayTheEnd) {
-  Process watch(ToolOnBus("position 1 --watch --interval 3600"));
+  Process watch(ToolOnBus("ptz watch 1 --interval 3600"), environment());
   ASSERT_TRUE(WaitForLines(watch, 1));
   watch.Signal(SIGINT);
   EXPECT_EQ(watch.Wait(), 0);
 }
 
 TEST_F(WatchTest, PrintsOneLineForEachReading) {
-  CtlJson("move at 1 --pan 1");
-  Process watch(ToolOnBus("position 1 --watch --interval 0.01"));
+  CtlJson("ptz drive 1 --pan 1");
+  Process watch(ToolOnBus("ptz watch 1 --interval 0.01"), environment());
   ASSERT_TRUE(WaitForLines(watch, 2));
   watch.Signal(SIGINT);
   watch.Wait();
@@ -74,7 +76,7 @@ TEST_F(WatchTest, PrintsOneLineForEachReading) {
 }
 
 TEST_F(WatchTest, PrintsOneJsonObjectALine) {
-  Process watch(ToolOnBus("position 1 --watch --interval 0.01 --json"));
+  Process watch(ToolOnBus("ptz watch 1 --interval 0.01 --json"), environment());
   ASSERT_TRUE(WaitForLines(watch, 3));
   watch.Signal(SIGINT);
   EXPECT_EQ(watch.Wait(), 0);
@@ -88,8 +90,8 @@ TEST_F(WatchTest, PrintsOneJsonObjectALine) {
 }
 
 TEST_F(WatchTest, UntilStillEndsWhenTheMotionHasEnded) {
-  CtlJson("move to 1 --pan 10 --pan-speed 50");
-  const RunResult result = Ctl("position 1 --watch --until-still --interval 0.01 --json");
+  CtlJson("ptz move 1 --pan 10 --pan-speed 50");
+  const RunResult result = Ctl("ptz watch 1 --until-still --interval 0.01 --json");
   EXPECT_EQ(result.exit_code, 0);
   const std::vector<std::string> lines = Lines(result.output);
   ASSERT_GT(lines.size(), 1u);
@@ -97,7 +99,7 @@ TEST_F(WatchTest, UntilStillEndsWhenTheMotionHasEnded) {
   EXPECT_EQ(Json::parse(lines.back())["pan"]["speed"], 0.0);
   EXPECT_EQ(std::count_if(lines.begin(), lines.end(),
                           [](const std::string& line) { return Json::parse(line)["pan"]["speed"] == 0.0; }),
-            1);
+            2);
 }
 
 TEST_F(BusTest, UntilStillComparesPositionsWhereSpeedsAreUnknown) {
@@ -111,7 +113,7 @@ TEST_F(BusTest, UntilStillComparesPositionsWhereSpeedsAreUnknown) {
     }
     vptz_test::Answering(response)(request);
   });
-  const RunResult result = Ctl("position 1 --watch --until-still --interval 0.01 --json");
+  const RunResult result = Ctl("ptz watch 1 --until-still --interval 0.01 --json");
   EXPECT_EQ(result.exit_code, 0);
   const std::vector<std::string> lines = Lines(result.output);
   ASSERT_GE(lines.size(), 2u);
@@ -121,17 +123,17 @@ TEST_F(BusTest, UntilStillComparesPositionsWhereSpeedsAreUnknown) {
 }
 
 TEST_F(WatchTest, RedrawsOnATerminal) {
-  Process terminal(InTerminal("position 1 --watch --interval 0.01"), {"TERM=xterm"});
+  Process terminal(InTerminal("ptz watch 1 --interval 0.01"), Terminal("xterm"));
   ASSERT_TRUE(WaitUntil([&] { return terminal.Output().find("\x1b[7A") != std::string::npos; }))
       << terminal.Output();
   terminal.Write("\x03");
   EXPECT_EQ(terminal.Wait(), 0);
-  EXPECT_THAT(terminal.Output(), HasSubstr("position range"));
+  EXPECT_THAT(terminal.Output(), HasSubstr("track mode"));
   EXPECT_EQ(terminal.Output().back(), '\n') << "the shell's prompt would stand behind the table";
 }
 
 TEST_F(WatchTest, ATerminalThatCannotRedrawGetsLines) {
-  Process terminal(InTerminal("position 1 --watch --interval 0.01"), {"TERM=dumb"});
+  Process terminal(InTerminal("ptz watch 1 --interval 0.01"), Terminal("dumb"));
   ASSERT_TRUE(WaitForLines(terminal, 3));
   terminal.Write("\x03");
   EXPECT_EQ(terminal.Wait(), 0);
@@ -139,17 +141,17 @@ TEST_F(WatchTest, ATerminalThatCannotRedrawGetsLines) {
 }
 
 TEST_F(WatchTest, EndsWithTheFailureWhenTheServiceGoes) {
-  Process watch(ToolOnBus("position 1 --watch --interval 0.01"));
+  Process watch(ToolOnBus("ptz watch 1 --interval 0.01"), environment());
   ASSERT_TRUE(WaitForLines(watch, 2));
   service->Signal(SIGTERM);
   EXPECT_EQ(service->Wait(), 0);
   // It meets the service before it goes, while it goes, or gone.
   EXPECT_THAT(watch.Wait(), testing::AnyOf(5, 6));
-  EXPECT_THAT(watch.Errors(), HasSubstr("vptzctl: position: device 1, token ptz0: "));
+  EXPECT_THAT(watch.Errors(), HasSubstr("vptzctl: ptz watch: camera 1: "));
 }
 
 TEST_F(WatchTest, AnInterruptInTheMiddleOfACallEndsItQuietly) {
-  Process watch(ToolOnBus("--timeout 1 position 1 --watch --interval 0.01"));
+  Process watch(ToolOnBus("--timeout 1 ptz watch 1 --interval 0.01"), environment());
   ASSERT_TRUE(WaitForLines(watch, 2));
   service->Signal(SIGSTOP);
   // Lines end once the call hangs; whether it does by then decides nothing here.
@@ -160,7 +162,7 @@ TEST_F(WatchTest, AnInterruptInTheMiddleOfACallEndsItQuietly) {
 
 TEST_F(WatchTest, ASecondInterruptDoesNotWaitForTheCall) {
   service->Signal(SIGSTOP);
-  Process watch(ToolOnBus("--timeout 3600 position 1 --watch"));
+  Process watch(ToolOnBus("--timeout 3600 ptz watch 1"), environment());
   const auto interrupted = [&watch] {
     watch.Signal(SIGINT);
     return !watch.Running();
@@ -171,10 +173,11 @@ TEST_F(WatchTest, ASecondInterruptDoesNotWaitForTheCall) {
 }
 
 TEST_F(WatchTest, AReaderThatLeavesEndsIt) {
-  const Words tool = ToolOnBus("position 1 --watch --interval 0.01");
+  const Words tool = ToolOnBus("ptz watch 1 --interval 0.01");
   std::string command;
   for (const std::string& word : tool) command += word + " ";
-  const RunResult result = vptz_test::Run({"bash", "-c", command + "| head -n 2; exit ${PIPESTATUS[0]}"});
+  const RunResult result =
+      vptz_test::Run({"bash", "-c", command + "| head -n 2; exit ${PIPESTATUS[0]}"}, environment());
   EXPECT_EQ(result.exit_code, 128 + SIGPIPE);
   EXPECT_EQ(Lines(result.output).size(), 2u);
 }

@@ -39,6 +39,12 @@ TEST_F(IntegrationMotion, ContinuousMoveGoesOnUntilItIsStopped) {
   EXPECT_EQ(client->ContinuousPanMove(1, -20), 0);
   EXPECT_TRUE(WaitUntil([&] { return Pan(*client, 1) < -2; }));
   EXPECT_EQ(client->PanTiltStop(1), 0);
+  // It slows down first.
+  VptzPtzData profile;
+  EXPECT_TRUE(WaitUntil([&] {
+    EXPECT_EQ(client->QueryPtzProfiles(1, "ptz0", &profile), 0);
+    return profile.pan.speed.value == 0;
+  }));
   const double stopped = Pan(*client, 1);
   EXPECT_LT(stopped, -2);
   // Another camera's clock tells that time has passed.

@@ -90,6 +90,11 @@ RawMessage RawMqtt::WaitFor(const std::string& text, std::size_t count) {
   return found;
 }
 
+std::vector<RawMessage> RawMqtt::All() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return messages_;
+}
+
 void RawMqtt::Clear() {
   const std::lock_guard<std::mutex> lock(mutex_);
   messages_.clear();

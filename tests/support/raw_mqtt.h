@@ -32,6 +32,8 @@ class RawMqtt {
   // The count-th message since the last Clear whose topic contains the text;
   // throws when it does not come.
   RawMessage WaitFor(const std::string& text, std::size_t count = 1);
+  // Those since the last Clear.
+  std::vector<RawMessage> All();
   void Clear();
 
   // Sends a message; returns when the broker has confirmed it.

@@ -10,7 +10,7 @@
 
 #include <vptz/vptz_data.h>
 
-#include "output.h"
+#include "people.h"
 
 namespace vptzctl {
 namespace {
@@ -112,6 +112,12 @@ Argument Argument::Placeholder(std::string text) const {
   return argument;
 }
 
+Argument Argument::Optional() const {
+  Argument argument = *this;
+  argument.optional = true;
+  return argument;
+}
+
 Argument Argument::Unreported() const {
   Argument argument = *this;
   argument.reported = false;
@@ -149,18 +155,31 @@ Argument Integer(std::string name, Range range, std::string help) {
   return argument;
 }
 
-Argument Id(std::string name, std::string help) {
-  return Integer(std::move(name), {1, kLargestInteger}, std::move(help));
-}
-
 Argument Text(std::string name, std::string placeholder, std::string help) {
   return Make(std::move(name), Kind::kText, std::move(placeholder), "", std::move(help));
+}
+
+Argument Texts(std::string name, std::string placeholder, std::string help) {
+  return Make(std::move(name), Kind::kTexts, std::move(placeholder), "", std::move(help))
+      .Else(std::vector<std::string>());
+}
+
+Argument File(std::string name, std::string placeholder, std::string help) {
+  return Make(std::move(name), Kind::kFile, std::move(placeholder), "", std::move(help));
 }
 
 Argument Choice(std::string name, std::vector<std::string> choices, std::string help) {
   Argument argument = Make(std::move(name), Kind::kChoice, Joined(choices, "|"), "", std::move(help));
   argument.choices = std::move(choices);
   return argument;
+}
+
+Argument Camera() { return Text(kCamera, "", "the camera's id, or its name when only one has it"); }
+
+Argument Profile(const std::string& what) {
+  Argument argument =
+      Integer(kProfile, {1, kLargestInteger}, "which " + what + " of the camera, counted from 1");
+  return argument.Placeholder("N").Else(std::uint32_t{1});
 }
 
 std::string Joined(const std::vector<std::string>& texts, const std::string& separator) {
@@ -174,8 +193,11 @@ std::string HelpWithRules(const Argument& argument) {
   const bool numeric = argument.kind == Kind::kNumber || argument.kind == Kind::kInteger;
   const std::string limits = numeric ? Limits(argument) : "";
   if (!limits.empty()) help += "; " + limits;
+  if (argument.kind == Kind::kTexts) help += "; may be given again and again";
   if (const auto* number = std::get_if<double>(&argument.fallback))
     help += "; default " + FormatNumber(*number);
+  if (const auto* number = std::get_if<std::uint32_t>(&argument.fallback))
+    help += "; default " + std::to_string(*number);
   if (const auto* text = std::get_if<std::string>(&argument.fallback)) help += "; default " + *text;
   if (!argument.needs.empty()) help += "; only with " + argument.needs;
   if (!argument.excludes.empty()) help += "; not with " + Joined(argument.excludes, ", ");
@@ -201,6 +223,8 @@ Value ReadValue(const Argument& argument, const std::string& text) {
     case Kind::kFlag:
       return true;
     case Kind::kText:
+    case Kind::kFile:
+    case Kind::kTexts:
       break;
   }
   return ReadText(text);

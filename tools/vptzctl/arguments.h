@@ -12,10 +12,12 @@ namespace vptzctl {
 
 constexpr double kLargestInteger = std::numeric_limits<std::uint32_t>::max();
 
-enum class Kind { kFlag, kNumber, kInteger, kText, kChoice };
+// kFile is a text that completion treats as a path; kTexts may be given again
+// and again.
+enum class Kind { kFlag, kNumber, kInteger, kText, kChoice, kFile, kTexts };
 
 // One argument of a verb: an option when its name begins with "--", else it is
-// told by its place, and then it must be given.
+// told by its place, and then it must be given unless it is optional.
 struct Argument {
   std::string name;
   Kind kind = Kind::kText;
@@ -28,6 +30,7 @@ struct Argument {
   Value fallback;                     // the value when it is not given
   std::string needs;                  // option that must be given with it
   std::vector<std::string> excludes;  // options that must not be given with it
+  bool optional = false;              // of an argument told by its place
   bool reported = true;               // whether results repeat it
 
   bool IsOption() const { return name.rfind("--", 0) == 0; }
@@ -36,6 +39,7 @@ struct Argument {
   Argument Excludes(std::vector<std::string> others) const;
   Argument Else(Value value) const;
   Argument Placeholder(std::string text) const;
+  Argument Optional() const;
   Argument Unreported() const;
 };
 
@@ -46,12 +50,19 @@ Argument NumberAtLeast(std::string name, std::string placeholder, std::string un
 Argument NumberWithin(std::string name, std::string placeholder, std::string unit, Range range,
                       std::string help);
 Argument Integer(std::string name, Range range, std::string help);
-Argument Id(std::string name, std::string help);
 Argument Text(std::string name, std::string placeholder, std::string help);
+Argument Texts(std::string name, std::string placeholder, std::string help);
+Argument File(std::string name, std::string placeholder, std::string help);
 Argument Choice(std::string name, std::vector<std::string> choices, std::string help);
 
 // The texts with a separator between them.
 std::string Joined(const std::vector<std::string>& texts, const std::string& separator);
+
+// Arguments that many verbs share: the camera, and which of its profiles.
+constexpr char kCamera[] = "CAMERA";
+constexpr char kProfile[] = "--profile";
+Argument Camera();
+Argument Profile(const std::string& what);
 
 // The help text with limits, default and companions behind it.
 std::string HelpWithRules(const Argument& argument);

@@ -7,7 +7,9 @@ namespace {
 
 std::vector<Command> AllSubjects() {
   std::vector<Command> all;
-  for (const auto& subject : {ConnectionCommands, MotionCommands, ProfileCommands, PowerCommands}) {
+  for (const auto& subject : {ConnectionCommands, SignalCommands, RegistryCommands, DiscoveryCommands,
+                              MaintenanceCommands, MotionCommands, ProfileCommands, PresetCommands,
+                              ImagingCommands, FocusCommands, NatCommands, PowerCommands, DatabaseCommands}) {
     std::vector<Command> rows = subject();
     all.insert(all.end(), std::make_move_iterator(rows.begin()), std::make_move_iterator(rows.end()));
   }
@@ -23,9 +25,16 @@ const std::vector<Command>& Commands() {
 
 const std::vector<Group>& Groups() {
   static const std::vector<Group> groups = {
-      {"move", "Move to a position, or at a velocity"},
+      {"device", "Cameras: list, add, remove, log in"},
+      {"ptz", "Pan, tilt and zoom"},
+      {"preset", "Stored positions"},
+      {"image", "Image settings"},
+      {"focus", "Focus"},
+      {"nat", "Addresses as they are reachable from outside"},
       {"serial", "USB-serial ports and the service's device configuration"},
       {"power", "Power of the controlled devices"},
+      {"profile", "What PTZ and media profiles can do"},
+      {"db", "Database files"},
   };
   return groups;
 }

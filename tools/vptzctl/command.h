@@ -12,16 +12,24 @@ namespace vptzctl {
 
 class Session;
 
+// What a verb works with. A verb with a camera needs the database as well.
+enum class Needs {
+  kBus,
+  kDatabase,  // the library's own
+  kNothing,   // a file that it opens itself
+};
+
 struct Command {
-  std::string group;                      // "move" of "move to"; empty when the verb stands alone
-  std::string verb;                       // "to"
+  std::string group;                      // "ptz" of "ptz move"; empty when the verb stands alone
+  std::string verb;                       // "move"
   std::string help;                       // what it does, in one sentence
-  std::vector<std::string> operations;    // the operations of VptzClient behind it
+  std::vector<std::string> operations;    // the library's operations behind it
   std::vector<Argument> arguments;        // in the order of help and results
   std::vector<std::string> needs_one_of;  // options of which at least one is given
   ExitCode (*run)(Session&);
+  Needs needs = Needs::kBus;
 
-  // "move to"
+  // "ptz move"
   std::string Name() const { return group.empty() ? verb : group + " " + verb; }
 };
 
@@ -36,9 +44,18 @@ const std::vector<Group>& Groups();
 
 // The rows of each subject, each in a source of its own.
 std::vector<Command> ConnectionCommands();
+std::vector<Command> DiscoveryCommands();
+std::vector<Command> SignalCommands();
+std::vector<Command> RegistryCommands();
+std::vector<Command> MaintenanceCommands();
 std::vector<Command> MotionCommands();
-std::vector<Command> ProfileCommands();
+std::vector<Command> PresetCommands();
+std::vector<Command> ImagingCommands();
+std::vector<Command> FocusCommands();
+std::vector<Command> NatCommands();
 std::vector<Command> PowerCommands();
+std::vector<Command> ProfileCommands();
+std::vector<Command> DatabaseCommands();
 
 }  // namespace vptzctl
 

@@ -19,6 +19,7 @@ constexpr ExitCodeMeaning kExitCodes[] = {
     {ExitCode::kTimeout, "no answer within the time-out"},
     {ExitCode::kNoService, "the service is not running; nothing was done"},
     {ExitCode::kOther, "anything else, such as a connection lost while waiting"},
+    {ExitCode::kDatabase, "the database lacks what was named, or cannot be used; nothing was sent"},
 };
 
 // No errno value is beyond this.
@@ -34,14 +35,18 @@ const std::vector<KnownStatus>& KnownStatuses() {
   static const std::vector<KnownStatus> table = {
       {-1001, "unknown_method", "it does not know the method", ExitCode::kRefused},
       {-1002, "bad_request", "it cannot use the request", ExitCode::kRefused},
-      {-1003, "not_implemented", "it does not implement this yet", ExitCode::kRefused},
-      {-1004, "unknown_id", "it knows no such camera, device, profile or port", ExitCode::kRefused},
+      {-1004, "unknown_id", "it knows no such camera, profile, preset, protocol or port", ExitCode::kRefused},
       {-1005, "unsupported_axis", "the camera lacks this axis", ExitCode::kRefused},
       {-1006, "out_of_range", "a value is out of range", ExitCode::kRefused},
-      {-1007, "not_logged_in", "it is not logged in to the device", ExitCode::kRefused},
+      {-1007, "not_logged_in", "the camera wants a login first, or another one", ExitCode::kRefused},
       {-1008, "busy", "taken or under way already", ExitCode::kRefused},
       {-1009, "powered_off", "the camera has no power", ExitCode::kRefused},
-      {-1, "not_connected", "not connected to the bus", ExitCode::kNoConnection},
+      {-1010, "offline", "the camera does not answer", ExitCode::kRefused},
+      {-1011, "not_stored", "its database does not take it", ExitCode::kRefused},
+      {-1012, "not_removable", "the camera may not be removed", ExitCode::kRefused},
+      {-1, "not_sent",
+       "the library has sent nothing: the database lacks what the command needs, or a text is too long",
+       ExitCode::kDatabase},
       {-EACCES, "EACCES", "the bus does not allow it; nothing was executed", ExitCode::kNoConnection},
       {-ENOTCONN, "ENOTCONN", "no connection to the bus; nothing was sent", ExitCode::kNoConnection},
       {-ETIMEDOUT, "ETIMEDOUT", "no answer within the time-out", ExitCode::kTimeout},

@@ -2,7 +2,9 @@
 #ifndef VPTZCTL_FAILURES_H
 #define VPTZCTL_FAILURES_H
 
+#include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vptzctl {
@@ -15,6 +17,7 @@ enum class ExitCode {
   kTimeout = 4,
   kNoService = 5,
   kOther = 6,
+  kDatabase = 7,
 };
 
 // A result that has a name of its own.
@@ -33,6 +36,17 @@ struct Failure {
   std::string name;     // for programs: "out_of_range"
   std::string message;  // for people
   ExitCode exit_code;
+};
+
+// Ends a verb before anything is sent. Thrown by what verbs share, so that they
+// need not pass it on.
+class CommandError : public std::runtime_error {
+ public:
+  explicit CommandError(Failure failure) : std::runtime_error(failure.message), failure_(std::move(failure)) {}
+  const Failure& failure() const { return failure_; }
+
+ private:
+  Failure failure_;
 };
 
 // Explains a result other than 0. Whatever is no errno value is the service's.

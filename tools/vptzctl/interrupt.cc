@@ -31,14 +31,16 @@ void Catch(int number) {
   sigaction(number, &action, nullptr);
 }
 
-bool ReadableWithin(std::chrono::duration<double> time) {
-  pollfd wanted = {arrived, POLLIN, 0};
+// Whether a signal arrived. The wait also ends when `other` is readable; poll
+// ignores a negative descriptor.
+bool ArrivedWithin(std::chrono::duration<double> time, int other) {
+  pollfd wanted[] = {{arrived, POLLIN, 0}, {other, POLLIN, 0}};
   const auto until = std::chrono::steady_clock::now() + time;
   while (true) {
     const auto left = until - std::chrono::steady_clock::now();
     const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(left).count();
-    const int ready = poll(&wanted, 1, milliseconds > 0 ? static_cast<int>(milliseconds) : 0);
-    if (ready >= 0 || errno != EINTR) return ready > 0;
+    const int ready = poll(wanted, 2, milliseconds > 0 ? static_cast<int>(milliseconds) : 0);
+    if (ready >= 0 || errno != EINTR) return ready > 0 && wanted[0].revents != 0;
   }
 }
 
@@ -51,8 +53,10 @@ Interrupt::Interrupt() {
   Catch(SIGTERM);
 }
 
-bool Interrupt::Arrived() const { return ReadableWithin(std::chrono::duration<double>(0)); }
+bool Interrupt::Arrived() const { return ArrivedWithin(std::chrono::duration<double>(0), -1); }
 
-bool Interrupt::WaitFor(std::chrono::duration<double> time) const { return ReadableWithin(time); }
+bool Interrupt::WaitFor(std::chrono::duration<double> time, int other) const {
+  return ArrivedWithin(time, other);
+}
 
 }  // namespace vptzctl

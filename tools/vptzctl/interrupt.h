@@ -14,8 +14,9 @@ class Interrupt {
 
   bool Arrived() const;
 
-  // Waits, and tells whether one arrived meanwhile.
-  bool WaitFor(std::chrono::duration<double> time) const;
+  // Waits, and tells whether one arrived meanwhile. Waits no longer when the
+  // other descriptor, if there is one, becomes readable.
+  bool WaitFor(std::chrono::duration<double> time, int other = -1) const;
 };
 
 }  // namespace vptzctl

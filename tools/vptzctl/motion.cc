@@ -1,5 +1,6 @@
 #include "command.h"
 #include "session.h"
+#include "speeds.h"
 
 namespace vptzctl {
 namespace {
@@ -14,136 +15,146 @@ unsigned AxesGiven(const Session& session) {
          (session.Given("--zoom") ? kZoom : 0);
 }
 
-ExitCode MoveTo(Session& session) {
-  VptzClient& client = session.client;
-  const auto ptz = session.Integer("PTZ");
+ExitCode Move(Session& session) {
+  CVptzDevice& camera = session.camera();
+  const unsigned int node = session.PtzIndex();
   const double pan = session.Number("--pan"), pan_speed = session.Number("--pan-speed");
   const double tilt = session.Number("--tilt"), tilt_speed = session.Number("--tilt-speed");
   const double zoom = session.Number("--zoom"), zoom_speed = session.Number("--zoom-speed");
   const int timeout = session.timeout;
   switch (AxesGiven(session)) {
     case kPan:
-      return session.Finish(client.AbsolutePanMove(ptz, pan, pan_speed, timeout));
+      return session.Finish(camera.AbsolutePanMove(pan, pan_speed, node, timeout));
     case kTilt:
-      return session.Finish(client.AbsoluteTiltMove(ptz, tilt, tilt_speed, timeout));
+      return session.Finish(camera.AbsoluteTiltMove(tilt, tilt_speed, node, timeout));
     case kPan | kTilt:
-      return session.Finish(client.AbsolutePanTiltMove(ptz, pan, tilt, pan_speed, tilt_speed, timeout));
+      return session.Finish(camera.AbsolutePanTiltMove(pan, tilt, pan_speed, tilt_speed, node, timeout));
     case kZoom:
-      return session.Finish(client.AbsoluteZoomMove(ptz, zoom, zoom_speed, timeout));
+      return session.Finish(camera.AbsoluteZoomMove(zoom, zoom_speed, node, timeout));
     default:
       return session.Finish(
-          client.AbsoluteMove(ptz, pan, tilt, zoom, pan_speed, tilt_speed, zoom_speed, timeout));
+          camera.AbsoluteMove(pan, tilt, zoom, pan_speed, tilt_speed, zoom_speed, node, timeout));
   }
 }
 
-ExitCode MoveAt(Session& session) {
-  VptzClient& client = session.client;
-  const auto ptz = session.Integer("PTZ");
+ExitCode Drive(Session& session) {
+  CVptzDevice& camera = session.camera();
+  const unsigned int node = session.PtzIndex();
   const double pan = session.Number("--pan");
   const double tilt = session.Number("--tilt");
   const double zoom = session.Number("--zoom");
   const int timeout = session.timeout;
   switch (AxesGiven(session)) {
     case kPan:
-      return session.Finish(client.ContinuousPanMove(ptz, pan, timeout));
+      return session.Finish(camera.ContinuousPanMove(pan, node, timeout));
     case kTilt:
-      return session.Finish(client.ContinuousTiltMove(ptz, tilt, timeout));
+      return session.Finish(camera.ContinuousTiltMove(tilt, node, timeout));
     case kPan | kTilt:
-      return session.Finish(client.ContinuousPanTiltMove(ptz, pan, tilt, timeout));
+      return session.Finish(camera.ContinuousPanTiltMove(pan, tilt, node, timeout));
     case kZoom:
-      return session.Finish(client.ContinuousZoomMove(ptz, zoom, timeout));
+      return session.Finish(camera.ContinuousZoomMove(zoom, node, timeout));
     default:
-      return session.Finish(client.ContinuousMove(ptz, pan, tilt, zoom, timeout));
+      return session.Finish(camera.ContinuousMove(pan, tilt, zoom, node, timeout));
   }
 }
 
 ExitCode Stop(Session& session) {
-  VptzClient& client = session.client;
-  const auto ptz = session.Integer("PTZ");
+  CVptzDevice& camera = session.camera();
+  const unsigned int node = session.PtzIndex();
   bool pan = session.Flag("--pan"), tilt = session.Flag("--tilt"), zoom = session.Flag("--zoom");
   if (!pan && !tilt && !zoom) pan = tilt = zoom = true;
   session.result.SetArgument("pan", pan);
   session.result.SetArgument("tilt", tilt);
   session.result.SetArgument("zoom", zoom);
-  if (pan && tilt && !zoom) return session.Finish(client.PanTiltStop(ptz, session.timeout));
-  if (!pan && !tilt && zoom) return session.Finish(client.ZoomStop(ptz, session.timeout));
-  return session.Finish(client.PtzStop(ptz, pan, tilt, zoom, session.timeout));
+  if (pan && tilt && !zoom) return session.Finish(camera.PanTiltStop(node, session.timeout));
+  if (!pan && !tilt && zoom) return session.Finish(camera.ZoomStop(node, session.timeout));
+  return session.Finish(camera.PtzStop(node, pan, tilt, zoom, session.timeout));
 }
 
 ExitCode Home(Session& session) {
-  const auto ptz = session.Integer("PTZ");
-  if (session.Flag("--set")) return session.Finish(session.client.SetHome(ptz, session.timeout));
-  return session.Finish(session.client.GotoHome(ptz, session.Number("--pan-speed"),
-                                                session.Number("--tilt-speed"), session.Number("--zoom-speed"),
-                                                session.timeout));
+  CVptzDevice& camera = session.camera();
+  const unsigned int node = session.PtzIndex();
+  if (session.Flag("--set")) return session.Finish(camera.SetHome(node, session.timeout));
+  return session.Finish(camera.GotoHome(session.Number("--pan-speed"), session.Number("--tilt-speed"),
+                                        session.Number("--zoom-speed"), node, session.timeout));
 }
 
+// The camera's own operation of that name reads all its profiles as well.
 ExitCode Track(Session& session) {
   return session.Finish(
-      session.client.SetTrackMode(session.Integer("PTZ"), session.Integer("MODE"), session.timeout));
+      session.client().SetTrackMode(session.Ptz().id, session.Integer("MODE"), session.timeout));
 }
 
-Argument Ptz() { return Id("PTZ", "row id of the PTZ node"); }
+ExitCode Refresh(Session& session) { return session.Finish(session.camera().UpdatePtzStatus(session.timeout)); }
 
-Argument Speed(const std::string& name, const std::string& placeholder, const std::string& unit,
-               const std::string& unit_in_words) {
-  return NumberAtLeast(name, placeholder, unit, 0,
-                       "speed in " + unit_in_words + " per second; without it the top speed");
+Argument Node() { return Profile("PTZ profile"); }
+
+Command MoveRow() {
+  return {"ptz",
+          "move",
+          "Moves to a position and stops there. Axes without a position are left alone.",
+          {"AbsoluteMove", "AbsolutePanMove", "AbsoluteTiltMove", "AbsolutePanTiltMove", "AbsoluteZoomMove"},
+          {Camera(), Number("--pan", "DEG", "deg", "position in degrees, positive to the right"),
+           Number("--tilt", "DEG", "deg", "position in degrees, positive upwards"),
+           Number("--zoom", "X", "x", "magnification factor"), PanSpeed().Needs("--pan"),
+           TiltSpeed().Needs("--tilt"), ZoomSpeed().Needs("--zoom"), Node()},
+          {"--pan", "--tilt", "--zoom"},
+          Move};
 }
 
-Argument PanSpeed() { return Speed("--pan-speed", "DEG/S", "deg/s", "degrees"); }
-Argument TiltSpeed() { return Speed("--tilt-speed", "DEG/S", "deg/s", "degrees"); }
-Argument ZoomSpeed() { return Speed("--zoom-speed", "X/S", "x/s", "magnification"); }
+Command DriveRow() {
+  return {"ptz",
+          "drive",
+          "Moves until stopped, or to a limit. Axes without a velocity are left alone.",
+          {"ContinuousMove", "ContinuousPanMove", "ContinuousTiltMove", "ContinuousPanTiltMove",
+           "ContinuousZoomMove"},
+          {Camera(), Number("--pan", "DEG/S", "deg/s", "velocity in degrees per second, positive to the right"),
+           Number("--tilt", "DEG/S", "deg/s", "velocity in degrees per second, positive upwards"),
+           Number("--zoom", "X/S", "x/s", "velocity in magnification per second, positive zooms in"), Node()},
+          {"--pan", "--tilt", "--zoom"},
+          Drive};
+}
+
+Command HomeRow() {
+  const Argument set = Flag("--set", "store the present position as home")
+                           .Excludes({"--pan-speed", "--tilt-speed", "--zoom-speed"});
+  return {"ptz",
+          "home",
+          "Moves to the home position, or stores the present position as home.",
+          {"GotoHome", "SetHome"},
+          {Camera(), set, PanSpeed(), TiltSpeed(), ZoomSpeed(), Node()},
+          {},
+          Home};
+}
 
 }  // namespace
 
 std::vector<Command> MotionCommands() {
-  const std::vector<std::string> axes = {"--pan", "--tilt", "--zoom"};
   return {
-      {"move",
-       "to",
-       "Moves to a position and stops there. Axes without a position are left alone.",
-       {"AbsoluteMove", "AbsolutePanMove", "AbsoluteTiltMove", "AbsolutePanTiltMove", "AbsoluteZoomMove"},
-       {Ptz(), Number("--pan", "DEG", "deg", "position in degrees, positive to the right"),
-        Number("--tilt", "DEG", "deg", "position in degrees, positive upwards"),
-        Number("--zoom", "X", "x", "magnification factor"), PanSpeed().Needs("--pan"),
-        TiltSpeed().Needs("--tilt"), ZoomSpeed().Needs("--zoom")},
-       axes,
-       MoveTo},
-      {"move",
-       "at",
-       "Moves until stopped, or to a limit. Axes without a velocity are left alone.",
-       {"ContinuousMove", "ContinuousPanMove", "ContinuousTiltMove", "ContinuousPanTiltMove",
-        "ContinuousZoomMove"},
-       {Ptz(), Number("--pan", "DEG/S", "deg/s", "velocity in degrees per second, positive to the right"),
-        Number("--tilt", "DEG/S", "deg/s", "velocity in degrees per second, positive upwards"),
-        Number("--zoom", "X/S", "x/s", "velocity in magnification per second, positive zooms in")},
-       axes,
-       MoveAt},
-      {"",
+      MoveRow(),
+      DriveRow(),
+      {"ptz",
        "stop",
        "Stops axes, whatever moves them: all of them, or those that are named.",
        {"PtzStop", "PanTiltStop", "ZoomStop"},
-       {Ptz(), Flag("--pan", "stop pan"), Flag("--tilt", "stop tilt"), Flag("--zoom", "stop zoom")},
+       {Camera(), Flag("--pan", "stop pan"), Flag("--tilt", "stop tilt"), Flag("--zoom", "stop zoom"), Node()},
        {},
        Stop},
-      {"",
-       "home",
-       "Moves to the home position, or stores the present position as home.",
-       {"GotoHome", "SetHome"},
-       {Ptz(),
-        Flag("--set", "store the present position as home")
-            .Excludes({"--pan-speed", "--tilt-speed", "--zoom-speed"}),
-        PanSpeed(), TiltSpeed(), ZoomSpeed()},
-       {},
-       Home},
-      {"",
+      HomeRow(),
+      {"ptz",
        "track",
        "Sets the tracking mode.",
        {"SetTrackMode"},
-       {Ptz(), Integer("MODE", {0, kLargestInteger}, "tracking mode, a number of the service's")},
+       {Camera(), Integer("MODE", {0, kLargestInteger}, "tracking mode, a number of the service's"), Node()},
        {},
        Track},
+      {"ptz",
+       "refresh",
+       "Has the service read from the camera where its PTZ profiles stand, into the database.",
+       {"UpdatePtzStatus"},
+       {Camera()},
+       {},
+       Refresh},
   };
 }
 

@@ -1,38 +1,15 @@
 // Prints results. A result is described once; how it looks for people and for
-// programs is decided here and nowhere else.
+// programs is decided here and in people.h, and nowhere else.
 #ifndef VPTZCTL_OUTPUT_H
 #define VPTZCTL_OUTPUT_H
 
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "failures.h"
-#include "value.h"
+#include "result.h"
 
 namespace vptzctl {
-
-struct Field {
-  std::string name;  // key in JSON; people see blanks for its '_'
-  Value value;
-  std::string unit;
-  bool steady = true;  // false: may change from reading to reading
-};
-
-struct Row {
-  std::string name;
-  std::vector<Field> fields;  // every row of a table has the same ones
-};
-
-struct Result {
-  std::string command;           // empty when the command line is wrong
-  std::vector<Field> arguments;  // what was asked
-  std::vector<Field> answers;    // what was learnt
-  std::vector<Row> table;        // what was learnt of several things of one kind
-
-  // Gives an argument another value than the command line.
-  void SetArgument(const std::string& name, const Value& value);
-};
 
 class Output {
  public:
@@ -43,6 +20,12 @@ class Output {
 
   // Prints one reading of many: redraws it on a terminal, else adds a line.
   void Update(const Result& result, int status);
+
+  // Prints one of several things as they come, each on a line of its own.
+  void Event(const Result& result);
+
+  // Tells on a terminal what goes on, on a line that the next print replaces.
+  void Progress(const std::string& text);
 
   // Ends what Update printed, so that the shell's prompt gets a line of its own
   // behind the terminal's echo of Ctrl-C.
@@ -61,14 +44,9 @@ class Output {
  private:
   bool json_;
   bool complete_ = true;
+  bool progress_shown_ = false;
   int lines_to_redraw_ = 0;
 };
-
-// As short as possible without loss that matters to a camera: "30", "-12.5".
-std::string FormatNumber(double number);
-
-// Without control characters, which could play tricks on a terminal.
-std::string Printable(const std::string& text);
 
 }  // namespace vptzctl
 

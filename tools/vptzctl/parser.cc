@@ -7,28 +7,32 @@
 #include <CLI/CLI.hpp>
 
 #include "command.h"
+#include "usage.h"
 
 namespace vptzctl {
 namespace {
 
 constexpr char kDescription[] = "Drives pan-tilt-zoom cameras through the service \"vptz\".";
 
-// "move to PTZ [--pan DEG] ..."
-std::string Usage(const Command& command) {
-  std::string usage = command.Name();
-  for (const Argument& argument : command.arguments) {
-    const std::string value = argument.placeholder.empty() ? "" : " " + argument.placeholder;
-    usage += argument.IsOption() ? " [" + argument.name + value + "]" : " " + argument.name;
-  }
-  return usage;
+void AddToList(const Command& command, std::string* text) {
+  *text += "  " + Usage(command) + "\n      " + command.help + "\n";
 }
 
-// Of one group, or of all.
-std::string ListCommands(const std::string& group = "") {
+std::string ListGroup(const std::string& group) {
   std::string text = "Commands:\n";
   for (const Command& command : Commands()) {
-    if (group.empty() || command.group == group) {
-      text += "  " + Usage(command) + "\n      " + command.help + "\n";
+    if (command.group == group) AddToList(command, &text);
+  }
+  return text;
+}
+
+// Group by group, whatever sources the commands are in.
+std::string ListCommands() {
+  std::string text = ListGroup("");
+  for (const Group& group : Groups()) {
+    text += "\n" + group.help + ":\n";
+    for (const Command& command : Commands()) {
+      if (command.group == group.name) AddToList(command, &text);
     }
   }
   return text;
@@ -44,7 +48,7 @@ std::string Overview() {
 }
 
 std::string Operations(const Command& command) {
-  return "Uses of VptzClient: " + Joined(command.operations, ", ") +
+  return "Uses of the library: " + Joined(command.operations, ", ") +
          "\nOptions of every command, exit codes: vptzctl --help";
 }
 
@@ -53,13 +57,16 @@ std::string Operations(const Command& command) {
 CLI::callback_t Into(Values* values, const Argument& argument) {
   return [values, &argument](const CLI::results_t& texts) {
     try {
-      (*values)[argument.name] = ReadValue(argument, texts.front());
+      const Value first = ReadValue(argument, texts.front());
+      (*values)[argument.name] = argument.kind == Kind::kTexts ? Value(texts) : first;
     } catch (const std::invalid_argument& error) {
       throw CLI::ValidationError(argument.name + " \"" + texts.front() + "\" " + error.what());
     }
     return true;
   };
 }
+
+bool MustBeGiven(const Argument& argument) { return !argument.IsOption() && !argument.optional; }
 
 // A blank keeps the parsing library from describing the value in its own words.
 std::string ValueText(const Argument& argument) {
@@ -75,7 +82,8 @@ void AddOption(CLI::App* app, const Argument& argument, Values* values) {
     return;
   }
   CLI::Option* option = app->add_option(argument.name, Into(values, argument), help);
-  option->type_name(argument.placeholder)->option_text(ValueText(argument))->required(!argument.IsOption());
+  option->type_name(argument.placeholder)->option_text(ValueText(argument))->required(MustBeGiven(argument));
+  if (argument.kind == Kind::kTexts) option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
 void Relate(CLI::App* app, const Argument& argument) {
@@ -99,20 +107,7 @@ void AddGroup(CLI::App* parent, const Group& group) {
   app->fallthrough();
   app->group("");
   app->require_subcommand(1);
-  app->footer(ListCommands(group.name));
-}
-
-const std::vector<Argument>& GlobalArguments() {
-  static const std::vector<Argument> arguments = {
-      Text("--bus", "ADDRESS",
-           "where the message bus is: mqtt://host[:port] or unix:/path; without it $DORV_BUS_ADDRESS, else "
-           "unix:/run/dorv/bus.sock"),
-      Integer("--timeout", {0, std::numeric_limits<int>::max()},
-              "seconds that a command may take; 0 is the configured time-out")
-          .Placeholder("SECONDS"),
-      Flag("--json", "print one JSON object a line"),
-  };
-  return arguments;
+  app->footer(ListGroup(group.name));
 }
 
 void Build(CLI::App* app, Invocation* invocation, Values* globals) {

@@ -1,38 +1,47 @@
 #include "command.h"
+#include "serial_line.h"
 #include "session.h"
 
 namespace vptzctl {
 namespace {
 
 ExitCode SerialAdd(Session& session) {
-  return session.Finish(session.client.AddUSBttyDevice(session.Text("TTY"), session.timeout));
+  return session.Finish(session.client().AddUSBttyDevice(session.Text("TTY"), session.timeout));
 }
 
 ExitCode SerialRemove(Session& session) {
-  return session.Finish(session.client.RemoveUSBttyDevice(session.Text("TTY"), session.timeout));
+  return session.Finish(session.client().RemoveUSBttyDevice(session.Text("TTY"), session.timeout));
 }
 
 ExitCode SerialFlush(Session& session) {
-  return session.Finish(session.client.FlushUSBttydevices(session.timeout));
+  return session.Finish(session.client().FlushUSBttydevices(session.timeout));
 }
 
 ExitCode SerialConfig(Session& session) {
-  return session.Finish(session.client.ConfigDevices(session.timeout));
+  return session.Finish(session.client().ConfigDevices(session.timeout));
 }
 
 ExitCode SerialReset2P0(Session& session) {
-  return session.Finish(session.Text("STATE") == "on" ? session.client.EnableReset2P0(session.timeout)
-                                                      : session.client.DisableReset2P0(session.timeout));
+  return session.Finish(session.Text("STATE") == "on" ? session.client().EnableReset2P0(session.timeout)
+                                                      : session.client().DisableReset2P0(session.timeout));
 }
 
-ExitCode PowerOn(Session& session) { return session.Finish(session.client.PowerOnDevices(session.timeout)); }
+ExitCode SerialLine(Session& session) {
+  return session.Finish(session.client().UpdateAllRS232Devices(
+      session.Text("PORT"), session.Signed("--baud-rate"), session.Signed("--unit"), session.Signed("--flags"),
+      session.timeout));
+}
 
-ExitCode PowerOff(Session& session) { return session.Finish(session.client.PowerOffDevices(session.timeout)); }
+ExitCode PowerOn(Session& session) { return session.Finish(session.client().PowerOnDevices(session.timeout)); }
+
+ExitCode PowerOff(Session& session) {
+  return session.Finish(session.client().PowerOffDevices(session.timeout));
+}
 
 // What positive results other than the reference service's mean is the
 // service's own; the status tells them.
 ExitCode PowerStatus(Session& session) {
-  const int status = session.client.GetDevicesPowerStatus(session.timeout);
+  const int status = session.client().GetDevicesPowerStatus(session.timeout);
   Value power;
   if (status == 0) power = std::string("off");
   if (status == 1) power = std::string("on");
@@ -42,10 +51,24 @@ ExitCode PowerStatus(Session& session) {
 
 Argument Tty() { return Text("TTY", "", "device path of the port, such as /dev/ttyUSB0"); }
 
+Command LineRow() {
+  return {"serial",
+          "line",
+          "Sets the line of all serial (RS-232) cameras.",
+          {"UpdateAllRS232Devices"},
+          {Text("PORT", "", "name of the port, such as ttyS0"), BaudRate(), Unit(),
+           Integer("--flags", {0, kLargestSigned}, "line settings, a number of the service's")
+               .Placeholder("N")
+               .Else(std::uint32_t{0})},
+          {},
+          SerialLine};
+}
+
 }  // namespace
 
 std::vector<Command> PowerCommands() {
   return {
+      LineRow(),
       {"serial", "add", "Adds a USB-serial port.", {"AddUSBttyDevice"}, {Tty()}, {}, SerialAdd},
       {"serial", "remove", "Removes a USB-serial port.", {"RemoveUSBttyDevice"}, {Tty()}, {}, SerialRemove},
       {"serial", "flush", "Forgets all USB-serial ports.", {"FlushUSBttydevices"}, {}, {}, SerialFlush},

@@ -1,6 +1,8 @@
 #include <chrono>
+#include <optional>
 
 #include "command.h"
+#include "describe.h"
 #include "interrupt.h"
 #include "session.h"
 
@@ -9,32 +11,39 @@ namespace {
 
 using SteadyTime = std::chrono::steady_clock::time_point;
 
-Value From(const VptzValue& value) { return value.valid ? Value(value.value) : Value(); }
-
-Value From(const VptzRange& range) { return range.valid ? Value(Range{range.min, range.max}) : Value(); }
-
-Row AxisRow(const std::string& name, const VptzAxisData& axis, const std::string& unit) {
+Row PositionRow(const std::string& name, const VptzAxisData& axis, const std::string& unit) {
   return {name,
-          {{"position", From(axis.position), unit, false},
-           {"speed", From(axis.speed), unit + "/s", false},
+          {{"position", From(axis.position), unit, false}, {"speed", From(axis.speed), unit + "/s", false}}};
+}
+
+Row AbilityRow(const std::string& name, const VptzAxisData& axis, const std::string& unit) {
+  return {name,
+          {{"moves_to", axis.have_absolute_move, ""},
+           {"drives", axis.have_continues_move, ""},
+           {"moves_by", axis.have_relative_move, ""},
            {"position_range", From(axis.position_range), unit},
-           {"speed_range", From(axis.speed_range), unit + "/s"}}};
+           {"speed_range", From(axis.speed_range), unit + "/s"},
+           {"spare_range", From(axis.spare_range), ""}}};
+}
+
+int ReadPtz(Session& session, VptzPtzData* profile) {
+  return session.client().QueryPtzProfiles(session.camera().id, session.Ptz().node, profile, session.timeout);
 }
 
 int ReadPosition(Session& session, VptzPtzData* profile) {
-  const int status = session.client.QueryPtzProfiles(session.Integer("DEVICE"), session.Text("--token"),
-                                                     profile, session.timeout);
+  const int status = ReadPtz(session, profile);
   session.result.answers = {{"track_mode", static_cast<std::uint32_t>(profile->track_mode), ""}};
-  session.result.table = {AxisRow("pan", profile->pan, "deg"), AxisRow("tilt", profile->tilt, "deg"),
-                          AxisRow("zoom", profile->zoom, "x")};
+  session.result.table = {PositionRow("pan", profile->pan, "deg"), PositionRow("tilt", profile->tilt, "deg"),
+                          PositionRow("zoom", profile->zoom, "x")};
   return status;
 }
 
-// Where the speed is not known, an axis is still when it has not moved since
-// the last reading.
+// Still is what has no speed, as far as that is known, and has not moved since
+// the last reading. An axis of which nothing is known does not count.
 bool IsStill(const VptzAxisData& before, const VptzAxisData& now) {
-  if (now.speed.valid) return now.speed.value == 0;
-  return before.position.valid && now.position.valid && before.position.value == now.position.value;
+  if (now.speed.valid && now.speed.value != 0) return false;
+  if (!now.position.valid) return true;
+  return before.position.valid && before.position.value == now.position.value;
 }
 
 bool IsStill(const VptzPtzData& before, const VptzPtzData& now) {
@@ -50,7 +59,7 @@ ExitCode Watch(Session& session) {
   const std::chrono::duration<double> interval(session.Number("--interval"));
   const Interrupt interrupt;
   const SteadyTime begin = std::chrono::steady_clock::now();
-  VptzPtzData before;
+  std::optional<VptzPtzData> before;
   while (true) {
     VptzPtzData now;
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
@@ -60,65 +69,94 @@ ExitCode Watch(Session& session) {
     session.result.answers.push_back({"elapsed", RoundedToThousandths(elapsed.count()), "s", false});
     session.output.Update(session.result, status);
     if (!session.output.Complete()) return ExitCode::kOther;
-    if (session.Flag("--until-still") && IsStill(before, now)) return ExitCode::kDone;
+    if (session.Flag("--until-still") && before && IsStill(*before, now)) return ExitCode::kDone;
     if (interrupt.WaitFor(interval)) return Interrupted(session);
     before = now;
   }
 }
 
 ExitCode Position(Session& session) {
-  if (session.Flag("--watch")) return Watch(session);
   VptzPtzData profile;
   return session.Finish(ReadPosition(session, &profile));
 }
 
-ExitCode Media(Session& session) {
-  VptzMediaData media;
-  const int status = session.client.QueryMediaProfiles(session.Integer("DEVICE"), session.Text("--token"),
-                                                       &media, session.timeout);
+// Ranges as they are now; what else the profile can do comes from the database.
+ExitCode PtzProfile(Session& session) {
+  VptzPtzData& profile = session.Ptz();
+  const int status = ReadPtz(session, &profile);
   session.result.answers = {
+      {"id", profile.id, ""},
+      {"token", profile.node, ""},
+      {"enabled", profile.is_enable, ""},
+      {"track_mode", static_cast<std::uint32_t>(profile.track_mode), ""},
+      {"presets", static_cast<std::uint32_t>(profile.presets.size()), ""},
+  };
+  session.result.table = {AbilityRow("pan", profile.pan, "deg"), AbilityRow("tilt", profile.tilt, "deg"),
+                          AbilityRow("zoom", profile.zoom, "x")};
+  return session.Finish(status);
+}
+
+ExitCode MediaProfile(Session& session) {
+  VptzMediaData& media = session.Media();
+  const int status =
+      session.client().QueryMediaProfiles(session.camera().id, media.node, &media, session.timeout);
+  session.result.answers = {
+      {"id", media.id, ""},
+      {"token", media.node, ""},
+      {"enabled", media.is_enable, ""},
+      {"url", Known(media.url), ""},
       {"width", From(media.width), "px"},
       {"height", From(media.height), "px"},
       {"frame_rate", From(media.frame_rate), "frames/s"},
+      {"frame_rate_range", From(media.frame_rate_range), "frames/s"},
       {"bit_rate", From(media.bit_rate), "kbit/s"},
-      {"brightness", From(media.brightness), ""},
-      {"contrast", From(media.contrast), ""},
-      {"sharpness", From(media.sharpness), ""},
-      {"auto_focus", From(media.auto_focus), ""},
-      {"backlight_mode", From(media.backlight_mode), ""},
+      {"bit_rate_range", From(media.bit_rate_range), "kbit/s"},
   };
   return session.Finish(status);
 }
 
-Argument Device() { return Id("DEVICE", "row id of the device"); }
+Argument Node() { return Profile("PTZ profile"); }
 
-Argument Token(const std::string& fallback) {
-  return Text("--token", "TOKEN", "the profile's token at the device").Else(fallback);
+Command WatchRow() {
+  return {"ptz",
+          "watch",
+          "Shows again and again where the axes are, until Ctrl-C.",
+          {"QueryPtzProfiles"},
+          {Camera(), Node(),
+           NumberWithin("--interval", "S", "s", {0.01, 3600}, "seconds between two readings")
+               .Else(0.5)
+               .Unreported(),
+           Flag("--until-still", "end when no axis moves any more").Unreported()},
+          {},
+          Watch};
 }
 
 }  // namespace
 
 std::vector<Command> ProfileCommands() {
   return {
-      {"",
+      {"ptz",
        "position",
-       "Shows where the axes are, how fast they move, and their ranges.",
+       "Shows where the axes are and how fast they move.",
        {"QueryPtzProfiles"},
-       {Device(), Token("ptz0"), Flag("--watch", "read again and again, until Ctrl-C").Unreported(),
-        NumberWithin("--interval", "S", "s", {0.01, 3600}, "seconds between two readings")
-            .Else(0.5)
-            .Needs("--watch")
-            .Unreported(),
-        Flag("--until-still", "end when no axis moves any more").Needs("--watch").Unreported()},
+       {Camera(), Node()},
        {},
        Position},
-      {"",
-       "media",
-       "Shows the video and image values of a media profile.",
-       {"QueryMediaProfiles"},
-       {Device(), Token("main")},
+      WatchRow(),
+      {"profile",
+       "ptz",
+       "Shows what a PTZ profile can do.",
+       {"QueryPtzProfiles"},
+       {Camera(), Node()},
        {},
-       Media},
+       PtzProfile},
+      {"profile",
+       "media",
+       "Shows the video of a media profile.",
+       {"QueryMediaProfiles"},
+       {Camera(), Profile("media profile")},
+       {},
+       MediaProfile},
   };
 }
 

@@ -1,11 +1,9 @@
 #include "run.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <cstdio>
 #include <exception>
 #include <string>
-
-#include <vptz/vptz_client.h>
 
 #include "command.h"
 #include "output.h"
@@ -15,28 +13,18 @@
 namespace vptzctl {
 namespace {
 
-// The bus library's rule for a client that names no address.
-std::string DefaultAddress() {
-  const char* address = std::getenv("DORV_BUS_ADDRESS");
-  return address && *address ? address : "unix:/run/dorv/bus.sock";
-}
-
-ExitCode FailToConnect(const Invocation& invocation, Output* output) {
-  const std::string address = invocation.bus.empty() ? DefaultAddress() : invocation.bus;
-  const Failure failure = {"not_connected",
-                           "cannot connect to the message bus at " + address + "; nothing was sent",
-                           ExitCode::kNoConnection};
-  output->Fail(Describe(*invocation.command, invocation.values), failure, std::nullopt);
-  return failure.exit_code;
-}
-
 ExitCode RunCommand(const Invocation& invocation, Output* output) {
-  VptzClient client;
-  if (client.Connect("vptzctl", invocation.bus.empty() ? nullptr : invocation.bus.c_str()) != 0) {
-    return FailToConnect(invocation, output);
+  Session session(invocation, *output);
+  try {
+    session.Begin();
+    return invocation.command->run(session);
+  } catch (const CommandError& error) {
+    session.result.answers.clear();
+    session.result.table.clear();
+    session.result.lists.clear();
+    output->Fail(session.result, error.failure(), std::nullopt);
+    return error.failure().exit_code;
   }
-  Session session(client, *invocation.command, invocation.values, invocation.timeout, *output);
-  return invocation.command->run(session);
 }
 
 ExitCode FailWithUsage(const UsageError& error, bool json) {

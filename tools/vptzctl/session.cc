@@ -1,36 +1,116 @@
 #include "session.h"
 
-#include <cerrno>
+#include <cstdlib>
 
+#include "camera.h"
 #include "command.h"
+#include "parser.h"
 
 namespace vptzctl {
+namespace {
 
-Session::Session(VptzClient& vptz_client, const Command& command, const Values& values, int timeout_seconds,
-                 Output& destination)
-    : client(vptz_client),
-      timeout(timeout_seconds),
+Result Describe(const Command& command, const Values& values) {
+  Result result;
+  result.command = command.Name();
+  for (const Argument& argument : command.arguments) {
+    if (argument.reported) {
+      const Value& value = values.at(argument.name);
+      result.arguments.push_back({FieldName(argument), value, argument.unit, true, value == argument.fallback});
+    }
+  }
+  return result;
+}
+
+// The bus library's rule for a client that names no address.
+std::string DefaultAddress() {
+  const char* address = std::getenv("DORV_BUS_ADDRESS");
+  return address && *address ? address : "unix:/run/dorv/bus.sock";
+}
+
+template <class Profile>
+Profile& ProfileAt(std::vector<Profile>& profiles, std::uint32_t number, const std::string& kind) {
+  if (number <= profiles.size()) return profiles[number - 1];
+  throw CommandError(
+      {"unknown_profile",
+       "the number of " + kind + " profiles of this camera is " + std::to_string(profiles.size()),
+       ExitCode::kDatabase});
+}
+
+}  // namespace
+
+Session::Session(const Invocation& invocation, Output& destination)
+    : timeout(invocation.timeout),
       output(destination),
-      result(Describe(command, values)),
-      values_(values) {}
+      result(Describe(*invocation.command, invocation.values)),
+      invocation_(invocation),
+      values_(invocation.values) {}
+
+void Session::Begin() {
+  const Needs needs = invocation_.command->needs;
+  if (needs == Needs::kNothing) return;
+  OpenLibrary();
+  if (needs == Needs::kDatabase) RequireDatabase();
+  if (values_.count(kCamera) > 0) FindTheCamera();
+  if (needs == Needs::kBus) Connect();
+}
+
+void Session::FindTheCamera() {
+  camera_ = FindCamera(*client_, Text(kCamera));
+  result.SetArgument("camera", camera_->id);
+}
+
+void Session::Connect() {
+  const std::string& bus = invocation_.bus;
+  if (client_->Connect("vptzctl", bus.empty() ? nullptr : bus.c_str()) == 0) return;
+  throw CommandError(
+      {"not_connected",
+       "cannot connect to the message bus at " + (bus.empty() ? DefaultAddress() : bus) + "; nothing was sent",
+       ExitCode::kNoConnection});
+}
 
 double Session::Number(const std::string& name) const {
-  const double* number = std::get_if<double>(&values_.at(name));
+  const double* number = std::get_if<double>(&At(name));
   return number ? *number : kVptzNotCommanded;
 }
 
-ExitCode Session::Finish(int status) {
-  if (status != 0) {
-    return Fail(status);
-  }
-  output.Show(result, status);
-  return ExitCode::kDone;
+std::string Session::Text(const std::string& name) const {
+  const std::string* text = std::get_if<std::string>(&At(name));
+  return text ? *text : "";
 }
 
+std::vector<std::string> Session::Texts(const std::string& name) const {
+  const auto* texts = std::get_if<std::vector<std::string>>(&At(name));
+  return texts ? *texts : std::vector<std::string>();
+}
+
+VptzPtzData& Session::Ptz() { return ProfileAt(camera_->ptz_list, Integer(kProfile), "PTZ"); }
+
+VptzMediaData& Session::Media() { return ProfileAt(camera_->media_list, Integer(kProfile), "media"); }
+
+unsigned int Session::PtzIndex() {
+  Ptz();
+  return Integer(kProfile);
+}
+
+unsigned int Session::MediaIndex() {
+  Media();
+  return Integer(kProfile);
+}
+
+void Session::ReloadCamera() {
+  CVptzDevice fresh;
+  fresh.id = camera_->id;
+  fresh.LoadDeviceInfo();
+  fresh.LoadPtzInfo();
+  fresh.LoadMediaInfo();
+  fresh.SetVptzClient(&*client_);
+  camera_ = fresh;
+}
+
+ExitCode Session::Finish(int status) { return status == 0 ? Answer(status) : Fail(status); }
+
 ExitCode Session::Answer(int status) {
-  if (status < 0) {
-    return Fail(status);
-  }
+  if (status < 0) return Fail(status);
   output.Show(result, status);
   return ExitCode::kDone;
 }
@@ -38,23 +118,13 @@ ExitCode Session::Answer(int status) {
 ExitCode Session::Fail(int status) {
   Failure failure = Explain(status);
   if (failure.exit_code == ExitCode::kTimeout) {
-    failure.message += " of " + std::to_string(client.GetVptzTimeout(timeout)) + " s";
+    failure.message += " of " + std::to_string(client_->GetVptzTimeout(timeout)) + " s";
   }
   result.answers.clear();
   result.table.clear();
+  result.lists.clear();
   output.Fail(result, failure, status);
   return failure.exit_code;
-}
-
-Result Describe(const Command& command, const Values& values) {
-  Result result;
-  result.command = command.Name();
-  for (const Argument& argument : command.arguments) {
-    if (argument.reported) {
-      result.arguments.push_back({FieldName(argument), values.at(argument.name), argument.unit});
-    }
-  }
-  return result;
 }
 
 }  // namespace vptzctl

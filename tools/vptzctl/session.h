@@ -1,32 +1,59 @@
-// What a verb's function works with: the connected client, what the command
+// What a verb's function works with: the client, the camera, what the command
 // line holds, and the result that it fills.
 #ifndef VPTZCTL_SESSION_H
 #define VPTZCTL_SESSION_H
 
+#include <optional>
 #include <string>
+#include <vector>
 
 #include <vptz/vptz_client.h>
 
 #include "failures.h"
 #include "output.h"
+#include "result.h"
 #include "value.h"
 
 namespace vptzctl {
 
-struct Command;
+struct Invocation;
 
 class Session {
  public:
-  // `result` begins with the command's name and its arguments. `timeout` is in
-  // seconds; 0 is the configured one.
-  Session(VptzClient& client, const Command& command, const Values& values, int timeout, Output& output);
+  // `result` begins with the command's name and its arguments.
+  Session(const Invocation& invocation, Output& output);
 
-  // The value of an argument: of a number that is not given kVptzNotCommanded.
+  // Opens the database, finds the camera and connects, as far as the command
+  // needs it. Throws CommandError.
+  void Begin();
+
+  // Makes the client, and with it opens the library's database.
+  void OpenLibrary() { client_.emplace(); }
+
+  // The value of an argument: of a number that is not given kVptzNotCommanded,
+  // of a text that is not given an empty one.
   double Number(const std::string& name) const;
-  std::uint32_t Integer(const std::string& name) const { return std::get<std::uint32_t>(values_.at(name)); }
-  bool Flag(const std::string& name) const { return std::get<bool>(values_.at(name)); }
-  const std::string& Text(const std::string& name) const { return std::get<std::string>(values_.at(name)); }
-  bool Given(const std::string& name) const { return values_.at(name).index() != 0; }
+  std::uint32_t Integer(const std::string& name) const { return std::get<std::uint32_t>(At(name)); }
+  int Signed(const std::string& name) const { return static_cast<int>(Integer(name)); }
+  bool Flag(const std::string& name) const { return std::get<bool>(At(name)); }
+  std::string Text(const std::string& name) const;
+  std::vector<std::string> Texts(const std::string& name) const;
+  bool Given(const std::string& name) const { return At(name).index() != 0; }
+
+  VptzClient& client() { return *client_; }
+
+  // The camera that the command names. Its commands go through the client.
+  CVptzDevice& camera() { return *camera_; }
+
+  // The camera's profiles that --profile names, counted from 1. Throw
+  // CommandError when it has fewer.
+  VptzPtzData& Ptz();
+  VptzMediaData& Media();
+  unsigned int PtzIndex();
+  unsigned int MediaIndex();
+
+  // Reads the camera's record anew from the database, and from nowhere else.
+  void ReloadCamera();
 
   // Ends a command whose result is done or not: shows it, or why it failed.
   ExitCode Finish(int status);
@@ -36,17 +63,20 @@ class Session {
 
   ExitCode Fail(int status);
 
-  VptzClient& client;
-  const int timeout;
+  const int timeout;  // seconds; 0 is the configured one
   Output& output;
   Result result;
 
  private:
-  const Values& values_;
-};
+  const Value& At(const std::string& name) const { return values_.at(name); }
+  void FindTheCamera();
+  void Connect();
 
-// The result with a command's name and its arguments.
-Result Describe(const Command& command, const Values& values);
+  const Invocation& invocation_;
+  const Values& values_;
+  std::optional<VptzClient> client_;
+  std::optional<CVptzDevice> camera_;
+};
 
 }  // namespace vptzctl
 

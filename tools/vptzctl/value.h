@@ -7,6 +7,7 @@
 #include <map>
 #include <string>
 #include <variant>
+#include <vector>
 
 namespace vptzctl {
 
@@ -14,10 +15,13 @@ namespace vptzctl {
 struct Range {
   double min;
   double max;
+
+  bool operator==(const Range& other) const { return min == other.min && max == other.max; }
 };
 
 // std::monostate is a value that was not given or is not known.
-using Value = std::variant<std::monostate, bool, std::uint32_t, double, std::string, Range>;
+using Value =
+    std::variant<std::monostate, bool, std::uint32_t, double, std::string, Range, std::vector<std::string>>;
 
 // What the command line holds, by the arguments' names ("PTZ", "--pan").
 using Values = std::map<std::string, Value>;

@@ -46,7 +46,9 @@
  * carries its deadline and its identity.
  *
  * Process: SIGPIPE's disposition, signal handlers, locale and standard streams
- * stay as they are. A client is of no use in a child made by fork().
+ * stay as they are. A client is of no use in a child made by fork(): its functions
+ * return -ENOTCONN there and bus_client_free does nothing, so the child may end as
+ * it likes. It may make clients of its own.
  */
 #ifndef DORV_BUS_H
 #define DORV_BUS_H

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cmath>
+#include <random>
 
 #include <gtest/gtest.h>
 
@@ -12,7 +13,7 @@ namespace {
 
 using vptzd::Axis;
 
-constexpr Axis::Limits kLimits = {-170.0, 170.0, 100.0};
+constexpr Axis::Limits kLimits = {-170.0, 170.0, 100.0, 400.0};
 constexpr auto kForever = std::chrono::nanoseconds::max();
 
 Axis RestingAxis() { return Axis(kLimits, 0.0); }
@@ -24,21 +25,53 @@ TEST(Axis, RestsAtFirst) {
   EXPECT_EQ(axis.speed(), 0.0);
 }
 
+// At 400 per second squared 100 per second are reached in 250 ms, over 12.5.
+TEST(Axis, SpeedsUpEvenly) {
+  Axis axis = RestingAxis();
+  axis.MoveTo(-100.0, 100.0);
+  EXPECT_EQ(axis.speed(), 0.0);
+  axis.Advance(125ms);
+  EXPECT_EQ(axis.speed(), 50.0);
+  EXPECT_EQ(axis.position(), -3.125);
+  axis.Advance(125ms);
+  EXPECT_EQ(axis.speed(), 100.0);
+  EXPECT_EQ(axis.position(), -12.5);
+}
+
 TEST(Axis, TravelsAtItsSpeed) {
   Axis axis = RestingAxis();
-  axis.MoveTo(-100.0, 10.0);
-  axis.Advance(2500ms);
-  EXPECT_EQ(axis.position(), -25.0);
-  EXPECT_EQ(axis.speed(), 10.0);
+  axis.MoveTo(-100.0, 100.0);
+  axis.Advance(500ms);
+  EXPECT_EQ(axis.position(), -37.5);
+  EXPECT_EQ(axis.speed(), 100.0);
+}
+
+TEST(Axis, SlowsDownEvenlyBeforeItsTarget) {
+  Axis axis = RestingAxis();
+  axis.MoveTo(100.0, 100.0);
+  axis.Advance(1125ms);
+  EXPECT_EQ(axis.speed(), 50.0);
+  EXPECT_EQ(axis.position(), 96.875);
+}
+
+TEST(Axis, ShortMoveTurnsBeforeItReachesItsSpeed) {
+  Axis axis = RestingAxis();
+  axis.MoveTo(4.0, 100.0);
+  axis.Advance(100ms);
+  EXPECT_DOUBLE_EQ(axis.speed(), 40.0);
+  EXPECT_DOUBLE_EQ(axis.position(), 2.0);
+  axis.Advance(100ms);
+  EXPECT_EQ(axis.position(), 4.0);
+  EXPECT_EQ(axis.speed(), 0.0);
 }
 
 TEST(Axis, StopsExactlyAtItsTarget) {
   Axis axis = RestingAxis();
-  axis.MoveTo(100.0, 10.0);
-  axis.Advance(10s - 1ns);
+  axis.MoveTo(100.0, 100.0);
+  axis.Advance(1250ms - 1us);
   EXPECT_LT(axis.position(), 100.0);
-  EXPECT_EQ(axis.speed(), 10.0);
-  axis.Advance(1ns);
+  EXPECT_GT(axis.speed(), 0.0);
+  axis.Advance(1us);
   EXPECT_EQ(axis.position(), 100.0);
   EXPECT_EQ(axis.speed(), 0.0);
 }
@@ -59,12 +92,15 @@ TEST(Axis, MoveToWhereItIsRestsAtOnce) {
   EXPECT_EQ(axis.speed(), 0.0);
 }
 
-TEST(Axis, MovesUntilTheUpperLimit) {
+TEST(Axis, SlowsDownBeforeTheUpperLimitAndEndsExactlyThere) {
   Axis axis = RestingAxis();
-  axis.MoveAt(17.0);
-  axis.Advance(9s);
-  EXPECT_EQ(axis.position(), 153.0);
-  axis.Advance(1s);
+  axis.MoveAt(100.0);
+  axis.Advance(1700ms);
+  EXPECT_DOUBLE_EQ(axis.position(), 157.5);
+  EXPECT_EQ(axis.speed(), 100.0);
+  axis.Advance(125ms);
+  EXPECT_NEAR(axis.speed(), 50.0, 1e-9);
+  axis.Advance(125ms);
   EXPECT_EQ(axis.position(), 170.0);
   EXPECT_EQ(axis.speed(), 0.0);
 }
@@ -83,48 +119,121 @@ TEST(Axis, AgainstALimitStaysAtRestAndLeavesItTheOtherWay) {
   EXPECT_EQ(axis.speed(), 0.0);
   axis.MoveAt(-50.0);
   axis.Advance(1s);
-  EXPECT_EQ(axis.position(), 120.0);
+  EXPECT_EQ(axis.position(), 123.125);
 }
 
 TEST(Axis, VelocityBeyondTheTopSpeedMovesWithTheTopSpeed) {
   Axis axis = RestingAxis();
   axis.MoveAt(-1e308);
-  EXPECT_EQ(axis.speed(), 100.0);
   axis.Advance(500ms);
-  EXPECT_EQ(axis.position(), -50.0);
+  EXPECT_EQ(axis.speed(), 100.0);
+  EXPECT_EQ(axis.position(), -37.5);
 }
 
 TEST(Axis, ZeroVelocityStops) {
   for (const double zero : {0.0, -0.0}) {
     Axis axis = RestingAxis();
-    axis.MoveAt(10.0);
-    axis.Advance(1s);
+    axis.MoveAt(100.0);
+    axis.Advance(500ms);
     axis.MoveAt(zero);
     axis.Advance(1s);
-    EXPECT_EQ(axis.position(), 10.0);
+    EXPECT_EQ(axis.position(), 50.0);
     EXPECT_EQ(axis.speed(), 0.0);
   }
 }
 
-TEST(Axis, StopEndsAMotionWhereItIs) {
+TEST(Axis, StopSlowsDownToRest) {
   Axis axis = RestingAxis();
-  axis.MoveTo(100.0, 10.0);
-  axis.Advance(3s);
+  axis.MoveTo(100.0, 100.0);
+  axis.Advance(500ms);
   axis.Stop();
-  axis.Advance(3s);
-  EXPECT_EQ(axis.position(), 30.0);
+  EXPECT_EQ(axis.speed(), 100.0);
+  axis.Advance(125ms);
+  EXPECT_EQ(axis.speed(), 50.0);
+  axis.Advance(125ms);
+  EXPECT_EQ(axis.position(), 50.0);
   EXPECT_EQ(axis.speed(), 0.0);
 }
 
-TEST(Axis, NewMotionReplacesTheOldOneFromWhereItIs) {
+TEST(Axis, StopTwiceEndsWhereTheFirstOneDoes) {
   Axis axis = RestingAxis();
-  axis.MoveTo(100.0, 10.0);
-  axis.Advance(3s);
-  axis.MoveTo(-30.0, 20.0);
+  axis.MoveTo(100.0, 100.0);
+  axis.Advance(500ms);
+  axis.Stop();
+  axis.Advance(100ms);
+  axis.Stop();
   axis.Advance(1s);
-  EXPECT_EQ(axis.position(), 10.0);
-  axis.Advance(2s);
-  EXPECT_EQ(axis.position(), -30.0);
+  EXPECT_DOUBLE_EQ(axis.position(), 50.0);
+}
+
+TEST(Axis, HaltRestsAtOnce) {
+  Axis axis = RestingAxis();
+  axis.MoveTo(100.0, 100.0);
+  axis.Advance(500ms);
+  axis.Halt();
+  axis.Advance(1s);
+  EXPECT_EQ(axis.position(), 37.5);
+  EXPECT_EQ(axis.speed(), 0.0);
+}
+
+TEST(Axis, TurnsRoundWithoutALeap) {
+  Axis axis = RestingAxis();
+  axis.MoveTo(100.0, 100.0);
+  axis.Advance(500ms);
+  axis.MoveTo(0.0, 100.0);
+  EXPECT_EQ(axis.position(), 37.5);
+  axis.Advance(250ms);
+  EXPECT_EQ(axis.position(), 50.0);
+  EXPECT_NEAR(axis.speed(), 0.0, 1e-9);
+  axis.Advance(250ms);
+  EXPECT_EQ(axis.position(), 37.5);
+  EXPECT_EQ(axis.speed(), 100.0);
+  axis.Advance(1s);
+  EXPECT_EQ(axis.position(), 0.0);
+}
+
+TEST(Axis, OvershootsATargetThatIsTooNearAndComesBack) {
+  Axis axis = RestingAxis();
+  axis.MoveTo(100.0, 100.0);
+  axis.Advance(500ms);
+  axis.MoveTo(40.0, 100.0);
+  axis.Advance(250ms);
+  EXPECT_EQ(axis.position(), 50.0);
+  axis.Advance(1s);
+  EXPECT_EQ(axis.position(), 40.0);
+  EXPECT_EQ(axis.speed(), 0.0);
+}
+
+TEST(Axis, SlowerMoveSlowsDownToItsSpeedFirst) {
+  Axis axis = RestingAxis();
+  axis.MoveAt(100.0);
+  axis.Advance(500ms);
+  axis.MoveTo(100.0, 20.0);
+  axis.Advance(100ms);
+  EXPECT_DOUBLE_EQ(axis.speed(), 60.0);
+  axis.Advance(100ms);
+  EXPECT_EQ(axis.speed(), 20.0);
+  axis.Advance(1h);
+  EXPECT_EQ(axis.position(), 100.0);
+}
+
+// However motions follow one another, the position never leaps: within a
+// millisecond it changes by the top speed at most.
+TEST(Axis, NeverLeaps) {
+  Axis axis = RestingAxis();
+  std::mt19937 generator(11);
+  std::uniform_real_distribution<double> position(-170.0, 170.0);
+  std::uniform_real_distribution<double> speed(0.1, 100.0);
+  for (int i = 0; i < 100000; ++i) {
+    const double before = axis.position();
+    const double speed_before = axis.speed();
+    axis.Advance(1ms);
+    ASSERT_LE(std::abs(axis.position() - before), 0.1 + 1e-9) << i;
+    ASSERT_LE(std::abs(axis.speed() - speed_before), 0.4 + 1e-6) << i;
+    if (i % 97 == 0) axis.MoveTo(position(generator), speed(generator));
+    if (i % 211 == 0) axis.MoveAt(position(generator));
+    if (i % 307 == 0) axis.Stop();
+  }
 }
 
 TEST(Axis, ReachesItsLimitsAndNothingBeyond) {

@@ -23,15 +23,17 @@ using vptzd::Status;
 const AxisValues kNone = {};
 
 void ExpectAt(const Camera& camera, double pan, double tilt, double zoom) {
-  EXPECT_EQ(camera.axis(kPan).position(), pan);
-  EXPECT_EQ(camera.axis(kTilt).position(), tilt);
-  EXPECT_EQ(camera.axis(kZoom).position(), zoom);
+  EXPECT_NEAR(camera.axis(kPan).position(), pan, kAlmost);
+  EXPECT_NEAR(camera.axis(kTilt).position(), tilt, kAlmost);
+  EXPECT_NEAR(camera.axis(kZoom).position(), zoom, kAlmost);
 }
 
-void ExpectSpeeds(const Camera& camera, double pan, double tilt, double zoom) {
-  EXPECT_EQ(camera.axis(kPan).speed(), pan);
-  EXPECT_EQ(camera.axis(kTilt).speed(), tilt);
-  EXPECT_EQ(camera.axis(kZoom).speed(), zoom);
+// A moment from now.
+void ExpectSpeeds(Camera camera, double pan, double tilt, double zoom) {
+  camera.Advance(1ms);
+  EXPECT_NEAR(camera.axis(kPan).speed(), pan, kAlmost);
+  EXPECT_NEAR(camera.axis(kTilt).speed(), tilt, kAlmost);
+  EXPECT_NEAR(camera.axis(kZoom).speed(), zoom, kAlmost);
 }
 
 TEST(Camera, BeginsPoweredAndAtRestStraightAhead) {
@@ -54,7 +56,7 @@ TEST(Camera, HasTheDocumentedRangesAndTopSpeeds) {
 }
 
 TEST(Camera, EachAxisTravelsAtItsOwnSpeedAndStopsAtItsTarget) {
-  Camera camera;
+  Camera camera(AbruptCamera(1));
   ASSERT_EQ(camera.MoveTo({90.0, -20.0, 5.0}, {30.0, 20.0, 2.0}), Status::kDone);
   camera.Advance(500ms);
   ExpectAt(camera, 15.0, -10.0, 2.0);
@@ -68,13 +70,13 @@ TEST(Camera, EachAxisTravelsAtItsOwnSpeedAndStopsAtItsTarget) {
 }
 
 TEST(Camera, WithoutASpeedAnAxisMovesWithItsTopSpeed) {
-  Camera camera;
+  Camera camera(AbruptCamera(1));
   ASSERT_EQ(camera.MoveTo({100.0, 80.0, 20.0}, kNone), Status::kDone);
   ExpectSpeeds(camera, 100.0, 80.0, 8.0);
 }
 
 TEST(Camera, AxisWithoutAPositionIsLeftAloneWhateverItsSpeed) {
-  Camera camera;
+  Camera camera(AbruptCamera(1));
   ASSERT_EQ(camera.MoveAt({10.0, {}, {}}), Status::kDone);
   ASSERT_EQ(camera.MoveTo({std::nullopt, 40.0, std::nullopt}, {kNaN, 40.0, 1e308}), Status::kDone);
   camera.Advance(1s);
@@ -82,7 +84,7 @@ TEST(Camera, AxisWithoutAPositionIsLeftAloneWhateverItsSpeed) {
 }
 
 TEST(Camera, MoveOfNoAxisIsDoneAndMovesNothing) {
-  Camera camera;
+  Camera camera(AbruptCamera(1));
   EXPECT_EQ(camera.MoveTo(kNone, kNone), Status::kDone);
   EXPECT_EQ(camera.MoveAt(kNone), Status::kDone);
   camera.Advance(1s);
@@ -91,7 +93,7 @@ TEST(Camera, MoveOfNoAxisIsDoneAndMovesNothing) {
 
 TEST(Camera, OneImpossiblePositionRefusesTheWholeMove) {
   for (const double position : {170.5, -170.5, 1e308, -1e308, kInfinity, -kInfinity, kNaN}) {
-    Camera camera;
+    Camera camera(AbruptCamera(1));
     EXPECT_EQ(camera.MoveTo({position, 10.0, 2.0}, kNone), Status::kOutOfRange) << position;
     EXPECT_EQ(camera.MoveTo({10.0, 10.0, position}, kNone), Status::kOutOfRange) << position;
     camera.Advance(1s);
@@ -101,7 +103,7 @@ TEST(Camera, OneImpossiblePositionRefusesTheWholeMove) {
 
 TEST(Camera, OneImpossibleSpeedRefusesTheWholeMove) {
   for (const double speed : {0.0, -1.0, 100.5, 1e308, kInfinity, -kInfinity, kNaN}) {
-    Camera camera;
+    Camera camera(AbruptCamera(1));
     EXPECT_EQ(camera.MoveTo({10.0, 10.0, 2.0}, {speed, 10.0, 1.0}), Status::kOutOfRange) << speed;
     EXPECT_EQ(camera.MoveTo({10.0, 10.0, 2.0}, {10.0, 10.0, speed}), Status::kOutOfRange) << speed;
     EXPECT_EQ(camera.GoHome({10.0, speed, 1.0}), Status::kOutOfRange) << speed;
@@ -111,7 +113,7 @@ TEST(Camera, OneImpossibleSpeedRefusesTheWholeMove) {
 }
 
 TEST(Camera, RefusedMoveLeavesTheRunningOneAlone) {
-  Camera camera;
+  Camera camera(AbruptCamera(1));
   ASSERT_EQ(camera.MoveAt({10.0, 10.0, 1.0}), Status::kDone);
   EXPECT_EQ(camera.MoveTo({0.0, 0.0, kNaN}, kNone), Status::kOutOfRange);
   EXPECT_EQ(camera.MoveAt({0.0, 0.0, kNaN}), Status::kOutOfRange);
@@ -120,7 +122,7 @@ TEST(Camera, RefusedMoveLeavesTheRunningOneAlone) {
 }
 
 TEST(Camera, ContinuousMoveRunsToTheLimits) {
-  Camera camera;
+  Camera camera(AbruptCamera(1));
   ASSERT_EQ(camera.MoveAt({-50.0, 10.0, 8.0}), Status::kDone);
   camera.Advance(2s);
   ExpectAt(camera, -100.0, 20.0, 17.0);
@@ -130,28 +132,28 @@ TEST(Camera, ContinuousMoveRunsToTheLimits) {
 }
 
 TEST(Camera, ContinuousVelocityBeyondTheTopSpeedIsTakenAsTheTopSpeed) {
-  Camera camera;
+  Camera camera(AbruptCamera(1));
   ASSERT_EQ(camera.MoveAt({101.0, -1e308, 1e308}), Status::kDone);
   ExpectSpeeds(camera, 100.0, 80.0, 8.0);
 }
 
 TEST(Camera, ContinuousVelocityThatIsNotFiniteRefusesTheWholeMove) {
   for (const double velocity : {kNaN, kInfinity, -kInfinity}) {
-    Camera camera;
+    Camera camera(AbruptCamera(1));
     EXPECT_EQ(camera.MoveAt({10.0, velocity, 1.0}), Status::kOutOfRange) << velocity;
     ExpectSpeeds(camera, 0.0, 0.0, 0.0);
   }
 }
 
 TEST(Camera, ZeroVelocityStopsOnlyItsAxis) {
-  Camera camera;
+  Camera camera(AbruptCamera(1));
   ASSERT_EQ(camera.MoveAt({10.0, 10.0, {}}), Status::kDone);
   ASSERT_EQ(camera.MoveAt({0.0, {}, {}}), Status::kDone);
   ExpectSpeeds(camera, 0.0, 10.0, 0.0);
 }
 
 TEST(Camera, StopEndsTheMarkedAxesOnly) {
-  Camera camera;
+  Camera camera(AbruptCamera(1));
   ASSERT_EQ(camera.MoveTo({100.0, 80.0, 15.0}, {10.0, 10.0, 1.0}), Status::kDone);
   camera.Advance(2s);
   camera.Stop({true, false, true});
@@ -161,7 +163,7 @@ TEST(Camera, StopEndsTheMarkedAxesOnly) {
 }
 
 TEST(Camera, AbsoluteMoveReplacesAContinuousOneOnOneAxis) {
-  Camera camera;
+  Camera camera(AbruptCamera(1));
   ASSERT_EQ(camera.MoveAt({10.0, 5.0, {}}), Status::kDone);
   camera.Advance(4s);
   ASSERT_EQ(camera.MoveTo({30.0, {}, {}}, {5.0, {}, {}}), Status::kDone);
@@ -171,7 +173,7 @@ TEST(Camera, AbsoluteMoveReplacesAContinuousOneOnOneAxis) {
 }
 
 TEST(Camera, HomeIsStoredAndReachedAgain) {
-  Camera camera;
+  Camera camera(AbruptCamera(1));
   ASSERT_EQ(camera.MoveTo({50.0, 40.0, 4.0}, kNone), Status::kDone);
   camera.Advance(1s);
   camera.SetHome();
@@ -186,7 +188,7 @@ TEST(Camera, HomeIsStoredAndReachedAgain) {
 }
 
 TEST(Camera, HomeIsStraightAheadUntilItIsSet) {
-  Camera camera;
+  Camera camera(AbruptCamera(1));
   ASSERT_EQ(camera.MoveTo({50.0, 40.0, 4.0}, kNone), Status::kDone);
   camera.Advance(1s);
   ASSERT_EQ(camera.GoHome(kNone), Status::kDone);
@@ -195,7 +197,7 @@ TEST(Camera, HomeIsStraightAheadUntilItIsSet) {
 }
 
 TEST(Camera, SetHomeInMotionTakesThePresentPositionAndDoesNotStop) {
-  Camera camera;
+  Camera camera(AbruptCamera(1));
   ASSERT_EQ(camera.MoveAt({10.0, {}, {}}), Status::kDone);
   camera.Advance(1s);
   camera.SetHome();
@@ -207,7 +209,7 @@ TEST(Camera, SetHomeInMotionTakesThePresentPositionAndDoesNotStop) {
 }
 
 TEST(Camera, PowerOffStopsAMoveWhereItIsAndPowerOnKeepsThePosition) {
-  Camera camera;
+  Camera camera(AbruptCamera(1));
   ASSERT_EQ(camera.MoveTo({100.0, {}, {}}, {10.0, {}, {}}), Status::kDone);
   camera.Advance(3s);
   camera.PowerOff();
@@ -222,7 +224,7 @@ TEST(Camera, PowerOffStopsAMoveWhereItIsAndPowerOnKeepsThePosition) {
 }
 
 TEST(Camera, EveryMoveIsRefusedWithoutPower) {
-  Camera camera;
+  Camera camera(AbruptCamera(1));
   camera.PowerOff();
   EXPECT_EQ(camera.MoveTo({10.0, 10.0, 2.0}, kNone), Status::kPoweredOff);
   EXPECT_EQ(camera.MoveTo({kNaN, 10.0, 2.0}, kNone), Status::kPoweredOff);
@@ -284,6 +286,117 @@ void DoAnything(Camera& camera, Numbers& numbers) {
     default:
       numbers.Between(0, 3) == 0 ? camera.PowerOff() : camera.PowerOn();
   }
+}
+
+TEST(Camera, EachAxisSpeedsUpAndSlowsDownInItsOwnWay) {
+  Camera camera;
+  ASSERT_EQ(camera.MoveTo({100.0, 80.0, 9.0}, kNone), Status::kDone);
+  camera.Advance(125ms);
+  EXPECT_EQ(camera.axis(kPan).speed(), 50.0);
+  EXPECT_EQ(camera.axis(kTilt).speed(), 40.0);
+  EXPECT_EQ(camera.axis(kZoom).speed(), 4.0);
+  camera.Advance(1124ms);
+  EXPECT_GT(camera.axis(kPan).speed(), 0.0);
+  camera.Advance(2ms);
+  ExpectAt(camera, 100.0, 80.0, 9.0);
+}
+
+TEST(Camera, PowerOffStopsAtOnceAndStopDoesNot) {
+  Camera braking;
+  ASSERT_EQ(braking.MoveAt({100.0, {}, {}}), Status::kDone);
+  braking.Advance(1s);
+  Camera cut = braking;
+  braking.Stop({true, true, true});
+  cut.PowerOff();
+  braking.Advance(1s);
+  cut.Advance(1s);
+  EXPECT_EQ(cut.axis(kPan).position(), 87.5);
+  EXPECT_EQ(braking.axis(kPan).position(), 100.0);
+}
+
+TEST(Camera, WhatNobodyWatchesIsStoppedExactlyAtTheEndOfItsGrace) {
+  Camera camera(AbruptCamera(1));
+  ASSERT_EQ(camera.MoveAt({10.0, 5.0, {}}), Status::kDone);
+  camera.GiveSignOfLife(2s);
+  camera.Advance(1s);
+  camera.GiveSignOfLife(2s);
+  camera.Advance(1h);
+  ExpectAt(camera, 30.0, 15.0, 1.0);
+}
+
+TEST(Camera, PositioningMoveNeedsNobodyToWatch) {
+  Camera camera(AbruptCamera(1));
+  ASSERT_EQ(camera.MoveAt({10.0, 5.0, {}}), Status::kDone);
+  ASSERT_EQ(camera.MoveTo({30.0, {}, {}}, {10.0, {}, {}}), Status::kDone);
+  camera.GiveSignOfLife(1s);
+  camera.Advance(1h);
+  ExpectAt(camera, 30.0, 5.0, 1.0);
+}
+
+TEST(Camera, LosesItsPowerInTheMoveOnly) {
+  Camera camera(AbruptCamera(1));
+  camera.LosePowerAfter(500ms);
+  camera.Advance(1h);
+  EXPECT_TRUE(camera.powered());
+  ASSERT_EQ(camera.MoveTo({30.0, {}, {}}, {10.0, {}, {}}), Status::kDone);
+  camera.Advance(1h);
+  EXPECT_FALSE(camera.powered());
+  ExpectAt(camera, 5.0, 0.0, 1.0);
+  camera.PowerOn();
+  ASSERT_EQ(camera.MoveTo({30.0, {}, {}}, {10.0, {}, {}}), Status::kDone);
+  camera.Advance(1h);
+  ExpectAt(camera, 30.0, 0.0, 1.0);
+}
+
+TEST(Camera, RefusesAnAxisThatItDoesNotHave) {
+  vptzd::CameraDescription description;
+  description.axes[kZoom].reset();
+  Camera camera(description);
+  EXPECT_EQ(camera.MoveTo({10.0, {}, 2.0}, kNone), Status::kUnsupportedAxis);
+  EXPECT_EQ(camera.MoveAt({10.0, {}, 0.0}), Status::kUnsupportedAxis);
+  EXPECT_EQ(camera.GoHome(kNone), Status::kDone);
+  EXPECT_EQ(camera.MoveTo({10.0, 5.0, {}}, kNone), Status::kDone);
+}
+
+TEST(Camera, FocusIsDrivenUntilItIsStopped) {
+  Camera camera;
+  const double before = camera.focus().position();
+  ASSERT_EQ(camera.DriveFocus("main", -0.5), Status::kDone);
+  EXPECT_EQ(camera.FindMediaProfile("main")->image.auto_focus, 0.0);
+  camera.Advance(500ms);
+  camera.StopFocus();
+  camera.Advance(1s);
+  const double stopped = camera.focus().position();
+  EXPECT_LT(stopped, before - 0.1);
+  EXPECT_GT(stopped, 0.0);
+  ASSERT_EQ(camera.DriveFocus("main", 1.0), Status::kDone);
+  camera.Advance(1h);
+  EXPECT_EQ(camera.focus().position(), 1.0);
+}
+
+TEST(Camera, AutoFocusBringsTheFocusBack) {
+  Camera camera;
+  const double sharp = camera.focus().position();
+  ASSERT_EQ(camera.DriveFocus("main", 1.0), Status::kDone);
+  camera.Advance(10s);
+  vptzd::ImageSettings image = camera.FindMediaProfile("main")->image;
+  image.auto_focus = 1.0;
+  ASSERT_EQ(camera.SetImage("main", image), Status::kDone);
+  camera.Advance(10s);
+  EXPECT_EQ(camera.focus().position(), sharp);
+}
+
+TEST(Camera, RefusesAPictureOutsideItsRanges) {
+  Camera camera;
+  for (const double wrong : {-0.5, 100.5, kNaN, kInfinity}) {
+    vptzd::ImageSettings image;
+    image.contrast = wrong;
+    EXPECT_EQ(camera.SetImage("main", image), Status::kOutOfRange) << wrong;
+    image = {};
+    image.auto_focus = wrong;
+    EXPECT_EQ(camera.SetImage("main", image), Status::kOutOfRange) << wrong;
+  }
+  EXPECT_EQ(camera.FindMediaProfile("main")->image.contrast, 50.0);
 }
 
 TEST(Camera, NeverLeavesItsRangesWhateverItIsTold) {

@@ -16,12 +16,15 @@
 #include <vptz/model/ptz.h>
 #include <vptz/model/vptzmodel.h>
 
+#include "camera_rows.h"
+#include "fleet.h"
 #include "simulation.h"
 #include "support/temp_dir.h"
 
 namespace vptz_test {
 namespace {
 
+using vptzd::BuiltInCamera;
 using vptzd::Camera;
 using vptzd::CameraIds;
 using vptzd::OpenDatabase;
@@ -65,7 +68,7 @@ TEST_F(ServiceDatabase, IsRefusedWhereThereIsNoFolder) {
 }
 
 TEST_F(ServiceDatabase, HoldsWhatACameraIs) {
-  const CameraIds ids = StoreCamera(2, Camera());
+  const CameraIds ids = StoreCamera(Camera(BuiltInCamera(2)));
   const std::unique_ptr<Device> device = DeviceOf(ids);
   ASSERT_NE(device, nullptr);
   EXPECT_EQ(device->address(), "192.0.2.2");
@@ -78,7 +81,7 @@ TEST_F(ServiceDatabase, HoldsWhatACameraIs) {
 }
 
 TEST_F(ServiceDatabase, HoldsTheLimitsOfEachAxis) {
-  const CameraIds ids = StoreCamera(1, Camera());
+  const CameraIds ids = StoreCamera(Camera(BuiltInCamera(1)));
   Ptz* found = nullptr;
   ASSERT_EQ(Ptz::QueryById(&found, ids.ptz), 0);
   const std::unique_ptr<Ptz> ptz(found);
@@ -93,9 +96,9 @@ TEST_F(ServiceDatabase, HoldsTheLimitsOfEachAxis) {
 }
 
 TEST_F(ServiceDatabase, KeepsACamerasRowsAndIdsAcrossStarts) {
-  const CameraIds first = StoreCamera(1, Camera());
+  const CameraIds first = StoreCamera(Camera(BuiltInCamera(1)));
   const std::size_t parameters = RowCount<MediaParameter>();
-  const CameraIds second = StoreCamera(1, Camera());
+  const CameraIds second = StoreCamera(Camera(BuiltInCamera(1)));
   EXPECT_EQ(first.device, second.device);
   EXPECT_EQ(first.ptz, second.ptz);
   EXPECT_EQ(RowCount<Device>(), 1U);
@@ -103,34 +106,34 @@ TEST_F(ServiceDatabase, KeepsACamerasRowsAndIdsAcrossStarts) {
 }
 
 TEST_F(ServiceDatabase, WritesACameraAnewThatWasLeftHalfWritten) {
-  const CameraIds half = StoreCamera(1, Camera());
+  const CameraIds half = StoreCamera(Camera(BuiltInCamera(1)));
   const std::unique_ptr<Device> device = DeviceOf(half);
   device->set_is_setting_applied(false);
   ASSERT_EQ(Device::Update(*device), 0);
-  const CameraIds whole = StoreCamera(1, Camera());
+  const CameraIds whole = StoreCamera(Camera(BuiltInCamera(1)));
   EXPECT_NE(whole.device, half.device);
   EXPECT_EQ(RowCount<Device>(), 1U);
   EXPECT_EQ(Preset::QueryCountByPtz(whole.ptz), 3);
 }
 
 TEST_F(ServiceDatabase, LeavesNothingBehindOfACameraThatWasLeftHalfWritten) {
-  const CameraIds other = StoreCamera(2, Camera());
-  const std::unique_ptr<Device> device = DeviceOf(StoreCamera(1, Camera()));
+  const CameraIds other = StoreCamera(Camera(BuiltInCamera(2)));
+  const std::unique_ptr<Device> device = DeviceOf(StoreCamera(Camera(BuiltInCamera(1))));
   Movement without_node(true, true, false);
   ASSERT_GT(Movement::Add(&without_node), 0);
   MovementParameter parameter(&without_node, "position", 0, 0, 0);
   ASSERT_GT(MovementParameter::Add(&parameter), 0);
   device->set_is_setting_applied(false);
   ASSERT_EQ(Device::Update(*device), 0);
-  StoreCamera(1, Camera());
+  StoreCamera(Camera(BuiltInCamera(1)));
   EXPECT_EQ(RowCount<Movement>(), 6U);
   EXPECT_EQ(RowCount<MovementParameter>(), 12U);
   EXPECT_EQ(RowCount<MediaParameter>(), 36U);
-  EXPECT_EQ(StoreCamera(2, Camera()).ptz, other.ptz);
+  EXPECT_EQ(StoreCamera(Camera(BuiltInCamera(2))).ptz, other.ptz);
 }
 
 TEST_F(ServiceDatabase, GivesCamerasTheIdsByWhichCommandsNameThem) {
-  StoreCamera(9, Camera());  // so that ids and numbers differ
+  StoreCamera(Camera(BuiltInCamera(9)));  // so that ids and numbers differ
   Simulation simulation(2);
   StoreCameras(simulation.world());
   Device* found = nullptr;

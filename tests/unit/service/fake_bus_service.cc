@@ -13,8 +13,8 @@ FakeBusService::FakeBusService() { living = this; }
 FakeBusService::~FakeBusService() { living = nullptr; }
 
 void FakeBusService::Request(const std::string& method, const std::string& payload) {
-  bus_request request{method, payload};
-  service->handler(service, &request, service->user_data);
+  requests_.push_back({method, payload});
+  service->handler(service, &requests_.back(), service->user_data);
 }
 
 }  // namespace vptz_test
@@ -50,5 +50,11 @@ int bus_request_reply(bus_request*, const void* reply, int length) {
 int bus_request_fail(bus_request*, int error) {
   ++living->ended;
   living->failure = error;
+  return 0;
+}
+
+int bus_service_emit(bus_service*, const char* signal, const void* payload, int length) {
+  living->signals.emplace_back(
+      signal, std::string(static_cast<const char*>(payload), static_cast<std::size_t>(length)));
   return 0;
 }

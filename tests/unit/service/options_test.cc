@@ -55,6 +55,17 @@ TEST(Options, TakesOneToSixtyFourCameras) {
   }
 }
 
+TEST(Options, TakesFleetAndGrace) {
+  EXPECT_EQ(Read({}).options.grace, 5.0);
+  const Outcome outcome = Read({"--fleet", "fleet.json", "--grace", "0.5"});
+  EXPECT_FALSE(outcome.exit_code.has_value());
+  EXPECT_EQ(outcome.options.fleet, "fleet.json");
+  EXPECT_EQ(outcome.options.grace, 0.5);
+  for (const char* number : {"-1", "soon", "nan", "1e9"}) {
+    EXPECT_EQ(Read({"--grace", number}).exit_code, 2) << number;
+  }
+}
+
 TEST(Options, RefusesWhatItDoesNotKnow) {
   for (const char* argument : {"--camera", "serve", "-x"}) {
     const Outcome outcome = Read({argument});

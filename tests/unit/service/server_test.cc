@@ -36,6 +36,8 @@ class ServerTest : public testing::Test {
   FakeBusService bus_;
   FailingClock clock_;
   vptzd::World world_{1, clock_};
+  vptzd::Agenda agenda_{clock_};
+  vptzd::Service service_{world_, agenda_};
 };
 
 std::string PowerStatusRequest() {
@@ -45,27 +47,27 @@ std::string PowerStatusRequest() {
 }
 
 TEST_F(ServerTest, ServesItsNameAtTheAddress) {
-  Server server(world_);
+  Server server(service_);
   ASSERT_EQ(server.Start("unix:/run/bus.sock"), 0);
   EXPECT_EQ(bus_.name, "vptz");
   EXPECT_EQ(bus_.address, "unix:/run/bus.sock");
 }
 
 TEST_F(ServerTest, LeavesTheAddressToTheBusLibrary) {
-  Server server(world_);
+  Server server(service_);
   ASSERT_EQ(server.Start(nullptr), 0);
   EXPECT_FALSE(bus_.address.has_value());
 }
 
 TEST_F(ServerTest, TellsWhyItCannotStart) {
   bus_.start_result = -ECONNREFUSED;
-  Server server(world_);
+  Server server(service_);
   EXPECT_EQ(server.Start(nullptr), -ECONNREFUSED);
 }
 
 TEST_F(ServerTest, StopsServingAtItsEnd) {
   {
-    Server server(world_);
+    Server server(service_);
     ASSERT_EQ(server.Start(nullptr), 0);
     EXPECT_NE(bus_.service, nullptr);
   }
@@ -73,7 +75,7 @@ TEST_F(ServerTest, StopsServingAtItsEnd) {
 }
 
 TEST_F(ServerTest, RepliesToARequest) {
-  Server server(world_);
+  Server server(service_);
   ASSERT_EQ(server.Start(nullptr), 0);
   bus_.Request("get_devices_power_status", PowerStatusRequest());
   EXPECT_EQ(bus_.ended, 1);
@@ -81,7 +83,7 @@ TEST_F(ServerTest, RepliesToARequest) {
 }
 
 TEST_F(ServerTest, RepliesToRefusedRequests) {
-  Server server(world_);
+  Server server(service_);
   ASSERT_EQ(server.Start(nullptr), 0);
   bus_.Request("no_such_method", "");
   EXPECT_EQ(Reply().status_code(), -1001);
@@ -92,8 +94,64 @@ TEST_F(ServerTest, RepliesToRefusedRequests) {
   EXPECT_EQ(bus_.ended, 3);
 }
 
+std::string SearchRequest() {
+  tutorial::VptzCommand command;
+  command.set_method_name("search_device");
+  command.mutable_device_command();
+  return command.SerializeAsString();
+}
+
+TEST_F(ServerTest, LeavesWhatMayTakeTimeToTheAgenda) {
+  Server server(service_);
+  ASSERT_EQ(server.Start(nullptr), 0);
+  bus_.Request("search_device", SearchRequest());
+  EXPECT_EQ(bus_.ended, 0);
+  bus_.Request("get_devices_power_status", PowerStatusRequest());
+  EXPECT_EQ(bus_.ended, 1);
+  agenda_.RunDue();
+  EXPECT_EQ(bus_.ended, 2);
+  EXPECT_EQ(Reply().status_code(), 0);
+}
+
+TEST_F(ServerTest, SendsSignals) {
+  service_.search_time = {};
+  Server server(service_);
+  ASSERT_EQ(server.Start(nullptr), 0);
+  bus_.Request("search_device", SearchRequest());
+  agenda_.RunDue();
+  ASSERT_EQ(bus_.signals.size(), 1u);
+  EXPECT_EQ(bus_.signals[0].first, "finish/search_device");
+}
+
+TEST_F(ServerTest, FailsWhatHasNotBegunWhenTheServiceEnds) {
+  Server server(service_);
+  ASSERT_EQ(server.Start(nullptr), 0);
+  bus_.Request("search_device", SearchRequest());
+  agenda_.Close();
+  EXPECT_EQ(bus_.ended, 1);
+  EXPECT_EQ(bus_.failure, -ECANCELED);
+  bus_.Request("search_device", SearchRequest());
+  EXPECT_EQ(bus_.ended, 2);
+}
+
+TEST_F(ServerTest, GarblesEnlargesAndKeepsRepliesOnDemand) {
+  Server server(service_);
+  ASSERT_EQ(server.Start(nullptr), 0);
+  const auto answer_with = [&](vptzd::FaultKind kind) {
+    world_.SetFaults({{kind, 0, "", "get_devices_power_status", {}}});
+    bus_.reply.clear();
+    bus_.Request("get_devices_power_status", PowerStatusRequest());
+    return bus_.reply;
+  };
+  EXPECT_FALSE(tutorial::VptzResponse().ParseFromString(answer_with(vptzd::FaultKind::kGarble)));
+  EXPECT_GT(answer_with(vptzd::FaultKind::kOversize).size(), 512u);
+  EXPECT_EQ(bus_.ended, 2);
+  EXPECT_EQ(answer_with(vptzd::FaultKind::kDrop), "");
+  EXPECT_EQ(bus_.ended, 2);
+}
+
 TEST_F(ServerTest, GoesOnAfterALostAnswer) {
-  Server server(world_);
+  Server server(service_);
   ASSERT_EQ(server.Start(nullptr), 0);
   bus_.reply_result = -ETIMEDOUT;
   bus_.Request("get_devices_power_status", PowerStatusRequest());
@@ -103,7 +161,7 @@ TEST_F(ServerTest, GoesOnAfterALostAnswer) {
 }
 
 TEST_F(ServerTest, FailsTheRequestWhenAnsweringItFailsAndGoesOn) {
-  Server server(world_);
+  Server server(service_);
   ASSERT_EQ(server.Start(nullptr), 0);
   clock_.failing = true;
   bus_.Request("get_devices_power_status", PowerStatusRequest());

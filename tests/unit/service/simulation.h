@@ -4,14 +4,19 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <string>
+#include <string_view>
 
 #include <vptz/vptz.pb.h>
 #include <vptz/vptz_data.h>
 
 #include "camera/clock.h"
 #include "dispatcher.h"
+#include "fleet.h"
+#include "request.h"
+#include "service.h"
 #include "world.h"
 
 namespace vptz_test {
@@ -31,17 +36,47 @@ class ManualClock final : public vptzd::Clock {
   std::chrono::nanoseconds now_{0};
 };
 
+// A built-in camera that speeds up and slows down so fast that its positions can
+// be reckoned from speed and time alone, to within kAlmost.
+inline vptzd::CameraDescription AbruptCamera(std::size_t number) {
+  vptzd::CameraDescription camera = vptzd::BuiltInCamera(number);
+  for (auto& axis : camera.axes) axis->acceleration = 1e9;
+  return camera;
+}
+
+constexpr double kAlmost = 1e-4;
+
 class Simulation {
  public:
-  explicit Simulation(std::size_t cameras = 2) : world_(cameras, clock_) {}
+  explicit Simulation(std::size_t cameras = 2) : world_(cameras, clock_) {
+    for (std::uint32_t number = 1; number <= cameras; ++number) {
+      *world_.FindCamera(number) = vptzd::Camera(AbruptCamera(number));
+    }
+  }
+  explicit Simulation(const vptzd::Fleet& fleet) : world_(fleet.cameras, clock_) {
+    service_.search_time = fleet.search_time;
+    world_.SetFaults(fleet.faults);
+  }
 
   vptzd::World& world() { return world_; }
-  void Wait(std::chrono::nanoseconds elapsed) { clock_.Advance(elapsed); }
+  vptzd::Service& service() { return service_; }
+
+  // Lets time pass, and does what is to be done until then.
+  void Wait(std::chrono::nanoseconds elapsed) {
+    clock_.Advance(elapsed);
+    agenda_.RunDue();
+  }
 
   tutorial::VptzResponse Call(const std::string& method, tutorial::VptzCommand command = {}) {
     command.set_method_name(method);
     const std::string bytes = command.SerializeAsString();
-    return vptzd::Dispatch(world_, method, bytes.data(), static_cast<int>(bytes.size()));
+    return Dispatch(method, bytes.data(), static_cast<int>(bytes.size()));
+  }
+
+  tutorial::VptzResponse Dispatch(std::string_view method, const void* payload, int length) {
+    vptzd::Call call;
+    const vptzd::Status status = vptzd::ReadCall(method, payload, length, &call);
+    return status == vptzd::Status::kDone ? vptzd::Answer(service_, call) : vptzd::Answer(status);
   }
 
   int Status(const std::string& method, const tutorial::VptzCommand& command = {}) {
@@ -59,6 +94,8 @@ class Simulation {
  private:
   ManualClock clock_;
   vptzd::World world_;
+  vptzd::Agenda agenda_{clock_};
+  vptzd::Service service_{world_, agenda_};
 };
 
 }  // namespace vptz_test

@@ -1,0 +1,72 @@
+#include "addresses.h"
+
+#include <charconv>
+
+namespace vptzd {
+namespace {
+
+constexpr char kSerialScheme[] = "rs232://";
+
+// Cuts off and returns what follows the last slash; none without a slash.
+std::optional<std::string> CutLast(std::string* text) {
+  const std::size_t slash = text->rfind('/');
+  if (slash == std::string::npos) return std::nullopt;
+  const std::string last = text->substr(slash + 1);
+  text->resize(slash);
+  return last;
+}
+
+std::optional<int> ReadCount(const std::optional<std::string>& text) {
+  if (!text) return std::nullopt;
+  int number = 0;
+  const char* end = text->data() + text->size();
+  const auto [rest, error] = std::from_chars(text->data(), end, number);
+  return error == std::errc() && rest == end && number >= 0 ? std::optional<int>(number) : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<Address> ReadAddress(const std::string& text) {
+  Address address;
+  std::string rest = text;
+  if (const std::size_t scheme = rest.find("://"); scheme != std::string::npos) {
+    address.scheme = rest.substr(0, scheme);
+    rest.erase(0, scheme + 3);
+  }
+  if (const std::size_t path = rest.find('/'); path != std::string::npos) {
+    address.path = rest.substr(path);
+    rest.resize(path);
+  }
+  if (const std::size_t port = rest.rfind(':'); port != std::string::npos && rest.back() != ']') {
+    address.port = rest.substr(port + 1);
+    rest.resize(port);
+  }
+  address.host = rest;
+  return rest.empty() ? std::nullopt : std::optional<Address>(address);
+}
+
+std::string ServiceUri(const std::string& protocol, const std::string& address) {
+  if (protocol == "ONVIF") return "http://" + address + "/onvif/device_service";
+  if (protocol == "NDI") return "http://" + address + "/ndi";
+  if (protocol == "NDIHX") return "http://" + address + "/ndihx";
+  if (protocol == "QX310") return "http://" + address + "/qx310";
+  if (protocol == "VISCA_OVER_IP") return "visca://" + address + ":52381";
+  return kSerialScheme + address;
+}
+
+std::optional<SerialAddress> ReadSerialAddress(const std::string& text) {
+  if (text.rfind(kSerialScheme, 0) != 0) return std::nullopt;
+  std::string rest = text.substr(sizeof kSerialScheme - 1);
+  const auto unit = ReadCount(CutLast(&rest));
+  const auto baud_rate = ReadCount(CutLast(&rest));
+  const auto line = CutLast(&rest);
+  if (!unit || !baud_rate || !line || rest.empty()) return std::nullopt;
+  return SerialAddress{rest, *line, *baud_rate, *unit};
+}
+
+std::string SerialUri(const SerialAddress& address) {
+  return kSerialScheme + address.port + "/" + address.line + "/" + std::to_string(address.baud_rate) + "/" +
+         std::to_string(address.unit);
+}
+
+}  // namespace vptzd

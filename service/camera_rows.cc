@@ -1,0 +1,279 @@
+#include "camera_rows.h"
+
+#include <memory>
+#include <set>
+#include <vector>
+
+#include <vptz/model/device.h>
+#include <vptz/model/device_type.h>
+#include <vptz/model/media.h>
+#include <vptz/model/media_parameter.h>
+#include <vptz/model/movement.h>
+#include <vptz/model/movement_parameter.h>
+#include <vptz/model/preset.h>
+#include <vptz/model/protocol.h>
+#include <vptz/model/ptz.h>
+#include <vptz/model/media_parameter-odb.hxx>
+#include <vptz/model/movement_parameter-odb.hxx>
+#include <vptz/model/preset-odb.hxx>
+
+#include "fleet.h"
+#include "log.h"
+#include "rows.h"
+#include "settings.h"
+#include "storage.h"
+
+namespace vptzd {
+namespace {
+
+constexpr unsigned kAll = 65535;
+
+std::unique_ptr<Device> NewDevice(const Camera& camera, DeviceType* type, Protocol* protocol) {
+  const CameraDescription& description = camera.description();
+  auto device = std::make_unique<Device>(description.service_uri.c_str(), description.address.c_str(), type,
+                                         protocol, "", camera.logged_in(), description.mac.c_str(),
+                                         description.uuid.c_str(), true, description.removable, false, false);
+  device->set_host_name(description.name);
+  device->set_manufacture(description.manufacturer);
+  device->set_model_name(description.model);
+  device->set_firmware_version(description.firmware);
+  if (camera.logged_in() && !description.credentials.empty()) {
+    device->set_authorization(CredentialsText(description.credentials));
+  }
+  device->update_http_uri();
+  return device;
+}
+
+// All or none, in one transaction.
+template <class Row>
+void InsertRows(std::vector<Row>* rows, const char* what) {
+  if (VptzModel::AddAll(rows->data(), static_cast<int>(rows->size())) < 0) {
+    throw StorageError(std::string("the database takes no ") + what);
+  }
+}
+
+// An axis of a simulated camera moves to positions and at velocities, not by
+// distances. None for an axis that the camera does not have.
+std::unique_ptr<Movement> StoreMovement(const Camera& camera, AxisIndex index,
+                                        std::vector<MovementParameter>* parameters) {
+  if (!camera.HasAxis(index)) return nullptr;
+  const Axis& axis = camera.axis(index);
+  auto movement = std::make_unique<Movement>(true, true, false);
+  InsertRow(movement.get(), "movement");
+  parameters->emplace_back(movement.get(), "position", axis.position(), axis.limits().min, axis.limits().max);
+  parameters->emplace_back(movement.get(), "speed", 0.0, 0.0, axis.limits().top_speed);
+  return movement;
+}
+
+std::uint32_t StorePtz(Device* device, const Camera& camera) {
+  std::vector<MovementParameter> parameters;
+  const auto pan = StoreMovement(camera, kPan, &parameters);
+  const auto tilt = StoreMovement(camera, kTilt, &parameters);
+  const auto zoom = StoreMovement(camera, kZoom, &parameters);
+  InsertRows(&parameters, "movement parameters");
+  Ptz ptz(device, pan.get(), tilt.get(), zoom.get(), camera.ptz_token(), "", true,
+          static_cast<int>(camera.track_mode()));
+  InsertRow(&ptz, "PTZ node");
+  std::vector<Preset> presets;
+  for (const StoredPosition& preset : camera.presets().all()) {
+    presets.emplace_back(&ptz, preset.id, preset.token, preset.name, preset.position[kPan],
+                         preset.position[kTilt], preset.position[kZoom]);
+  }
+  InsertRows(&presets, "presets");
+  return ptz.id();
+}
+
+struct NamedValue {
+  const char* name;
+  double value;
+  double min;
+  double max;
+};
+
+std::string StreamUri(const CameraDescription& camera, const std::string& token) {
+  return IsSerial(camera.protocol) ? "" : "rtsp://" + camera.address + "/" + token;
+}
+
+std::uint32_t StoreMedia(Device* device, const CameraDescription& camera, const MediaProfile& profile) {
+  Media media(device, profile.token, StreamUri(camera, profile.token), "", true);
+  InsertRow(&media, "media source");
+  const VideoEncoder& video = profile.encoder;
+  const ImageSettings& image = profile.image;
+  const NamedValue values[] = {
+      {"width", video.width, 0.0, video.width},           {"height", video.height, 0.0, video.height},
+      {"frame_rate", video.frame_rate, 1.0, 60.0},        {"bit_rate", video.bit_rate, 64.0, 20000.0},
+      {"brightness", image.brightness, 0.0, 100.0},       {"contrast", image.contrast, 0.0, 100.0},
+      {"sharpness", image.sharpness, 0.0, 100.0},         {"auto_focus", image.auto_focus, 0.0, 1.0},
+      {"backlight_mode", image.backlight_mode, 0.0, 1.0},
+  };
+  std::vector<MediaParameter> parameters;
+  for (const NamedValue& value : values) {
+    parameters.emplace_back(&media, value.name, value.value, value.min, value.max);
+  }
+  InsertRows(&parameters, "media parameters");
+  return media.id();
+}
+
+CameraIds StoreNewCamera(const Camera& camera) {
+  const CameraDescription& description = camera.description();
+  const char* kind = IsSerial(description.protocol) ? "controller" : "camera";
+  const auto type = FoundRow<DeviceType>([&](DeviceType** row) { return DeviceType::QueryByName(row, kind); });
+  const auto protocol =
+      FoundRow<Protocol>([&](Protocol** row) { return Protocol::QueryByName(row, description.protocol); });
+  const std::unique_ptr<Device> device = NewDevice(camera, type.get(), protocol.get());
+  InsertRow(device.get(), "device");
+  CameraIds ids;
+  ids.device = device->id();
+  for (const MediaProfile& profile : camera.media_profiles()) {
+    ids.media.push_back(StoreMedia(device.get(), description, profile));
+  }
+  ids.ptz = StorePtz(device.get(), camera);
+  // The last step: tells that nothing is missing.
+  ChangeDevice(ids.device, [](Device& row) { row.set_is_setting_applied(true); });
+  return ids;
+}
+
+std::set<std::uint32_t> UsedMovements() {
+  // Not empty at first: only then is a failure told from a table without rows.
+  std::vector<Ptz*> nodes = {new Ptz};
+  if (Ptz::QueryAll(&nodes, 0, kAll) < 0) throw StorageError("the database does not tell its PTZ nodes");
+  std::set<std::uint32_t> used;
+  for (const Ptz* node : nodes) used.insert({node->pan_id(), node->tilt_id(), node->zoom_id()});
+  VptzModel::CleanQuery(&nodes);
+  return used;
+}
+
+// Movements refer to nothing, so they don't go with their device.
+void RemoveUnusedMovements() {
+  const auto movements =
+      FoundRows<Movement>([](std::vector<Movement*>* rows) { return Movement::QueryAll(rows, 0, kAll); });
+  const std::set<std::uint32_t> used = UsedMovements();
+  for (const auto& movement : movements) {
+    if (used.count(movement->id()) == 0) Movement::Remove(movement->id());
+  }
+}
+
+// The ids of a camera's rows; none when some are missing.
+CameraIds IdsOf(const Device& device, const Camera& camera) {
+  if (!device.is_setting_applied()) return {};
+  CameraIds ids;
+  const auto ptz =
+      FoundRow<Ptz>([&](Ptz** row) { return Ptz::QueryByNode(row, device.id(), camera.ptz_token()); });
+  if (ptz == nullptr) return {};
+  for (const MediaProfile& profile : camera.media_profiles()) {
+    const auto media =
+        FoundRow<Media>([&](Media** row) { return Media::QueryByNode(row, device.id(), profile.token); });
+    if (media == nullptr) return {};
+    ids.media.push_back(media->id());
+  }
+  ids.device = device.id();
+  ids.ptz = ptz->id();
+  return ids;
+}
+
+std::unique_ptr<Device> DeviceAt(const std::string& service_uri) {
+  return FoundRow<Device>([&](Device** row) { return Device::QueryByServiceUri(row, service_uri); });
+}
+
+// The camera takes on what its rows hold.
+void TakeOn(const Device& device, const CameraIds& ids, Member* member) {
+  Camera& camera = member->camera;
+  member->ids = ids;
+  if (const Protocol* protocol = device.protocol()) camera.description().protocol = protocol->name();
+  camera.presets() = StoredPresets(ids.ptz, camera.description().protocol);
+  camera.set_logged_in(device.authorized());
+  const auto node = FoundRow<Ptz>([&](Ptz** row) { return Ptz::QueryById(row, ids.ptz); });
+  if (const auto home = StoredHome(ids.ptz)) camera.SetHome(*home);
+  camera.set_track_mode(static_cast<std::uint32_t>(node->track_mode()));
+  for (std::size_t i = 0; i < ids.media.size(); ++i) {
+    const MediaProfile& profile = camera.media_profiles()[i];
+    camera.SetImage(profile.token, StoredImage(ids.media[i], profile.image));
+  }
+  StoreAxes(ids.ptz, camera);
+}
+
+CameraDescription DescriptionOf(const Device& device) {
+  const Protocol* protocol = device.protocol();
+  CameraDescription camera = PlainCamera(protocol == nullptr ? "ONVIF" : protocol->name(), device.address());
+  camera.service_uri = device.service_uri();
+  camera.name = device.host_name();
+  camera.mac = device.mac();
+  camera.uuid = device.uuid();
+  camera.manufacturer = device.manufacture();
+  camera.model = device.model_name();
+  camera.firmware = device.firmware_version();
+  camera.removable = device.deletable();
+  camera.credentials = StoredCredentials(device);
+  return camera;
+}
+
+void Restore(const Device& device, World& world) {
+  const CameraDescription description = DescriptionOf(device);
+  const CameraIds ids = IdsOf(device, Camera(description));
+  if (ids.device == 0) {
+    RemoveCamera(device.id());  // the service was killed while it added it
+    return;
+  }
+  Member* member = world.Add(description);
+  if (member == nullptr) {
+    VPTZD_LOG(ZERK_LOG_WARNING, "the device %u is one more than can be simulated", device.id());
+    return;
+  }
+  TakeOn(device, ids, member);
+}
+
+void RestoreFollowers(World& world) {
+  for (const auto& member : world.members()) {
+    if (member->known()) member->follower = StoredFollower(member->ids.device);
+  }
+}
+
+}  // namespace
+
+CameraIds StoreCamera(const Camera& camera) {
+  const auto device = DeviceAt(camera.description().service_uri);
+  if (device == nullptr) return StoreNewCamera(camera);
+  const CameraIds ids = IdsOf(*device, camera);
+  if (ids.device != 0) return ids;
+  // The service was killed while it wrote: what is there goes, and is written anew.
+  RemoveCamera(device->id());
+  return StoreNewCamera(camera);
+}
+
+// The device comes last: while it is there the next start knows that something
+// is to be removed.
+void RemoveCamera(std::uint32_t device) {
+  Ptz::RemoveByDevice(device);
+  RemoveUnusedMovements();
+  if (Device::Remove(device) < 0) throw StorageError("the database keeps a device");
+}
+
+void StoreCameras(World& world) {
+  for (const auto& member : world.members()) {
+    const CameraDescription& description = member->camera.description();
+    const auto device = DeviceAt(description.service_uri);
+    if (WasRemoved(description.service_uri)) {
+      if (device != nullptr) RemoveCamera(device->id());  // the service was killed while it removed it
+      continue;
+    }
+    if (device == nullptr && !description.known) continue;
+    const CameraIds ids = StoreCamera(member->camera);
+    if (device != nullptr && device->id() == ids.device) {
+      TakeOn(*device, ids, member.get());
+    } else {
+      member->ids = ids;
+    }
+  }
+}
+
+void RestoreAdditions(World& world) {
+  for (const std::string& port : StoredPorts()) world.AddUsbTtyDevice(port);
+  const auto devices =
+      FoundRows<Device>([](std::vector<Device*>* rows) { return Device::QueryAll(rows, 0, kAll); });
+  for (const auto& device : devices) {
+    if (world.MemberOfService(device->service_uri()) == nullptr) Restore(*device, world);
+  }
+  RestoreFollowers(world);
+}
+
+}  // namespace vptzd

@@ -1,0 +1,161 @@
+#include <cstdlib>
+#include <optional>
+
+#include <vptz/vptz_data.h>
+
+#include "handlers.h"
+#include "lookup.h"
+#include "request.h"
+#include "rows.h"
+
+namespace vptzd {
+
+using tutorial::DeviceCommand;
+using tutorial::MediaCommand;
+using tutorial::VptzCommand;
+using tutorial::VptzResponse;
+
+namespace {
+
+constexpr char kLeaveMode[] = "DEFAULT";
+
+// The speed of a focus drive that tells none, as a part of the top speed.
+constexpr double kOrdinaryDrive = 0.5;
+
+void Set(bool present, double value, double* setting) {
+  if (present && value != kVptzNotCommanded) *setting = value;
+}
+
+// The text decides over the number. False for an unknown text.
+bool SetFocusMode(const std::string& text, double* auto_focus) {
+  if (text.empty() || text == kLeaveMode) return true;
+  if (text != "AUTO" && text != "MANUAL") return false;
+  *auto_focus = text == "AUTO" ? 1.0 : 0.0;
+  return true;
+}
+
+bool Apply(const MediaCommand& media, ImageSettings* image) {
+  Set(media.has_brightness(), media.brightness(), &image->brightness);
+  Set(media.has_contrast(), media.contrast(), &image->contrast);
+  Set(media.has_sharpness(), media.sharpness(), &image->sharpness);
+  Set(media.has_backlight_mode(), media.backlight_mode(), &image->backlight_mode);
+  Set(media.has_auto_focus(), media.auto_focus(), &image->auto_focus);
+  return SetFocusMode(media.auto_focus_mode(), &image->auto_focus);
+}
+
+ImageSettings ImageOf(World& world, const Member& member, const std::string& token) {
+  const auto lock = world.Enter();
+  return member.camera.FindMediaProfile(token)->image;
+}
+
+// Tries the picture on a camera of its own, so that a refusal comes first.
+Status Check(World& world, const Member& member, const std::string& token, const ImageSettings& image) {
+  const auto lock = world.Enter();
+  if (!member.camera.powered()) return Status::kPoweredOff;
+  Camera trial = member.camera;
+  return trial.SetImage(token, image);
+}
+
+VptzResponse Store(Service& service, std::uint32_t media, Member* member, const std::string& token,
+                   const ImageSettings& image) {
+  const Status status = Check(service.world, *member, token, image);
+  if (status != Status::kDone) return Answer(status);
+  StoreImage(media, image);
+  {
+    const auto lock = service.world.Enter();
+    member->camera.SetImage(token, image);
+  }
+  service.AnnounceRows();
+  return Answer(Status::kDone);
+}
+
+// The text of a focus drive: a part of the top speed above 0 up to 1; any other
+// text means the ordinary speed.
+double DriveSpeed(const std::string& text) {
+  char* end = nullptr;
+  const double speed = std::strtod(text.c_str(), &end);
+  const bool whole = !text.empty() && end == text.c_str() + text.size();
+  return whole && speed > 0.0 && speed <= 1.0 ? speed : kOrdinaryDrive;
+}
+
+VptzResponse DriveFocus(Service& service, const VptzCommand& command, double direction) {
+  if (!command.has_device_command()) return Answer(Status::kBadRequest);
+  const DeviceCommand& device = command.device_command();
+  Member* member = nullptr;
+  std::string token;
+  Status status = LookUpMedia(service, command, device.device_id(), Need::kLogin, &member, &token);
+  if (status != Status::kDone) return Answer(status);
+  bool was_automatic = false;
+  ImageSettings image;
+  {
+    const auto lock = service.world.Enter();
+    was_automatic = member->camera.FindMediaProfile(token)->image.auto_focus != 0.0;
+    status = member->camera.DriveFocus(token, direction * DriveSpeed(device.token()));
+    image = member->camera.FindMediaProfile(token)->image;
+  }
+  if (status != Status::kDone || !was_automatic) return Answer(status);
+  StoreImage(device.device_id(), image);
+  service.AnnounceRows();
+  return Answer(Status::kDone);
+}
+
+}  // namespace
+
+VptzResponse GetCapabilities(Service& service, const VptzCommand& command) {
+  Member* member = nullptr;
+  const Status status = LookUpDevice(service, command, Need::kLogin, &member);
+  if (status != Status::kDone) return Answer(status);
+  std::optional<Camera> camera;
+  {
+    const auto lock = service.world.Enter();
+    camera = member->camera;
+  }
+  StoreAxes(member->ids.ptz, *camera);
+  for (std::size_t i = 0; i < member->ids.media.size(); ++i) {
+    StoreImage(member->ids.media[i], camera->media_profiles()[i].image);
+  }
+  service.AnnounceRows();
+  return Answer(Status::kDone);
+}
+
+VptzResponse SetImagingSettings(Service& service, const VptzCommand& command) {
+  if (!command.has_media_command()) return Answer(Status::kBadRequest);
+  const MediaCommand& media = command.media_command();
+  Member* member = nullptr;
+  std::string token;
+  const Status status = LookUpMedia(service, command, media.media_id(), Need::kLogin, &member, &token);
+  if (status != Status::kDone) return Answer(status);
+  ImageSettings image = ImageOf(service.world, *member, token);
+  if (!Apply(media, &image)) return Answer(Status::kBadRequest);
+  return Store(service, media.media_id(), member, token, image);
+}
+
+VptzResponse SwitchFocusMode(Service& service, const VptzCommand& command) {
+  if (!command.has_media_command()) return Answer(Status::kBadRequest);
+  const std::uint32_t media = command.media_command().media_id();
+  Member* member = nullptr;
+  std::string token;
+  const Status status = LookUpMedia(service, command, media, Need::kLogin, &member, &token);
+  if (status != Status::kDone) return Answer(status);
+  ImageSettings image = ImageOf(service.world, *member, token);
+  image.auto_focus = image.auto_focus == 0.0 ? 1.0 : 0.0;
+  return Store(service, media, member, token, image);
+}
+
+VptzResponse FocusFar(Service& service, const VptzCommand& command) {
+  return DriveFocus(service, command, 1.0);
+}
+
+VptzResponse FocusNear(Service& service, const VptzCommand& command) {
+  return DriveFocus(service, command, -1.0);
+}
+
+VptzResponse FocusStop(World& world, const VptzCommand& command) {
+  if (!command.has_device_command()) return Answer(Status::kBadRequest);
+  Member* member = world.MemberOfMedia(command.device_command().device_id());
+  const Status status = world.CheckThere(member, command.method_name());
+  if (status == Status::kDone) member->camera.StopFocus();
+  return Answer(status);
+}
+
+}  // namespace vptzd

@@ -1,0 +1,29 @@
+// How handlers that store find the camera that their command is about.
+#ifndef VPTZ_SERVICE_LOOKUP_H
+#define VPTZ_SERVICE_LOOKUP_H
+
+#include <vptz/vptz.pb.h>
+
+#include "service.h"
+
+namespace vptzd {
+
+enum class Need {
+  kAnswer,  // the camera is there
+  kLogin    // and the service is logged in to it
+};
+
+// Each gives the member that the command's sub-message names. kBadRequest when
+// the command has none, and the refusals of World::CheckThere and
+// World::CheckUsable. Only for handlers that store: the member stays, and its ids
+// may be read without the lock; its camera may not.
+Status LookUpDevice(Service& service, const tutorial::VptzCommand& command, Need need, Member** member);
+Status LookUpPtz(Service& service, const tutorial::VptzCommand& command, Need need, Member** member);
+
+// Also the token of the media profile.
+Status LookUpMedia(Service& service, const tutorial::VptzCommand& command, std::uint32_t media, Need need,
+                   Member** member, std::string* token);
+
+}  // namespace vptzd
+
+#endif

@@ -1,0 +1,34 @@
+// A request on the bus until it has been answered.
+#ifndef VPTZ_SERVICE_REPLY_H
+#define VPTZ_SERVICE_REPLY_H
+
+#include <string>
+#include <utility>
+
+#include <dorv_bus_service.h>
+
+namespace vptzd {
+
+// A request that is destroyed unanswered, because the service ends, fails.
+class Request {
+ public:
+  explicit Request(bus_request* request) : request_(request), method_(bus_request_method(request)) {}
+  ~Request();
+  Request(const Request&) = delete;
+  Request& operator=(const Request&) = delete;
+
+  const std::string& method() const { return method_; }
+  std::string payload() const;
+
+  // Each ends the request.
+  void Reply(const std::string& bytes);
+  void Fail(int error);
+
+ private:
+  bus_request* request_;
+  std::string method_;
+};
+
+}  // namespace vptzd
+
+#endif

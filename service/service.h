@@ -1,0 +1,30 @@
+// What a handler works with.
+#ifndef VPTZ_SERVICE_SERVICE_H
+#define VPTZ_SERVICE_SERVICE_H
+
+#include <chrono>
+#include <functional>
+#include <string>
+
+#include "agenda.h"
+#include "world.h"
+
+namespace vptzd {
+
+// Sends a signal to whoever has subscribed to it.
+using Emit = std::function<void(const char* signal, const std::string& payload)>;
+
+// World and agenda outlive it.
+struct Service {
+  World& world;
+  Agenda& agenda;
+  std::chrono::milliseconds search_time{1000};
+  Emit emit = [](const char*, const std::string&) {};
+
+  // Tells everybody that rows of the database have changed.
+  void AnnounceRows() const { emit("update_devices", ""); }
+};
+
+}  // namespace vptzd
+
+#endif

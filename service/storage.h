@@ -1,0 +1,49 @@
+// What the sources that use the database share.
+#ifndef VPTZ_SERVICE_STORAGE_H
+#define VPTZ_SERVICE_STORAGE_H
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <vptz/model/vptzmodel.h>
+
+namespace vptzd {
+
+// The database does not take or give what it should.
+class StorageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// What a lookup of the model found, owned; null for nothing.
+template <class Row, class Query>
+std::unique_ptr<Row> FoundRow(Query query) {
+  Row* row = nullptr;
+  query(&row);
+  return std::unique_ptr<Row>(row);
+}
+
+// The same of a lookup of several rows.
+template <class Row, class Query>
+std::vector<std::unique_ptr<Row>> FoundRows(Query query) {
+  std::vector<Row*> rows;
+  query(&rows);
+  return std::vector<std::unique_ptr<Row>>(rows.begin(), rows.end());
+}
+
+// Inserts a row; its id is in it afterwards.
+template <class Row>
+void InsertRow(Row* row, const char* what) {
+  if (Row::Add(row) < 0) throw StorageError(std::string("the database takes no ") + what);
+}
+
+template <class Row>
+void UpdateRow(const Row& row, const char* what) {
+  if (Row::Update(row) < 0) throw StorageError(std::string("the database does not change its ") + what);
+}
+
+}  // namespace vptzd
+
+#endif

@@ -1,0 +1,83 @@
+// What the tool tells of each fault that the reference service can be given.
+#include "cli_test.h"
+
+namespace {
+
+using testing::HasSubstr;
+using vptz_test::CliTest;
+using vptz_test::ExpectFailure;
+using vptz_test::Json;
+using vptz_test::RunResult;
+
+class FaultTest : public CliTest {
+ protected:
+  // Starts the service anew with a fault of camera 1.
+  void Suffer(const std::string& fault) {
+    service.reset();
+    const std::string fleet = R"({"faults": [{"camera": 1, )" + fault + "}]}";
+    StartService({"--fleet", Write("fleet.json", fleet)});
+  }
+
+  Json Failure(const std::string& line, int exit_code, const std::string& name) {
+    const RunResult result = Ctl("--json --timeout 1 " + line);
+    ExpectFailure(result, exit_code, name);
+    return Json::parse(result.output);
+  }
+
+  std::string LoginLine() {
+    return "device login camera-1 admin --password-file " + Write("password", "admin");
+  }
+};
+
+TEST_F(FaultTest, ACameraThatDoesNotAnswer) {
+  Suffer(R"("kind": "offline")");
+  EXPECT_EQ(Failure("ptz move camera-1 --pan 5", 1, "offline")["status"], -1010);
+  EXPECT_THAT(Ctl("ptz move camera-1 --pan 5").errors,
+              HasSubstr("refused by the service: the camera does not answer"));
+}
+
+TEST_F(FaultTest, ACameraThatTakesNoLogin) {
+  Suffer(R"("kind": "refuse_login")");
+  Failure(LoginLine(), 1, "not_logged_in");
+}
+
+TEST_F(FaultTest, ACameraThatForgetsItsPresets) {
+  Suffer(R"("kind": "forget_presets")");
+  ASSERT_EQ(Ctl(LoginLine()).exit_code, 0);
+  Ctl("preset set camera-1 mine");
+  Failure("preset goto camera-1 mine", 1, "unknown_id");
+}
+
+TEST_F(FaultTest, ACameraThatLosesItsPowerInAMove) {
+  Suffer(R"("kind": "lose_power", "milliseconds": 1)");
+  ASSERT_EQ(Ctl(LoginLine()).exit_code, 0);
+  ASSERT_EQ(Ctl("ptz move camera-1 --pan 90").exit_code, 0);
+  EXPECT_EQ(Ctl("ptz watch camera-1 --until-still --interval 0.01").exit_code, 0);
+  Failure("ptz move camera-1 --pan 1", 1, "powered_off");
+}
+
+TEST_F(FaultTest, ASlowReplyIsATimeOut) {
+  Suffer(R"("kind": "delay", "milliseconds": 60000, "method": "ptz_stop")");
+  Failure("ptz stop camera-1", 4, "ETIMEDOUT");
+}
+
+TEST_F(FaultTest, ALostReplyIsATimeOut) {
+  Suffer(R"("kind": "drop", "method": "ptz_stop")");
+  Failure("ptz stop camera-1", 4, "ETIMEDOUT");
+}
+
+TEST_F(FaultTest, AnOversizedReplyIsAnotherFailure) {
+  Suffer(R"("kind": "oversize", "method": "ptz_stop")");
+  Failure("ptz stop camera-1", 6, "EMSGSIZE");
+}
+
+// The library takes what it can read of a reply, and its status where it can
+// read one; whatever comes out, the tool ends with an ordinary answer.
+TEST_F(FaultTest, AGarbledReplyGetsAnOrdinaryAnswer) {
+  Suffer(R"("kind": "garble", "method": "get_ptz_profiles")");
+  const RunResult result = Ctl("--json ptz position camera-1");
+  EXPECT_LT(result.exit_code, 8) << result.errors;
+  EXPECT_TRUE(Json::parse(result.output).contains("status"));
+}
+
+}  // namespace

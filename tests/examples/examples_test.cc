@@ -1,0 +1,52 @@
+#include "fixture.h"
+
+namespace {
+
+using testing::HasSubstr;
+using vptz_test::RunResult;
+using vptz_test::ServiceTest;
+
+class ExamplesTest : public ServiceTest {
+ protected:
+  // What an example prints; it must succeed.
+  std::string Example(const std::string& name, const std::vector<std::string>& arguments = {}) {
+    std::vector<std::string> words = {std::string(VPTZ_EXAMPLES) + "/example_" + name};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    const RunResult result = RunHere(words);
+    EXPECT_EQ(result.exit_code, 0) << result.output << result.errors;
+    EXPECT_EQ(result.errors, "");
+    return result.output;
+  }
+};
+
+TEST_F(ExamplesTest, StatusListsTheDevices) {
+  EXPECT_THAT(Example("status"), testing::AllOf(HasSubstr("library 0.1.0, 2 devices"), HasSubstr("ONVIF")));
+}
+
+TEST_F(ExamplesTest, SearchFindsCameras) { EXPECT_THAT(Example("search"), HasSubstr("2 devices were known")); }
+
+TEST_F(ExamplesTest, TheJoystickMovesAndStops) {
+  Example("joystick");
+  const std::string first = Example("status");
+  EXPECT_EQ(Example("status"), first);
+}
+
+TEST_F(ExamplesTest, ThePresetTourGoesToEachPreset) { EXPECT_THAT(Example("preset_tour"), HasSubstr("pan ")); }
+
+TEST_F(ExamplesTest, ImagingSetsThePicture) {
+  EXPECT_THAT(Example("imaging"), HasSubstr("brightness 60, contrast 55"));
+}
+
+TEST_F(ExamplesTest, NatShowsTheAddressesFromOutside) {
+  EXPECT_THAT(Example("nat"), HasSubstr("from outside: rtsp://"));
+}
+
+TEST_F(ExamplesTest, TheDatabaseIsReadWithoutTheService) {
+  EXPECT_THAT(Example("database", {Database()}), HasSubstr("presets point to the right"));
+}
+
+TEST_F(ExamplesTest, TheAsynchronousCallIsAnswered) {
+  EXPECT_THAT(Example("asynchronous"), testing::AllOf(HasSubstr("sent"), HasSubstr("get_status: ")));
+}
+
+}  // namespace

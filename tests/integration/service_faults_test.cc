@@ -1,0 +1,125 @@
+// Faults on demand, and cameras as a fleet file describes them.
+#include <cerrno>
+
+#include "integration/service_host.h"
+
+namespace vptz_test {
+namespace {
+
+using testing::HasSubstr;
+
+class ServiceFaults : public ServiceHost {
+ protected:
+  // Puts other faults in force while the service runs.
+  void Now(const std::string& faults, int count) {
+    WriteFleet(faults);
+    const std::string line = "vptzd: " + std::to_string(count) + " faults in force";
+    service_->Signal(SIGHUP);
+    EXPECT_TRUE(WaitUntil([&] { return Told(line); })) << service_->Errors();
+  }
+};
+
+TEST_F(ServiceFaults, RepliesAreLostEnlargedAndGarbled) {
+  ServeFleet(R"({"faults": [{"kind": "drop", "method": "get_status"},
+                            {"kind": "oversize", "method": "goto_home"},
+                            {"kind": "garble", "method": "set_home"}]})");
+  const auto client = Connected();
+  EXPECT_EQ(client->GetStatus(1), -ETIMEDOUT);
+  EXPECT_EQ(client->GotoHome(1, 1, 1, 1), -EMSGSIZE);
+  EXPECT_EQ(client->SetHome(1), 0) << "a reply that cannot be read holds no status";
+  EXPECT_EQ(client->GetDevicesPowerStatus(), 1);
+  EXPECT_EQ(End(), 0);
+}
+
+TEST_F(ServiceFaults, AreExchangedWhileTheServiceRuns) {
+  ServeFleet("{}");
+  const auto client = Connected();
+  EXPECT_EQ(client->AbsolutePanMove(1, 5, 5), 0);
+  Now(R"({"faults": [{"kind": "offline", "camera": 1}, {"kind": "refuse_login", "camera": "camera-2"}]})", 2);
+  EXPECT_EQ(client->AbsolutePanMove(1, 5, 5), -1010);
+  EXPECT_EQ(client->AbsolutePanMove(2, 5, 5), 0);
+  EXPECT_EQ(client->UpdateDeviceInfo(1), -1010);
+  EXPECT_EQ(Value("SELECT is_alive FROM device WHERE id = 1"), "0");
+  EXPECT_EQ(client->Login(2, "admin", "admin"), -1007);
+  Now("{}", 0);
+  EXPECT_EQ(client->AbsolutePanMove(1, 5, 5), 0);
+  EXPECT_EQ(client->UpdateDeviceInfo(1), 0);
+  EXPECT_EQ(Value("SELECT is_alive FROM device WHERE id = 1"), "1");
+}
+
+TEST_F(ServiceFaults, StayAsTheyAreWhenTheFileTurnsBad) {
+  ServeFleet(R"({"faults": [{"kind": "offline", "camera": 1}]})");
+  WriteFleet("{\n\"faults\": 3}");
+  service_->Signal(SIGHUP);
+  EXPECT_TRUE(WaitUntil([&] { return service_->Errors().find("stay as they are") != std::string::npos; }));
+  EXPECT_THAT(service_->Errors(), HasSubstr("fleet.json:2:"));
+  EXPECT_EQ(Connected()->AbsolutePanMove(1, 5, 5), -1010);
+}
+
+TEST_F(ServiceFaults, CameraLosesItsPowerInTheMove) {
+  ServeFleet(R"({"faults": [{"kind": "lose_power", "camera": 1, "milliseconds": 300}]})");
+  const auto client = Connected();
+  EXPECT_EQ(client->AbsolutePanMove(1, 170, 100), 0);
+  EXPECT_TRUE(WaitUntil([&] { return client->GetDevicesPowerStatus() == 0; }));
+  EXPECT_EQ(client->AbsolutePanMove(1, 0, 100), -1009);
+  VptzPtzData ptz;
+  EXPECT_EQ(client->QueryPtzProfiles(1, "ptz0", &ptz), 0);
+  EXPECT_GT(ptz.pan.position.value, 0);
+  EXPECT_LT(ptz.pan.position.value, 170);
+}
+
+TEST_F(ServiceFaults, CameraForgetsItsPresets) {
+  ServeFleet(R"({"faults": [{"kind": "forget_presets", "camera": 1}]})");
+  const auto client = Connected();
+  EXPECT_EQ(client->GotoPreset(1, "preset1", 100, 80, 8), -1004);
+  EXPECT_EQ(client->UpdatePresets(1), 0);
+  EXPECT_EQ(Value("SELECT count(*) FROM preset WHERE ptz = 1"), "0");
+}
+
+TEST_F(ServiceFaults, SlowCameraKeepsNobodyElseWaiting) {
+  ServeFleet(R"({"faults": [{"kind": "delay", "camera": 1, "milliseconds": 60000}]})");
+  const auto client = Connected();
+  EXPECT_EQ(client->AbsolutePanMove(1, 5, 5, 1), -ETIMEDOUT);
+  EXPECT_LT(Took([&] { EXPECT_EQ(client->AbsolutePanMove(2, 5, 5), 0); }), kAtOnce);
+  EXPECT_EQ(End(), 0);
+}
+
+TEST_F(ServiceFaults, MotionOfAClientThatHasGoneIsStopped) {
+  Serve({"--grace", "0.5"});
+  EXPECT_EQ(Connected()->ContinuousPanMove(1, 10), 0);
+  // Only the database is looked at: a call would be a sign of life.
+  const std::string query =
+      "SELECT value FROM movement_parameter m JOIN ptz p ON p.pan = m.movement WHERE p.id = 1 AND m.name = "
+      "'position'";
+  EXPECT_TRUE(WaitUntil([&] { return std::stod(Value(query)) > 4.9; }));
+  const auto client = Connected();
+  VptzPtzData ptz;
+  EXPECT_EQ(client->QueryPtzProfiles(1, "ptz0", &ptz), 0);
+  EXPECT_EQ(ptz.pan.speed.value, 0);
+  EXPECT_NEAR(ptz.pan.position.value, 5, 0.1);
+}
+
+TEST_F(ServiceFaults, FleetDescribesItsCameras) {
+  ServeFleet(R"({"cameras": [
+      {"protocol": "NDIHX", "name": "Choir", "user": "u", "password": "p", "zoom": null,
+       "pan": {"min": -10, "max": 10, "speed": 5, "acceleration": 50}, "presets": [{"name": "Left", "pan": -10}]},
+      {"count": 2, "protocol": "NDI", "known": false}]})");
+  EXPECT_TRUE(Told("with 1 cameras"));
+  const auto client = Connected();
+  EXPECT_EQ(client->AbsoluteZoomMove(1, 2, 1), -1005);
+  EXPECT_EQ(client->AbsolutePanMove(1, 11, 5), -1006);
+  EXPECT_EQ(client->AbsolutePanMove(1, 10, 5), 0);
+  EXPECT_EQ(Value("SELECT preset_id || name || pan FROM preset"), "'11Left-10.0'");
+  EXPECT_EQ(client->SetPreset(1, "Right", ""), 0);
+  EXPECT_EQ(Value("SELECT token FROM preset WHERE preset_id = 12"), "'preset12'");
+}
+
+TEST_F(ServiceFaults, BadFleetFileIsToldWithItsLine) {
+  WriteFleet("{\"cameras\": [\n  {\"protocol\": \"ONVIF\"},\n  {\"protocol\": \"ONVIV\"}]}");
+  const RunResult result = vptz_test::Run({VPTZD, "--fleet", fleet_file_, "--database", file_});
+  EXPECT_EQ(result.exit_code, 6);
+  EXPECT_THAT(result.errors, HasSubstr("fleet.json:3: \"protocol\" of a camera is to be"));
+}
+
+}  // namespace
+}  // namespace vptz_test

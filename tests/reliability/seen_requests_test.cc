@@ -1,0 +1,59 @@
+// What the service half remembers of the requests that came: enough to execute
+// none twice, and never more than so much.
+#include <gtest/gtest.h>
+
+#include <random>
+#include <vector>
+
+#include "request_identity.h"
+
+namespace dorv {
+namespace {
+
+RequestIdentity Request(std::uint64_t caller, std::uint64_t sequence, std::chrono::seconds due) {
+  return RequestIdentity::Make(caller, sequence, Clock::now() + due);
+}
+
+constexpr std::chrono::hours kFarAway{24 * 365};
+
+TEST(SeenRequests, StayBoundedUnderAMillionIdentities) {
+  SeenRequests seen;
+  std::mt19937_64 random(1);
+  std::size_t most = 0;
+  for (int i = 0; i < 1000000; ++i) {
+    EXPECT_TRUE(seen.Insert(Request(random(), random(), kFarAway)));
+    most = std::max(most, seen.size());
+  }
+  EXPECT_EQ(most, SeenRequests::kMostCallers);
+  RecordProperty("most_callers", static_cast<int>(most));
+}
+
+TEST(SeenRequests, OfOneCallerTakeTheRoomOfOne) {
+  SeenRequests seen;
+  for (std::uint64_t i = 1; i <= 1000; ++i) EXPECT_TRUE(seen.Insert(Request(7, i, kFarAway)));
+  EXPECT_EQ(seen.size(), 1U);
+  for (std::uint64_t i = 1; i <= 1000; ++i) EXPECT_FALSE(seen.Insert(Request(7, i, kFarAway)));
+}
+
+TEST(SeenRequests, AreForgottenWhenNobodyCouldRepeatThem) {
+  SeenRequests seen;
+  for (std::uint64_t caller = 1; caller <= 1000; ++caller) {
+    EXPECT_TRUE(seen.Insert(Request(caller, 1, std::chrono::seconds(0))));
+    EXPECT_LE(seen.size(), 2U);
+  }
+}
+
+TEST(SeenRequests, OfACallerAtWorkAreKeptWhateverOthersMakeUp) {
+  SeenRequests seen;
+  std::mt19937_64 random(2);
+  for (std::uint64_t i = 1; i <= 100; ++i) {
+    EXPECT_TRUE(seen.Insert(Request(7, i, kFarAway)));
+    for (std::size_t made_up = 0; made_up + 1 < SeenRequests::kMostCallers; ++made_up) {
+      seen.Insert(Request(random(), 1, kFarAway));
+    }
+    EXPECT_FALSE(seen.Insert(Request(7, i, kFarAway))) << "would be executed twice";
+  }
+}
+
+}  // namespace
+}  // namespace dorv

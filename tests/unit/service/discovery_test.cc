@@ -1,0 +1,136 @@
+#include <string>
+
+#include <gmock/gmock.h>
+#include <vptz/model/device.h>
+#include <vptz/model/device_type.h>
+#include <vptz/model/movement.h>
+#include <vptz/model/protocol.h>
+
+#include "stored_simulation.h"
+
+namespace vptz_test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using tutorial::VptzCommand;
+
+class DiscoveryTest : public StoredSimulation {
+ protected:
+  static VptzCommand SearchFor(const std::string& protocols) {
+    VptzCommand command;
+    command.mutable_device_command()->set_protocol(protocols);
+    return command;
+  }
+  static VptzCommand Added(const std::string& protocol, const std::string& address,
+                           const std::string& user = "", const std::string& password = "") {
+    VptzCommand command = SearchFor(protocol);
+    command.mutable_device_command()->set_address(address);
+    command.mutable_device_command()->set_user(user);
+    command.mutable_device_command()->set_password(password);
+    return command;
+  }
+};
+
+TEST_F(DiscoveryTest, SearchTellsEachCameraAndItsEnd) {
+  EXPECT_EQ(Status("search_device", SearchFor("ONVIF, NDI,NO_SUCH")), 0);
+  EXPECT_EQ(RowCount<Device>(), 2U);
+  Wait(334ms);
+  EXPECT_THAT(TakeSignals(), ElementsAre("update_devices"));
+  EXPECT_EQ(RowCount<Device>(), 3U);
+  Wait(334ms);
+  Wait(334ms);
+  EXPECT_THAT(TakeSignals(), ElementsAre("update_devices", "finish/search_device"));
+  EXPECT_EQ(RowOf<Device>(3)->protocol()->name(), "ONVIF");
+  EXPECT_EQ(RowOf<Device>(4)->protocol()->name(), "NDI");
+  EXPECT_FALSE(RowOf<Device>(4)->authorized());
+}
+
+TEST_F(DiscoveryTest, SearchThatFindsNothingTakesItsTimeAsWell) {
+  EXPECT_EQ(Status("search_device", SearchFor("RS232")), 0);
+  Wait(999ms);
+  EXPECT_THAT(TakeSignals(), IsEmpty());
+  EXPECT_EQ(Status("search_device", SearchFor("RS232")), -1008);
+  Wait(1ms);
+  EXPECT_THAT(TakeSignals(), ElementsAre("finish/search_device"));
+  EXPECT_EQ(Status("search_device", SearchFor("RS232")), 0);
+}
+
+TEST_F(DiscoveryTest, SearchDoesNotFindACameraThatDoesNotAnswer) {
+  world().SetFaults({{vptzd::FaultKind::kOffline, 3, "", "", {}}});
+  EXPECT_EQ(Status("search_device", SearchFor("ONVIF")), 0);
+  Wait(1s);
+  EXPECT_EQ(RowCount<Device>(), 2U);
+}
+
+TEST_F(DiscoveryTest, CameraAddedDuringASearchIsThereOnce) {
+  EXPECT_EQ(Status("search_device", SearchFor("ONVIF")), 0);
+  EXPECT_EQ(Status("add_device", Added("ONVIF", "192.0.2.201", "admin", "admin")), 0);
+  Wait(1s);
+  Wait(1s);
+  EXPECT_EQ(RowCount<Device>(), 3U);
+  EXPECT_TRUE(RowOf<Device>(3)->authorized());
+}
+
+TEST_F(DiscoveryTest, CameraOfTheFleetIsAddedWithItsOwnPasswordOnly) {
+  EXPECT_EQ(Status("add_onvif_device_manually", Added("", "192.0.2.201", "admin", "guess")), -1007);
+  EXPECT_EQ(RowCount<Device>(), 2U);
+  EXPECT_EQ(Status("add_onvif_device_manually", Added("", "192.0.2.201")), 0);
+  EXPECT_FALSE(RowOf<Device>(3)->authorized());
+}
+
+TEST_F(DiscoveryTest, UnknownAddressGetsACameraOfItsOwn) {
+  EXPECT_EQ(Status("add_device", Added("VISCA_OVER_IP", "198.51.100.1:1259", "u", "p")), 0);
+  const auto device = RowOf<Device>(3);
+  EXPECT_EQ(device->address(), "198.51.100.1");
+  EXPECT_EQ(device->service_uri(), "visca://198.51.100.1:52381");
+  EXPECT_EQ(device->authorization(), "{\"account\":\"u\",\"credentials\":\"p\"}");
+  EXPECT_NE(world().FindDevice(3), nullptr);
+  EXPECT_EQ(Status("add_device", Added("NDI", "198.51.100.1")), -1008);
+}
+
+TEST_F(DiscoveryTest, SerialDeviceIsAController) {
+  EXPECT_EQ(Status("add_device", Added("RS232", "rs232:///dev/ttyS0/8N1/9600/1")), 0);
+  EXPECT_EQ(RowOf<Device>(3)->device_type()->name(), "controller");
+  EXPECT_EQ(RowOf<Device>(3)->address(), "/dev/ttyS0");
+  EXPECT_EQ(Status("add_device", Added("RS232", "rs232:///dev/ttyS0/8N1/9600/1")), -1008);
+  EXPECT_EQ(Status("add_device", Added("RS232", "rs232:///dev/ttyS0/8N1/9600/2")), 0);
+  for (const char* wrong : {"", "/dev/ttyS0", "rs232://8N1/9600/1", "rs232:///dev/ttyS0/8N1/9600/x"}) {
+    EXPECT_EQ(Status("add_device", Added("RS232", wrong)), -1002) << wrong;
+  }
+}
+
+TEST_F(DiscoveryTest, UnusableTextsAreRefusedAndAddNothing) {
+  EXPECT_EQ(Status("add_device", Added("ONVIF", "")), -1002);
+  EXPECT_EQ(Status("add_device", Added("ONVIF", std::string(256, 'a'))), -1002);
+  EXPECT_EQ(Status("add_device", Added("ONVIF", std::string("a\0b", 3))), -1002);
+  EXPECT_EQ(Status("add_device", Added("ONVIF", "198.51.100.1", "\xff", "p")), -1002);
+  EXPECT_EQ(Status("add_device", Added("", "198.51.100.1")), -1004);
+  EXPECT_EQ(Status("add_device"), -1002);
+  EXPECT_EQ(RowCount<Device>(), 2U);
+  EXPECT_THAT(TakeSignals(), IsEmpty());
+}
+
+TEST_F(DiscoveryTest, RemovalTakesEverythingOfTheDevice) {
+  EXPECT_EQ(Status("remove_device", OfDevice(1)), 0);
+  EXPECT_THAT(TakeSignals(), ElementsAre("update_devices"));
+  EXPECT_EQ(RowCount<Device>(), 1U);
+  EXPECT_EQ(RowCount<Movement>(), 3U);
+  EXPECT_EQ(Status("login", OfDevice(1)), -1004);
+  EXPECT_EQ(Status("remove_device", OfDevice(1)), -1004);
+}
+
+TEST_F(DiscoveryTest, SomeDevicesMayNotBeRemoved) {
+  world().FindDevice(1)->description().removable = false;
+  EXPECT_EQ(Status("remove_device", OfDevice(1)), -1012);
+  EXPECT_EQ(RowCount<Device>(), 2U);
+}
+
+TEST_F(DiscoveryTest, WithoutADatabaseNothingIsAdded) {
+  VptzModel::Instance().Release();
+  EXPECT_EQ(Status("remove_device", OfDevice(1)), -1011);
+  EXPECT_NE(world().FindDevice(1), nullptr);
+}
+
+}  // namespace
+}  // namespace vptz_test

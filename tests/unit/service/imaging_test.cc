@@ -1,0 +1,114 @@
+#include <string>
+
+#include <gmock/gmock.h>
+#include <vptz/model/media_parameter.h>
+
+#include "stored_simulation.h"
+
+namespace vptz_test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using tutorial::VptzCommand;
+
+class ImagingTest : public StoredSimulation {
+ protected:
+  // Media 1 and 2 belong to camera 1.
+  static VptzCommand Image(unsigned media, double brightness, const std::string& mode = "DEFAULT") {
+    VptzCommand command;
+    tutorial::MediaCommand* settings = command.mutable_media_command();
+    settings->set_media_id(media);
+    settings->set_brightness(brightness);
+    settings->set_contrast(kVptzNotCommanded);
+    settings->set_auto_focus(kVptzNotCommanded);
+    settings->set_auto_focus_mode(mode);
+    return command;
+  }
+  static double Stored(unsigned media, const char* name) {
+    return vptzd::FoundRow<MediaParameter>(
+               [&](MediaParameter** row) { return MediaParameter::QueryByName(row, media, name); })
+        ->value();
+  }
+  tutorial::ImageSettings Live(const std::string& token) {
+    return simulation_->Call("get_media_profiles", OfDevice(1, token)).media_info().image_settings();
+  }
+  double Focus() {
+    world().Enter();
+    return world().FindCamera(1)->focus().position();
+  }
+};
+
+TEST_F(ImagingTest, SettingsReachTheCameraAndTheRowsOfOneMediaSource) {
+  EXPECT_EQ(Status("set_imaging_settings", Image(1, 80.0)), 0);
+  EXPECT_THAT(TakeSignals(), ElementsAre("update_devices"));
+  EXPECT_EQ(Live("main").brightness(), 80.0);
+  EXPECT_EQ(Live("main").contrast(), 50.0);
+  EXPECT_EQ(Live("sub").brightness(), 50.0);
+  EXPECT_EQ(Stored(1, "brightness"), 80.0);
+  EXPECT_EQ(Stored(2, "brightness"), 50.0);
+  Begin(vptzd::BuiltInFleet(2));
+  EXPECT_EQ(Live("main").brightness(), 80.0) << "the picture outlasts the service";
+}
+
+TEST_F(ImagingTest, ImpossibleSettingsAreRefusedAndChangeNothing) {
+  for (const double wrong : {-1.0, 101.0, kNaN, kInfinity}) {
+    EXPECT_EQ(Status("set_imaging_settings", Image(1, wrong)), -1006) << wrong;
+  }
+  EXPECT_EQ(Status("set_imaging_settings", Image(1, 80.0, "SOMETIMES")), -1002);
+  EXPECT_EQ(Status("set_imaging_settings", Image(99, 80.0)), -1004);
+  EXPECT_EQ(Live("main").brightness(), 50.0);
+  EXPECT_THAT(TakeSignals(), IsEmpty());
+}
+
+TEST_F(ImagingTest, FocusModeIsSetByTextAndSwitched) {
+  EXPECT_EQ(Status("set_imaging_settings", Image(1, kVptzNotCommanded, "MANUAL")), 0);
+  EXPECT_EQ(Live("main").auto_focus(), 0.0);
+  EXPECT_EQ(Status("switch_focus_mode", Image(1, 0.0)), 0);
+  EXPECT_EQ(Live("main").auto_focus(), 1.0);
+  EXPECT_EQ(Stored(1, "auto_focus"), 1.0);
+}
+
+TEST_F(ImagingTest, FocusRunsUntilItIsStopped) {
+  const double before = Focus();
+  EXPECT_EQ(Status("focus_near", OfDevice(1)), 0);
+  EXPECT_EQ(Stored(1, "auto_focus"), 0.0);
+  EXPECT_THAT(TakeSignals(), ElementsAre("update_devices"));
+  Wait(500ms);
+  EXPECT_EQ(Status("focus_stop", OfDevice(1)), 0);
+  Wait(10s);
+  const double stopped = Focus();
+  EXPECT_LT(stopped, before);
+  EXPECT_GT(stopped, 0.0);
+  EXPECT_EQ(Status("focus_far", OfDevice(1)), 0);
+  EXPECT_THAT(TakeSignals(), IsEmpty()) << "the focus was manual already";
+  Wait(10s);
+  EXPECT_EQ(Focus(), 1.0);
+}
+
+TEST_F(ImagingTest, DriveTextIsAPartOfTheTopSpeed) {
+  EXPECT_EQ(Status("focus_near", OfDevice(1, "1")), 0);
+  EXPECT_EQ(Status("focus_near", OfDevice(3, "0.1")), 0);
+  Wait(800ms);
+  world().Enter();
+  EXPECT_LT(world().FindCamera(1)->focus().position(), world().FindCamera(2)->focus().position());
+  EXPECT_EQ(Status("focus_near", OfDevice(1, "quickly")), 0);
+}
+
+TEST_F(ImagingTest, NeedsPower) {
+  EXPECT_EQ(Status("power_off_devices"), 0);
+  EXPECT_EQ(Status("set_imaging_settings", Image(1, 80.0)), -1009);
+  EXPECT_EQ(Status("switch_focus_mode", Image(1, 0.0)), -1009);
+  EXPECT_EQ(Status("focus_far", OfDevice(1)), -1009);
+  EXPECT_EQ(Status("focus_stop", OfDevice(1)), 0);
+}
+
+TEST_F(ImagingTest, CapabilitiesAreReadFromTheCamera) {
+  world().FindCamera(1)->SetImage("main", {10.0, 20.0, 30.0, 1.0, 1.0});
+  EXPECT_EQ(Status("get_capabilities", OfDevice(1)), 0);
+  EXPECT_EQ(Stored(1, "sharpness"), 30.0);
+  EXPECT_EQ(Status("get_capabilities", OfDevice(99)), -1004);
+}
+
+}  // namespace
+}  // namespace vptz_test

@@ -1,0 +1,152 @@
+#include "camera.h"
+#include "command.h"
+#include "describe.h"
+#include "password.h"
+#include "serial_line.h"
+#include "session.h"
+
+namespace vptzctl {
+namespace {
+
+ExitCode Login(Session& session) {
+  return session.Finish(session.camera().Login(session.Text("USER"), ReadPassword(session), session.timeout));
+}
+
+ExitCode Logout(Session& session) { return session.Finish(session.camera().Logout(session.timeout)); }
+
+ExitCode Info(Session& session) {
+  const int status = session.Flag("--full") ? session.camera().UpdateDeviceInfoFull(session.timeout)
+                                            : session.camera().UpdateDeviceInfo(session.timeout);
+  session.ReloadCamera();
+  session.result.answers = Details(session.camera());
+  return session.Finish(status);
+}
+
+ExitCode SlaveById(Session& session) {
+  const std::uint32_t slave = FindCamera(session.client(), session.Text("--slave")).id;
+  session.result.SetArgument("slave", slave);
+  return session.Finish(session.camera().SetSlaveDeviceById(static_cast<int>(slave), session.timeout));
+}
+
+ExitCode Slave(Session& session) {
+  CVptzDevice& camera = session.camera();
+  if (session.Flag("--none")) return session.Finish(camera.SetSlaveDeviceById(0, session.timeout));
+  if (session.Given("--slave")) return SlaveById(session);
+  const std::string credentials = session.Given("--account") ? ReadPassword(session) : "";
+  return session.Finish(camera.SetSlaveDevice(session.Text("--address"), session.Text("--account"), credentials,
+                                              session.timeout));
+}
+
+ExitCode ControlProtocol(Session& session) {
+  return session.Finish(
+      session.camera().UpdateDeviceControlProtocol(session.Text("PROTOCOL"), session.timeout));
+}
+
+ExitCode Capabilities(Session& session) {
+  const int status = session.camera().UpdateCapabilities(session.timeout);
+  session.ReloadCamera();
+  session.result.lists = {PtzProfiles(session.camera()), MediaProfiles(session.camera())};
+  return session.Finish(status);
+}
+
+ExitCode DeclareSerial(Session& session) {
+  VptzSerialDeviceParams params;
+  params.name = session.Given("--name") ? session.Text("--name") : session.camera().host_name;
+  params.line = session.Text("--line");
+  params.baud_rate = session.Signed("--baud-rate");
+  params.unit = session.Signed("--unit");
+  return session.Finish(session.camera().UpdateDevice(&params, session.timeout));
+}
+
+ExitCode Declare(Session& session) {
+  const CVptzDevice& camera = session.camera();
+  if (camera.protocol == "RS232") return DeclareSerial(session);
+  VptzNetworkDeviceParams params;
+  params.name = session.Given("--name") ? session.Text("--name") : camera.host_name;
+  params.address = session.Given("--address") ? session.Text("--address") : camera.address;
+  params.user = session.Text("--user");
+  if (session.Given("--user")) params.password = ReadPassword(session);
+  return session.Finish(session.camera().UpdateDevice(&params, session.timeout));
+}
+
+std::vector<Argument> With(std::vector<Argument> first, const std::vector<Argument>& second) {
+  first.insert(first.end(), second.begin(), second.end());
+  return first;
+}
+
+Command SlaveRow() {
+  const std::vector<Argument> arguments = {
+      Camera(),
+      Text("--slave", kCamera, "id or name of the camera that becomes the slave, with its stored credentials")
+          .Excludes({"--address", "--none"}),
+      Text("--address", "ADDRESS", "address of the slave").Excludes({"--none"}),
+      Text("--account", "USER", "account at the slave; its password is asked for").Needs("--address"),
+      Flag("--none", "end the coupling"),
+  };
+  return {"device",
+          "slave",
+          "Couples a slave device to a camera, or ends that.",
+          {"SetSlaveDevice", "SetSlaveDeviceById"},
+          With(arguments, PasswordArguments("--account")),
+          {"--slave", "--address", "--none"},
+          Slave};
+}
+
+Command DeclareRow() {
+  const std::vector<Argument> arguments = {
+      Camera(),
+      Text("--name", "NAME", "its new name"),
+      Text("--address", "ADDRESS", "its new address; of a camera in the network"),
+      Text("--user", "USER", "account at the camera; its password is asked for"),
+      Text("--line", "LINE", "how the port is wired, a text of the service's; of a serial camera"),
+      BaudRate(),
+      Unit(),
+  };
+  return {"device",
+          "declare",
+          "Adds a known camera anew with other settings: a serial camera as such, any other as VISCA over IP.",
+          {"UpdateDevice", "AddDevice"},
+          With(arguments, PasswordArguments("--user")),
+          {},
+          Declare};
+}
+
+}  // namespace
+
+std::vector<Command> MaintenanceCommands() {
+  return {
+      {"device",
+       "login",
+       "Has the service log in to a camera. The password is asked for.",
+       {"Login"},
+       With({Camera(), Text("USER", "", "account at the camera")}, PasswordArguments()),
+       {},
+       Login},
+      {"device", "logout", "Has the service log out of a camera.", {"Logout"}, {Camera()}, {}, Logout},
+      {"device",
+       "info",
+       "Has the service read what a camera is and how it is, and shows what the database holds then.",
+       {"UpdateDeviceInfo", "UpdateDeviceInfoFull"},
+       {Camera(), Flag("--full", "read everything")},
+       {},
+       Info},
+      {"device",
+       "capabilities",
+       "Has the service read what a camera can do, and shows what the database holds then.",
+       {"UpdateCapabilities"},
+       {Camera()},
+       {},
+       Capabilities},
+      {"device",
+       "protocol",
+       "Sets the protocol by which the service controls a camera.",
+       {"UpdateDeviceControlProtocol"},
+       {Camera(), Text("PROTOCOL", "", "its name, such as ONVIF")},
+       {},
+       ControlProtocol},
+      SlaveRow(),
+      DeclareRow(),
+  };
+}
+
+}  // namespace vptzctl
