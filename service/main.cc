@@ -13,7 +13,9 @@
 #include "options.h"
 #include "server.h"
 #include "startup.h"
+#include "view/view_server.h"
 #include "world.h"
+#include "world_view.h"
 
 namespace {
 
@@ -61,6 +63,18 @@ std::size_t KnownCameras(const World& world) {
   return static_cast<std::size_t>(std::count_if(world.members().begin(), world.members().end(), known));
 }
 
+// Begins to serve the web page, if there is to be one; false when it cannot.
+bool Show(const Options& options, ViewServer& page) {
+  if (!options.view) return true;
+  const int port = page.Start(*options.view);
+  if (port < 0) {
+    std::cerr << "vptzd: cannot serve the web page on port " << *options.view << ": it is taken\n";
+    return false;
+  }
+  std::cout << "vptzd: what the cameras see is at http://localhost:" << port << '/' << std::endl;
+  return true;
+}
+
 int Serve(const Options& options, Service& service, const sigset_t& signals) {
   LiveRows live_rows(service);
   Server server(service);
@@ -71,6 +85,8 @@ int Serve(const Options& options, Service& service, const sigset_t& signals) {
     std::cerr << DescribeStartFailure(address, result) << '\n';
     return ExitCodeOf(result);
   }
+  ViewServer page([&service] { return ViewOf(service.world); });
+  if (!Show(options, page)) return kExitNoView;
   live_rows.Start();
   {
     const Worker worker(service.agenda);

@@ -45,10 +45,14 @@ std::optional<int> ReadOptions(int argc, const char* const* argv, Options* optio
       ->type_name("SECONDS")
       ->check(CLI::Validator([](std::string& text) { return CheckGrace(text); }, ""))
       ->capture_default_str();
+  app.add_option("--view", options->view,
+                 "Port of a web page that shows what the cameras see, on this machine only; 0 takes any")
+      ->type_name("PORT")
+      ->check(CLI::Range(0, 65535));
   app.footer(
       "Ends on SIGTERM and SIGINT. Exit codes: 0 ended by a signal, 1 internal failure, 2 wrong usage,\n"
       "3 no connection to the bus, 4 the name \"vptz\" is served by somebody else,\n5 the database cannot be "
-      "used,\n6 the fleet file cannot be used.");
+      "used,\n6 the fleet file cannot be used, 7 the port of the web page cannot be had.");
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

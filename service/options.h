@@ -14,6 +14,7 @@ struct Options {
   std::string database = VPTZ_DATABASE_FILE;
   std::optional<std::string> fleet;  // none: the built-in one
   double grace = 5.0;                // seconds
+  std::optional<int> view;           // port of the web page; none: there is no page
 };
 
 // Reads the command line. Returns an exit code when the program is to end now:

@@ -14,6 +14,7 @@ enum ExitCode : int {
   kExitNameTaken = 4,   // somebody else serves the name
   kExitNoDatabase = 5,  // the database cannot be used
   kExitBadFleet = 6,    // the fleet file cannot be used
+  kExitNoView = 7,      // the port of the web page cannot be had
 };
 
 // The exit code for a negative errno value of Server::Start.

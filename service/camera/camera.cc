@@ -12,9 +12,6 @@ constexpr AxisIndex kAxes[] = {kPan, kTilt, kZoom};
 constexpr PerAxis<double> kFactoryHome = {0.0, 0.0, 1.0};
 constexpr Axis::Limits kFocusLimits = {0.0, 1.0, 0.5, 2.0};
 
-// Where the simulated scene is sharp.
-constexpr double kSharp = 0.6;
-
 bool IsFiniteOrAbsent(const std::optional<double>& value) { return !value || std::isfinite(*value); }
 
 Axis NewAxis(const CameraDescription& description, AxisIndex index) {

@@ -91,7 +91,9 @@ class Camera {
   // The picture of a media profile that is there. kOutOfRange.
   Status SetImage(const std::string& token, const ImageSettings& image);
 
-  // The lens: 0 focuses at the near end, 1 at the far end.
+  // The lens: 0 focuses at the near end, 1 at the far end, kSharp at what there
+  // is to see.
+  static constexpr double kSharp = 0.6;
   const Axis& focus() const { return focus_; }
 
   // Drives the focus, at 1 towards the far end and at -1 towards the near end

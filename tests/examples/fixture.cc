@@ -16,11 +16,12 @@ ServiceTest::ServiceTest() {
   }
 }
 
-RunResult ServiceTest::RunHere(const std::vector<std::string>& words, std::vector<std::string> environment) const {
+RunResult ServiceTest::RunHere(const std::vector<std::string>& words,
+                               std::vector<std::string> environment) const {
   environment.push_back("VPTZ_TEST_FOLDER=" + folder.path());
   environment.push_back("DORV_BUS_ADDRESS=" + broker.address());
   environment.emplace_back("LD_LIBRARY_PATH=" VPTZ_CLIENT_LIBRARY_FOLDER);
-  return Run(words, environment, "", std::chrono::seconds(60));
+  return vptz_test::Run(words, environment, "", std::chrono::seconds(60));
 }
 
 }  // namespace vptz_test
