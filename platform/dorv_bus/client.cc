@@ -114,7 +114,7 @@ int bus_client::CallLater(const char* service, const char* method, const void* r
   const std::lock_guard<std::mutex> lock(connection_.mutex());
   const int result = Send(call.get(), service, method, request, request_length, &sequence);
   if (result == 0) {
-    call.release();  // owned by the table from now on; FinishLater deletes it
+    static_cast<void>(call.release());  // owned by the table from now on; FinishLater deletes it
     connection_.WakeBackground();
   }
   return result;

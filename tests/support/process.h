@@ -37,6 +37,9 @@ class Process {
   Process(const Process&) = delete;
   Process& operator=(const Process&) = delete;
 
+  // -1 once it has been waited for.
+  pid_t pid() const { return pid_; }
+
   bool Running();
 
   // SIGSTOP has taken effect when this returns.
