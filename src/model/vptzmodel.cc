@@ -58,6 +58,21 @@ std::atomic<pid_t> opener{0};
 // Where such a database is left; never closed.
 odb::database* inherited = nullptr;
 
+// The mapper takes a version that cannot be read, for the table is damaged, for
+// none. That is no reason to throw the file away.
+struct UnreadableVersion : odb::exception {
+  const char* what() const noexcept override { return "the schema's version cannot be read"; }
+  odb::exception* clone() const override { return new UnreadableVersion(*this); }
+};
+
+// Throws when there is a table of versions that does not tell one.
+void RequireReadableVersion(odb::connection& connection) {
+  if (connection.execute("SELECT 1 FROM sqlite_master WHERE name = 'schema_version'") > 0 &&
+      connection.execute("SELECT 1 FROM schema_version WHERE typeof(version) <> 'integer'") > 0) {
+    throw UnreadableVersion();
+  }
+}
+
 // A line of an object operation; those come from the templates in the header.
 void LogFailure(LogLevel level, const char* function, const char* format, const char* description) {
   VPTZ_LOG_AS(function, level, kModelTemplates, format, description);
@@ -163,6 +178,7 @@ void VptzModel::ReplaceOldFile(int* version) {
   if (*version > kLastWorthlessVersion) {
     return;
   }
+  RequireReadableVersion(*database_->connection());
   VPTZ_LOG_AS(kInitialize, LogLevel::kNotice, kModel, "Database schema is too old, remove it.");
   database_.reset();
   Remove(path_);

@@ -161,7 +161,7 @@ class DamagedFile : public ModelTest {
       RawDatabase raw(path);
       if (raw.Value("SELECT count(*) FROM sqlite_master WHERE name = 'schema_version'") == "0") return 0;
       const std::vector<std::string> rows = raw.Rows("SELECT version FROM schema_version WHERE name = 'vptz'");
-      if (rows.empty() || rows[0] == "NULL") return 0;
+      if (rows.empty()) return 0;
       return std::stoi(rows[0]);
     } catch (const std::exception&) {
       return std::nullopt;
@@ -205,6 +205,19 @@ TEST_F(DamagedFile, GivesResultsOrErrorsAndIsNotReplaced) {
   }
   RecordProperty("files", count);
   RecordProperty("replaced", replacements);
+}
+
+TEST_F(DamagedFile, WithAVersionThatCannotBeReadIsKept) {
+  for (const char* damage : {"ALTER TABLE schema_version RENAME COLUMN version TO versiom",
+                             "UPDATE schema_version SET version = 'x'"}) {
+    SCOPED_TRACE(damage);
+    Put(Whole());
+    RawDatabase(path).Execute(damage);
+    EXPECT_EQ(Initialize(), -1);
+    model().Release();
+    EXPECT_EQ(RawDatabase(path).Value("SELECT count(*) > 300 FROM event"), "1");
+    Put("");
+  }
 }
 
 TEST_F(DamagedFile, ThatIsAPipeIsAnError) {

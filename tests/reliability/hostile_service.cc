@@ -17,7 +17,7 @@ constexpr std::chrono::seconds kLongerThanACall{3};
 constexpr std::size_t kSequenceEnd = 16;
 
 std::string TakeText(char* text) {
-  const std::string taken = text == nullptr ? "" : text;
+  std::string taken = text == nullptr ? "" : text;
   std::free(text);
   return taken;
 }
@@ -36,6 +36,8 @@ std::string Correlation(const mosquitto_property* properties) {
   std::free(bytes);
   return correlation;
 }
+
+void Flip(char& byte, std::size_t bit) { byte = static_cast<char>(byte ^ (1 << bit)); }
 
 }  // namespace
 
@@ -127,7 +129,7 @@ HostileService::Address HostileService::Mutated(Address address) {
       for (char& byte : bytes) byte = static_cast<char>(Below(256));
       break;
     default:
-      bytes[Below(bytes.size())] ^= static_cast<char>(1 << Below(8));
+      Flip(bytes[Below(bytes.size())], Below(8));
   }
   return address;
 }

@@ -74,13 +74,13 @@ class Attempt {
 class Start : public testing::Test {
  protected:
   std::string Write(const std::string& name, const std::string& text) const {
-    const std::string path = folder_.path() + "/" + name;
+    std::string path = folder_.path() + "/" + name;
     std::ofstream(path) << text;
     return path;
   }
   // A file in which the user "desk" has that password.
   std::string WritePassword(const std::string& password) const {
-    const std::string path = folder_.path() + "/passwords";
+    std::string path = folder_.path() + "/passwords";
     const RunResult made = vptz_test::Run({VPTZ_MOSQUITTO_PASSWD, "-b", "-c", path, "desk", password});
     EXPECT_EQ(made.exit_code, 0) << made.errors;
     return path;

@@ -32,10 +32,12 @@ TEST_F(Timer, OfAMillisecondMakesNoCallFail) {
 
 TEST_F(Timer, OfAMillisecondLetsClientsConnectSubscribeAndTimeOut) {
   const auto service = Serve([](bus_service*, bus_request* request) {
-    if (std::string(bus_request_method(request)) == "echo")
+    const bool echo = std::string(bus_request_method(request)) == "echo";
+    if (echo) {
       Reply(request, Payload(request));
-    else
+    } else {
       bus_request_fail(request, -EIO);
+    }
   });
   const EveryMillisecond timer;
   for (int i = 0; i < 50; ++i) {
