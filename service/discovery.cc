@@ -136,15 +136,76 @@ void TakeOn(const CameraDescription& added, const DeviceCommand& device, Camera*
   camera->set_logged_in(own.credentials.empty() || own.credentials == added.credentials);
 }
 
+// Whether a camera that is there takes the credentials that it is added with.
 Status CheckCredentials(const World& world, const Member* member, const CameraDescription& added,
                         const std::string& method) {
-  if (member == nullptr) return Status::kDone;
   const Status status = world.CheckThere(member, method);
-  if (status != Status::kDone || member->known()) return status == Status::kDone ? Status::kBusy : status;
+  if (status != Status::kDone) return status;
   const Credentials& wanted = member->camera.description().credentials;
   if (added.credentials.empty() || wanted.empty()) return Status::kDone;
   if (world.FindFault(FaultKind::kRefuseLogin, member, method) != nullptr) return Status::kNotLoggedIn;
   return added.credentials == wanted ? Status::kDone : Status::kNotLoggedIn;
+}
+
+Status CheckAddition(const World& world, const Member* member, const CameraDescription& added,
+                     const std::string& method) {
+  if (member == nullptr) return Status::kDone;
+  const Status status = world.CheckThere(member, method);
+  if (status != Status::kDone) return status;
+  return member->known() ? Status::kBusy : CheckCredentials(world, member, added, method);
+}
+
+// The known camera in the network with that hardware address: it is declared
+// anew. Null for every other addition.
+Member* DeclaredBefore(World& world, const DeviceCommand& device, const CameraDescription& added) {
+  if (device.mac().empty() || IsSerial(added.protocol)) return nullptr;
+  for (const auto& member : world.members()) {
+    const CameraDescription& own = member->camera.description();
+    if (member->known() && !IsSerial(own.protocol) && own.mac == device.mac()) return member.get();
+  }
+  return nullptr;
+}
+
+bool IsTaken(World& world, const CameraDescription& added, const Member* by_other_than) {
+  const Member* const there = FleetMemberFor(world, added);
+  return there != nullptr && there != by_other_than && there->known();
+}
+
+void StoreDeclaration(std::uint32_t device, const Camera& camera, const Credentials& credentials) {
+  const CameraDescription& description = camera.description();
+  if (!ChangeProtocol(device, description.protocol)) throw StorageError("the protocol has no row");
+  ChangeDevice(device, [&](Device& row) {
+    row.set_host_name(description.name);
+    row.set_address(description.address);
+    row.set_service_uri(description.service_uri);
+    row.update_http_uri();
+  });
+  if (!credentials.empty() && camera.logged_in()) StoreLogin(device, credentials);
+}
+
+VptzResponse DeclareAnew(Service& service, const VptzCommand& command, const CameraDescription& added,
+                         Member* member) {
+  std::optional<Camera> camera;
+  {
+    const auto lock = service.world.Enter();
+    if (IsTaken(service.world, added, member)) return Answer(Status::kBusy);
+    const Status status = CheckCredentials(service.world, member, added, command.method_name());
+    if (status != Status::kDone) return Answer(status);
+    camera = member->camera;
+  }
+  const bool logged_in = camera->logged_in();
+  TakeOn(added, command.device_command(), &*camera);
+  camera->description().address = added.address;
+  camera->description().service_uri = added.service_uri;
+  camera->set_logged_in(logged_in || camera->logged_in());
+  StoreDeclaration(member->ids.device, *camera, added.credentials);
+  {
+    const auto lock = service.world.Enter();
+    member->camera.description() = camera->description();
+    member->camera.set_logged_in(camera->logged_in());
+  }
+  service.AnnounceRows();
+  return Answer(Status::kDone);
 }
 
 VptzResponse Add(Service& service, const VptzCommand& command, const std::string& protocol) {
@@ -154,10 +215,16 @@ VptzResponse Add(Service& service, const VptzCommand& command, const std::string
   const auto added = Described(device, protocol);
   if (!added || !CanStore(added->credentials)) return Answer(Status::kBadRequest);
   Member* member = nullptr;
+  Member* declared_before = nullptr;
+  {
+    const auto lock = service.world.Enter();
+    declared_before = DeclaredBefore(service.world, device, *added);
+  }
+  if (declared_before != nullptr) return DeclareAnew(service, command, *added, declared_before);
   {
     const auto lock = service.world.Enter();
     member = FleetMemberFor(service.world, *added);
-    const Status status = CheckCredentials(service.world, member, *added, command.method_name());
+    const Status status = CheckAddition(service.world, member, *added, command.method_name());
     if (status != Status::kDone) return Answer(status);
     if (member == nullptr) member = service.world.Add(*added);
     if (member == nullptr) return Answer(Status::kOutOfRange);

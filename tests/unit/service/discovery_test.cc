@@ -100,6 +100,34 @@ TEST_F(DiscoveryTest, SerialDeviceIsAController) {
   }
 }
 
+TEST_F(DiscoveryTest, AKnownHardwareAddressIsDeclaredAnew) {
+  const std::string mac = RowOf<Device>(1)->mac();
+  VptzCommand command = Added("VISCA_OVER_IP", "192.0.2.99", "admin", "admin");
+  command.mutable_device_command()->set_mac(mac);
+  command.mutable_device_command()->set_name("Gallery");
+  EXPECT_EQ(Status("add_device", command), 0);
+  EXPECT_THAT(TakeSignals(), ElementsAre("update_devices"));
+  EXPECT_EQ(RowCount<Device>(), 2U);
+  const auto row = RowOf<Device>(1);
+  EXPECT_EQ(row->address(), "192.0.2.99");
+  EXPECT_EQ(row->host_name(), "Gallery");
+  EXPECT_EQ(row->protocol()->name(), "VISCA_OVER_IP");
+  EXPECT_EQ(row->mac(), mac);
+  EXPECT_EQ(Status("add_device", command), 0) << "at its own address";
+}
+
+TEST_F(DiscoveryTest, ADeclarationIsRefusedWithAWrongPasswordAndAtAnothersAddress) {
+  const std::string mac = RowOf<Device>(1)->mac();
+  VptzCommand command = Added("ONVIF", "192.0.2.99", "admin", "wrong");
+  command.mutable_device_command()->set_mac(mac);
+  EXPECT_EQ(Status("add_device", command), -1007);
+  command = Added("ONVIF", RowOf<Device>(2)->address(), "admin", "admin");
+  command.mutable_device_command()->set_mac(mac);
+  EXPECT_EQ(Status("add_device", command), -1008);
+  EXPECT_EQ(RowOf<Device>(1)->address(), "192.0.2.1");
+  EXPECT_THAT(TakeSignals(), IsEmpty());
+}
+
 TEST_F(DiscoveryTest, UnusableTextsAreRefusedAndAddNothing) {
   EXPECT_EQ(Status("add_device", Added("ONVIF", "")), -1002);
   EXPECT_EQ(Status("add_device", Added("ONVIF", std::string(256, 'a'))), -1002);
