@@ -34,7 +34,7 @@ int main(int argc, char** argv) {
   VptzClient client;
   if (std::string(client.Version()) != "0.1.0") return Fail("another version");
   if (client.AbsolutePanMove(1, 10.0, 5.0) != -1) return Fail("sent without a connection");
-  if (!client.QueryDeviceByProtocol("ONVIF").empty()) return Fail("devices in no database");
+  if (!client.QueryDeviceByProtocol("NO_SUCH_PROTOCOL").empty()) return Fail("devices of no protocol");
   CVptzDevice device;
   if (device.PanTiltStop(1) != -1) return Fail("sent without a client");
   return UseDatabase(argv[1]);
