@@ -2,9 +2,9 @@
 #include <string>
 #include <vector>
 
-#include <vptz/model/preset-odb.hxx>
 #include <vptz/model/vptzmodel.h>
 #include <vptz/vptz_client.h>
+#include <vptz/model/preset-odb.hxx>
 
 namespace {
 
