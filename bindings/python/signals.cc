@@ -1,5 +1,4 @@
 #include <array>
-#include <map>
 #include <utility>
 
 #include "binding.h"

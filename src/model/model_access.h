@@ -4,6 +4,7 @@
 
 #include <vptz/model/vptzmodel.h>
 
+#include <odb/exceptions.hxx>
 #include <odb/sqlite/connection.hxx>
 #include <odb/sqlite/error.hxx>
 #include <odb/sqlite/transaction.hxx>

@@ -4,6 +4,7 @@
 
 #include <limits>
 
+#include "log.h"
 #include "model/model_access.h"
 
 namespace vptz {
@@ -63,13 +64,23 @@ class Cursor {
 };
 
 // The first column of each statement is the row's owner; rows that none can own
-// are left out. `read` copies the other columns.
+// are left out. `read` copies the other columns. A table that cannot be read is
+// logged and left empty: what the others hold is shown all the same. A conflict
+// is thrown, so that the whole read is repeated.
 template <class Row, class ReadRow>
 void ReadTable(odb::sqlite::connection& connection, const char* statement, RowsByOwner<Row>& table,
                ReadRow&& read) {
-  Cursor cursor(connection, statement);
-  while (cursor.Next()) {
-    if (const auto owner = cursor.Key(0)) read(cursor, table.Add(*owner));
+  try {
+    Cursor cursor(connection, statement);
+    while (cursor.Next()) {
+      if (const auto owner = cursor.Key(0)) read(cursor, table.Add(*owner));
+    }
+  } catch (const odb::recoverable&) {
+    throw;
+  } catch (const odb::exception& error) {
+    VPTZ_LOG_AS("QueryObjects", LogLevel::kError, log_source::kModelTemplates, "Database exception! (%s)",
+                error.what());
+    table = {};
   }
   table.Sort();
 }

@@ -52,6 +52,24 @@ TEST_F(RegistryTest, DevicesComeInTheOrderOfTheirRows) {
   EXPECT_THAT(Ids(Registry()), ElementsAre(10, 20, 30));
 }
 
+TEST_F(RegistryTest, ATableThatCannotBeReadHidesNothingOfTheOthers) {
+  Store(InsertDevice(1) + Insert("ptz", {{"id", "5"}, {"device", "1"}}) +
+        Insert("media", {{"id", "6"}, {"device", "1"}}));
+  for (const std::string table : {"preset", "media_parameter", "protocol"}) {
+    Store("ALTER TABLE \"" + table + "\" RENAME TO \"gone\";");
+    log.lines.clear();
+    const CVptzDevice* const device = client.QueryDeviceById(1);
+    ASSERT_NE(device, nullptr) << table;
+    EXPECT_EQ(device->ptz_list.size(), 1u);
+    EXPECT_EQ(device->media_list.size(), 1u);
+    ASSERT_EQ(log.lines.size(), 1u);
+    EXPECT_EQ(log.lines[0].level, 0);
+    EXPECT_THAT(log.lines[0].message, testing::HasSubstr("Database exception! ("));
+    EXPECT_THAT(log.lines[0].message, testing::HasSubstr(table));
+    Store("ALTER TABLE \"gone\" RENAME TO \"" + table + "\";");
+  }
+}
+
 TEST_F(RegistryTest, QueryDeviceAllGivesTheClientsOwnList) {
   Store(InsertDevice(1));
   EXPECT_EQ(client.QueryDeviceAll(), &Registry());
@@ -262,12 +280,12 @@ TEST_F(RegistryTest, WithoutADatabaseTheRegistryIsEmptyAndTheFailureIsLogged) {
   EXPECT_THAT(bus.calls, IsEmpty());
 }
 
-TEST_F(RegistryTest, ADatabaseThatLacksATableGivesAnEmptyRegistryAndIsLogged) {
-  Store(InsertDevice(1) + "DROP TABLE preset;");
+TEST_F(RegistryTest, ADatabaseWithoutDevicesTableGivesAnEmptyRegistryAndIsLogged) {
+  Store("PRAGMA foreign_keys = OFF; DROP TABLE device;");
   EXPECT_THAT(*client.QueryDeviceAll(), IsEmpty());
   ASSERT_EQ(log.lines.size(), 1u);
   EXPECT_EQ(log.lines[0].level, 0);
-  EXPECT_THAT(log.lines[0].message, testing::HasSubstr("no such table: preset"));
+  EXPECT_THAT(log.lines[0].message, testing::HasSubstr("no such table: device"));
 }
 
 TEST_F(RegistryTest, ADatabaseOfAnotherKindGivesAnEmptyRegistry) {
