@@ -17,6 +17,8 @@ void RequireThat(bool condition) {
 void UseAsName(const std::string& text) {
   if (!dorv::IsName(text.c_str())) return;
   RequireThat(text.size() >= 1);
+  // What follows a NUL is no part of the name.
+  // cppcheck-suppress stlcstrAssignment
   const std::string name = text.c_str();
   RequireThat(name.find('+') == std::string::npos && name.find('#') == std::string::npos);
   RequireThat(dorv::SignalOf(dorv::Topic::Signal("vptz", name).c_str()) == name);

@@ -4,13 +4,12 @@
 #include <zerklog.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
 
 namespace zerk {
 namespace {
 
-constexpr std::array<const char*, ZERK_LOG_DETAIL + 1> kLevelNames = {"error", "warning", "notice", "detail"};
+constexpr const char* kLevelNames[] = {"error", "warning", "notice", "detail"};
 
 // The variable's value; empty when it is unset.
 std::string Variable(const char* name) {

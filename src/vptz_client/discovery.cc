@@ -69,6 +69,7 @@ int VptzClient::AddDevice(const std::string& protocol, void* params, int timeout
   }
 }
 
+// cppcheck-suppress passedByValue
 // NOLINTNEXTLINE(performance-unnecessary-value-param): texts by value are part of the interface
 int VptzClient::AddRS232Device(std::string port, const std::string& name, std::string line, int baud_rate,
                                int unit, int timeout) {

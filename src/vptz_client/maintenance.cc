@@ -67,6 +67,7 @@ int VptzClient::SetSlaveDeviceById(int device_id, int slave_id, int) {
   return SetSlaveDevice(device_id, slave->address, stored->account, stored->credentials, 0);
 }
 
+// cppcheck-suppress passedByValue
 // NOLINTNEXTLINE(performance-unnecessary-value-param): a text by value is part of the interface
 int VptzClient::UpdateAllRS232Devices(std::string port, int baud_rate, int unit, int flags, int timeout) {
   vptz::SerialAddress address;
