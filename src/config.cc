@@ -1,10 +1,14 @@
 #include <vptz/config.h>
 
+#include <fcntl.h>
 #include <glib.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <memory>
 
 #include "log.h"
+#include "vptz_client/no_throw.h"
 
 namespace {
 
@@ -31,6 +35,46 @@ class GlibError {
  private:
   GError* error_ = nullptr;
 };
+
+// Closes its descriptor.
+class Descriptor {
+ public:
+  explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
+  ~Descriptor() {
+    if (descriptor_ >= 0) close(descriptor_);
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  int get() const { return descriptor_; }
+
+ private:
+  const int descriptor_;
+};
+
+constexpr std::size_t kLargestFile = std::size_t{1} << 20;
+
+// The text of a regular file of moderate size. GLib would wait for somebody to
+// write into a pipe and take whatever fits into memory.
+bool ReadRegularFile(const std::string& path, std::string* text) {
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  struct stat status {};
+  if (file.get() < 0 || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
+  char buffer[4096];
+  ssize_t length = 0;
+  while (text->size() <= kLargestFile && (length = read(file.get(), buffer, sizeof buffer)) > 0) {
+    text->append(buffer, static_cast<std::size_t>(length));
+  }
+  return length == 0 && text->size() <= kLargestFile;
+}
+
+bool LoadKeyFile(GKeyFile* key_file, const std::string& path) {
+  return vptz::NoThrow(false, [&] {
+    std::string text;
+    return ReadRegularFile(path, &text) &&
+           g_key_file_load_from_data(key_file, text.data(), text.size(), G_KEY_FILE_NONE, nullptr) != FALSE;
+  });
+}
 
 enum class Failure { kNone, kNoKey, kNoGroup, kOther };
 
@@ -87,7 +131,7 @@ int Config::Load() {
     VPTZ_LOG(LogLevel::kError, kConfig, "Could not create the keyfile");
     return -1;
   }
-  if (!g_key_file_load_from_file(key_file_, path_.c_str(), G_KEY_FILE_NONE, nullptr)) {
+  if (!LoadKeyFile(key_file_, path_)) {
     VPTZ_LOG(LogLevel::kError, kConfig, "Could not load the config file: %s", path_.c_str());
     Release();  // a parse that fails on the way leaves the groups read so far
     return -1;

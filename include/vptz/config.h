@@ -25,7 +25,8 @@ class VPTZ_API Config {
   const char* GetPath() const;
 
   // Reads the file anew and forgets what was read before. 0, or -1 when the
-  // file is missing, unreadable or no key file; the reason is logged.
+  // file is missing, unreadable, no regular file, longer than 1 MiB or no key
+  // file; that is logged. Never waits for somebody to write into a pipe.
   int Load();
 
   // Forgets what was read.

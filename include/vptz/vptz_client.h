@@ -49,6 +49,8 @@ struct ClientAccess;
 using VptzCallback = void (*)(bus_client*, void* user_data, const char* name, const void* payload,
                               std::int32_t length);
 
+// One connection to the bus, and what the database knows of the cameras. The
+// comment at the top of this file holds for all its operations.
 class VPTZ_API VptzClient {
  public:
   // ---- lifecycle -----------------------------------------------------------
@@ -177,7 +179,8 @@ class VPTZ_API VptzClient {
   // an earlier lookup gave is invalid afterwards.
 
   // Appends a handle for each stored device, loaded with LoadDeviceInfo,
-  // LoadPtzInfo and LoadMediaInfo. Does not empty the registry first. Always 0.
+  // LoadPtzInfo and LoadMediaInfo. Does not empty the registry first. 0, or -1
+  // when memory ran out, which is logged; nothing is then appended.
   int LoadDevices();
 
   // Destroys all handles. Always 0.

@@ -26,14 +26,14 @@ enum NATType : std::int32_t {
 // A number that may be unknown.
 struct VptzValue {
   std::int32_t valid = 0;  // 1 when `value` is known, else 0
-  double value = 0.0;
+  double value = 0.0;      // in the unit of what it describes
 };
 
 // Limits, both included, that may be unknown.
 struct VptzRange {
   std::int32_t valid = 0;  // 1 when `min` and `max` are known, else 0
-  double min = 0.0;
-  double max = 0.0;
+  double min = 0.0;        // in the unit of what they limit
+  double max = 0.0;        // not below `min`
 };
 
 // One device.
@@ -72,54 +72,61 @@ struct VptzPresetData {
 
 // What one axis of a PTZ profile can do, and where it is.
 struct VptzAxisData {
-  bool have_absolute_move = false;
-  bool have_continues_move = false;  // kept: the stored column is spelled so
-  bool have_relative_move = false;
-  VptzValue position;
-  VptzValue speed;
-  VptzRange position_range;
-  VptzRange speed_range;
-  VptzRange spare_range;  // the service's own; only QueryPtzProfiles fills it
+  bool have_absolute_move = false;   // whether it moves to positions
+  bool have_continues_move = false;  // whether it moves until stopped (kept: the stored column is spelled so)
+  bool have_relative_move = false;   // whether it moves by distances
+  VptzValue position;                // where it was when the service last told
+  VptzValue speed;                   // how fast it moved then
+  VptzRange position_range;          // where it can go
+  VptzRange speed_range;             // how fast it can go
+  VptzRange spare_range;             // the service's own; only QueryPtzProfiles fills it
 };
 
 // One PTZ profile of a device.
 struct VptzPtzData {
-  std::uint32_t id = 0;           // row id of the PTZ node, also the id in commands
-  std::string node;               // the profile's token at the device
-  bool is_enable = false;         // whether it is in use
-  VptzAxisData pan;               // degrees, degrees per second
-  VptzAxisData tilt;              // degrees, degrees per second
-  VptzAxisData zoom;              // magnification factor, factor per second
-  std::int32_t preset_count = 0;  // number of stored presets
-  std::int32_t track_mode = 0;    // its numbers are the service's
-  std::vector<VptzPresetData> presets;
+  std::uint32_t id = 0;                 // row id of the PTZ node, also the id in commands
+  std::string node;                     // the profile's token at the device
+  bool is_enable = false;               // whether it is in use
+  VptzAxisData pan;                     // degrees, degrees per second
+  VptzAxisData tilt;                    // degrees, degrees per second
+  VptzAxisData zoom;                    // magnification factor, factor per second
+  std::int32_t preset_count = 0;        // number of stored presets
+  std::int32_t track_mode = 0;          // its numbers are the service's
+  std::vector<VptzPresetData> presets;  // as stored
 };
 
 // One media profile of a device.
 struct VptzMediaData {
-  std::uint32_t id = 0;  // row id of the media source, also the id in commands
-  std::string node;      // the profile's token at the device
-  std::string url;       // address of the stream
-  std::string nat_url;   // url as reachable from outside
-  VptzValue width;       // pixels
-  VptzValue height;      // pixels
-  VptzValue frame_rate;  // frames per second
-  VptzValue bit_rate;    // kilobits per second
-  VptzRange frame_rate_range;
-  VptzRange bit_rate_range;
-  bool width_ok = false;  // the `_ok` flags: known and consistent
+  std::uint32_t id = 0;        // row id of the media source, also the id in commands
+  std::string node;            // the profile's token at the device
+  std::string url;             // address of the stream
+  std::string nat_url;         // url as reachable from outside
+  VptzValue width;             // pixels
+  VptzValue height;            // pixels
+  VptzValue frame_rate;        // frames per second
+  VptzValue bit_rate;          // kilobits per second
+  VptzRange frame_rate_range;  // frames per second
+  VptzRange bit_rate_range;    // kilobits per second
+
+  // Known and consistent.
+  bool width_ok = false;
   bool height_ok = false;
   bool frame_rate_ok = false;
   bool bit_rate_ok = false;
+
+  // Image settings; their scale is the service's.
   VptzValue brightness;
   VptzValue contrast;
   VptzValue sharpness;
   VptzRange brightness_range;
   VptzRange contrast_range;
   VptzRange sharpness_range;
+
+  // Known and consistent.
   bool brightness_ok = false;
   bool contrast_ok = false;
   bool sharpness_ok = false;
+
   VptzValue auto_focus;      // its numbers are the service's
   VptzValue backlight_mode;  // its numbers are the service's
   bool is_enable = false;    // whether it is in use
@@ -127,12 +134,15 @@ struct VptzMediaData {
 
 // One NAT mapping. The service gives the members their roles.
 struct VptzNATData {
+  // Sent in this order, also when empty.
   std::string text1;
   std::string text2;
   std::string text3;
   std::string text4;
   std::string text5;
   std::string text6;
+
+  // Sent behind the texts, also when 0.
   std::int32_t number1 = 0;
   std::int32_t number2 = 0;
 };
@@ -140,17 +150,17 @@ struct VptzNATData {
 // What AddDevice(protocol, params) reads for a device in the network. `protocol`
 // is not read.
 struct VptzNetworkDeviceParams {
-  std::string mac;
-  std::string name;
-  std::string protocol;
-  std::string address;
-  std::string user;
-  std::string password;
+  std::string mac;       // hardware address
+  std::string name;      // its name in the network
+  std::string protocol;  // not read: the protocol is an argument of its own
+  std::string address;   // host, as the service reaches it
+  std::string user;      // who the service logs in as; empty: nobody
+  std::string password;  // travels over the bus, is not logged
 };
 
 // What it reads for a serial device ("RS232").
 struct VptzSerialDeviceParams {
-  std::string name;
+  std::string name;   // its name for people
   std::string line;   // how the port is wired; the service's texts
   int baud_rate = 0;  // bits per second
   int unit = 0;       // the device's number on the line

@@ -31,10 +31,11 @@ namespace vptz {
 struct DeviceAccess;
 }
 
+// One known device: its record, its profiles, and the client's operations on it.
 class VPTZ_API CVptzDevice : public VptzDeviceData {
  public:
-  std::vector<VptzPtzData> ptz_list;
-  std::vector<VptzMediaData> media_list;
+  std::vector<VptzPtzData> ptz_list;      // PTZ profiles; the first has the index 1
+  std::vector<VptzMediaData> media_list;  // media profiles; the first has the index 1
 
   // ---- handle --------------------------------------------------------------
 
@@ -78,8 +79,11 @@ class VPTZ_API CVptzDevice : public VptzDeviceData {
 
   // ---- maintenance ---------------------------------------------------------
 
+  // Have the service log in to the device and out of it.
   int Login(std::string user, std::string password, int timeout = 0);
   int Logout(int timeout = 0);
+
+  // Couples a slave device, or ends the coupling with empty texts.
   int SetSlaveDevice(const std::string& address, const std::string& account, const std::string& credentials,
                      int timeout = 0);
 
@@ -93,7 +97,13 @@ class VPTZ_API CVptzDevice : public VptzDeviceData {
   // result; -1 when params is null.
   int UpdateDevice(void* params, int timeout = 0);
 
+  // Sets the protocol by which the service controls the device. The record keeps
+  // what it held until it is loaded again.
   int UpdateDeviceControlProtocol(std::string protocol, int timeout = 0);
+
+  // Have the service read from the device, into the database: what it is and
+  // how it is; the same in full; where its PTZ nodes stand; its presets; what it
+  // can do. The record and the lists keep what they held.
   int UpdateDeviceInfo(int timeout = 0);
   int UpdateDeviceInfoFull(int timeout = 0);
   int UpdatePtzStatus(int timeout = 0);
@@ -106,10 +116,14 @@ class VPTZ_API CVptzDevice : public VptzDeviceData {
   int EnableNAT(NATType type, std::vector<VptzNATData>* mappings, int timeout = 0);
   int DisableNAT(NATType type, int timeout = 0);
 
+  // Replaces an address by the service's answer; leaves it alone when the call
+  // fails.
   int QueryNATuri(NATType type, std::string& uri, int timeout = 0);
 
   // ---- motion --------------------------------------------------------------
 
+  // Move to a position and stop there: all axes, or some and the others are left
+  // alone. Degrees, the zoom as magnification factor, and these per second.
   int AbsoluteMove(double pan_position, double tilt_position, double zoom_position, double pan_speed,
                    double tilt_speed, double zoom_speed, unsigned int idx, int timeout = 0);
   int AbsolutePanMove(double pan_position, double pan_speed, unsigned int idx, int timeout = 0);
@@ -118,23 +132,31 @@ class VPTZ_API CVptzDevice : public VptzDeviceData {
                           unsigned int idx, int timeout = 0);
   int AbsoluteZoomMove(double zoom_position, double zoom_speed, unsigned int idx, int timeout = 0);
 
+  // Moves until PtzStop or a limit; degrees and magnification factor per second.
   // Logs service_uri.
   int ContinuousMove(double pan_velocity, double tilt_velocity, double zoom_velocity, unsigned int idx,
                      int timeout = 0);
+
+  // The same for some axes; the others are left alone. Log nothing.
   int ContinuousPanMove(double pan_velocity, unsigned int idx, int timeout = 0);
   int ContinuousTiltMove(double tilt_velocity, unsigned int idx, int timeout = 0);
   int ContinuousPanTiltMove(double pan_velocity, double tilt_velocity, unsigned int idx, int timeout = 0);
   int ContinuousZoomMove(double zoom_velocity, unsigned int idx, int timeout = 0);
 
-  // The index comes first here.
+  // Stops the named axes. The index comes first here.
   int PtzStop(unsigned int idx, bool stop_pan, bool stop_tilt, bool stop_zoom, int timeout = 0);
+
+  // PtzStop of pan and tilt, and of zoom.
   int PanTiltStop(unsigned int idx, int timeout = 0);
   int ZoomStop(unsigned int idx, int timeout = 0);
 
+  // Moves to the stored home position.
   int GotoHome(double pan_speed, double tilt_speed, double zoom_speed, unsigned int idx, int timeout = 0);
+
+  // Stores the present position as home.
   int SetHome(unsigned int idx, int timeout = 0);
 
-  // Calls LoadPtzProfiles when the service has accepted the mode.
+  // Sets the tracking mode, and calls LoadPtzProfiles when the service has accepted the mode.
   int SetTrackMode(unsigned int track_mode, unsigned int idx, int timeout = 0);
 
   // ---- presets -------------------------------------------------------------
@@ -142,15 +164,25 @@ class VPTZ_API CVptzDevice : public VptzDeviceData {
   // the configured "ndi_preset_shift" is added where preset ids are stored and
   // recalled, not where they are removed.
 
+  // Has the service read the profile's presets from the camera. The list keeps
+  // what it held.
   int UpdatePresets(unsigned int idx, int timeout = 0);
+
+  // Store the present position; by id: under the token and the name that the
+  // database holds for it.
   int SetPreset(std::string name, std::string token, unsigned int idx, int timeout = 0);
   int SetPresetById(unsigned int preset_id, unsigned int idx, int timeout = 0);
+
+  // Moves to a stored position; kVptzNotCommanded leaves a speed to the service.
   int GotoPreset(std::string token, double pan_speed, double tilt_speed, double zoom_speed, unsigned int idx,
                  int timeout = 0);
 
-  // A negative shift that would lead below 0 is left out.
+  // The same with the token that the database holds for that id. A negative shift
+  // that would lead below 0 is left out.
   int GotoPresetById(unsigned int preset_id, double pan_speed, double tilt_speed, double zoom_speed,
                      unsigned int idx, int timeout = 0);
+
+  // Remove a stored position.
   int RemovePreset(std::string token, unsigned int idx, int timeout = 0);
   int RemovePresetById(unsigned int preset_id, unsigned int idx, int timeout = 0);
 
@@ -168,7 +200,11 @@ class VPTZ_API CVptzDevice : public VptzDeviceData {
   int SetBacklightMode(double backlight_mode, unsigned int idx, int timeout = 0);
   int SetAutoFocusMode(double auto_focus, std::string auto_focus_mode, unsigned int idx, int timeout = 0);
 
+  // Switches between automatic and manual focus.
   int SwitchFocusMode(unsigned int idx, int timeout = 0);
+
+  // Drive the focus until FocusStop. `drive` tells how; its texts are the
+  // service's.
   int FocusFar(std::string drive, unsigned int idx, int timeout = 0);
   int FocusNear(std::string drive, unsigned int idx, int timeout = 0);
   int FocusStop(std::string drive, unsigned int idx, int timeout = 0);

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <mqtt_protocol.h>
 #include <sys/epoll.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -45,6 +46,7 @@ void Connection::Run() {
   background_of = this;
   std::unique_lock<std::mutex> lock(mutex_);
   while (!closing_) {
+    ForgetOldSocket();
     if (state_ == State::kRetry && Clock::now() >= retry_at_) {
       Dial(lock);
     } else {
@@ -53,6 +55,20 @@ void Connection::Run() {
   }
   running_ = false;
   thread_ended_.notify_all();
+}
+
+// A socket that is closed leaves the epoll by itself, unless a child made by
+// fork() has a copy: then it would be reported ready for ever.
+void Connection::ForgetOldSocket() {
+  if (polled_session_ == session_) {
+    return;
+  }
+  const int fresh = NewEpoll(wake_background_);
+  if (fresh >= 0) {
+    close(epoll_);
+    epoll_ = fresh;
+    polled_session_ = session_;
+  }
 }
 
 // One round: sleep until something is to be done, then do it.
@@ -119,22 +135,27 @@ void Connection::Misc(TimePoint now) {
 
 // A fresh instance with everything that a connection needs.
 int Connection::PrepareInstance() {
+  const Settings& settings = target_->settings;
   if (mosquitto_reinitialise(mosquitto_, client_id_.c_str(), true, this) != MOSQ_ERR_SUCCESS) {
     return -ENOMEM;
   }
   mosquitto_int_option(mosquitto_, MOSQ_OPT_PROTOCOL_VERSION, MQTT_PROTOCOL_V5);
   mosquitto_int_option(mosquitto_, MOSQ_OPT_SEND_MAXIMUM, 65535);
-  mosquitto_int_option(mosquitto_, MOSQ_OPT_TCP_NODELAY, address_.is_unix ? 0 : 1);
+  mosquitto_int_option(mosquitto_, MOSQ_OPT_TCP_NODELAY, target_->address.is_unix ? 0 : 1);
   mosquitto_connect_v5_callback_set(mosquitto_, OnConnect);
   mosquitto_disconnect_v5_callback_set(mosquitto_, OnDisconnect);
   mosquitto_subscribe_v5_callback_set(mosquitto_, OnSubscribe);
   mosquitto_message_v5_callback_set(mosquitto_, OnMessage);
   mosquitto_publish_v5_callback_set(mosquitto_, OnPublish);
-  if (!settings_.user.empty()) {
-    mosquitto_username_pw_set(mosquitto_, settings_.user.c_str(), TextOrNull(settings_.password));
+  if (!settings.user.empty() && mosquitto_username_pw_set(mosquitto_, settings.user.c_str(),
+                                                          TextOrNull(settings.password)) != MOSQ_ERR_SUCCESS) {
+    return -ENOMEM;
   }
-  owner_->Prepare(mosquitto_);
-  return settings_.tls && !address_.is_unix ? UseTls(mosquitto_, settings_) : 0;
+  const int prepared = owner_->Prepare(mosquitto_);
+  if (prepared < 0) {
+    return prepared;
+  }
+  return settings.tls && !target_->address.is_unix ? UseTls(mosquitto_, settings) : 0;
 }
 
 // One attempt to reach the broker. The mutex is free meanwhile: host names and
@@ -142,8 +163,9 @@ int Connection::PrepareInstance() {
 // state.
 void Connection::Dial(std::unique_lock<std::mutex>& lock) {
   const std::uint64_t attempt = attempt_;
-  const Address address = address_;
-  const int port = PortOf(address_, settings_);
+  const std::shared_ptr<const Target> target = target_;
+  const Address& address = target->address;
+  const int port = PortOf(address, target->settings);
   int error = PrepareInstance();
   state_ = State::kDialing;
   lock.unlock();

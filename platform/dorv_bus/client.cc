@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <new>
 #include <utility>
 
 #include "errors.h"
@@ -37,6 +38,22 @@ bool Trusts(const ServiceWatch& service, std::string_view method, int length) {
 }
 
 bool IsBytes(const void* data, int length) { return length >= 0 && (data != nullptr || length == 0); }
+
+// Reads the socket for as long as it lives, unless somebody else does. Needs the
+// connection's mutex at its begin and end.
+class Reader {
+ public:
+  Reader(dorv::Connection& connection, dorv::Waiter& waiter) : connection_(connection), waiter_(waiter) {
+    connection_.TakeOver(waiter_);
+  }
+  ~Reader() { connection_.Leave(waiter_); }
+  Reader(const Reader&) = delete;
+  Reader& operator=(const Reader&) = delete;
+
+ private:
+  dorv::Connection& connection_;
+  dorv::Waiter& waiter_;
+};
 
 }  // namespace
 
@@ -83,15 +100,13 @@ int bus_client::Call(const char* service, const char* method, const void* reques
   call.capacity = *reply_length;
   std::uint64_t sequence = 0;
   std::unique_lock<std::mutex> lock(connection_.mutex());
-  connection_.TakeOver(call.waiter);
+  const Reader reader(connection_, call.waiter);
   int result = Send(&call, service, method, request, request_length, &sequence);
   if (result == 0) {
     result = connection_.Await(lock, call.waiter);
     if (calls_.erase(sequence) > 0) {
       call.service->answered.clear();
     }
-  } else {
-    connection_.Leave(call.waiter);
   }
   if (result >= 0) {
     *reply_length = call.length;
@@ -105,16 +120,21 @@ int bus_client::CallLater(const char* service, const char* method, const void* r
       callback == nullptr) {
     return -EINVAL;
   }
-  auto call = std::make_unique<PendingCall>(Clock::now() + Timeout(timeout));
+  const auto call = std::make_shared<PendingCall>(Clock::now() + Timeout(timeout));
   const dorv::SigpipeGuard guard;
   call->callback = callback;
   call->own_method = method;
+  dorv::Dispatcher::Tasks task;
+  task.emplace_back([this, call] {
+    const char* const bytes = call->bytes.empty() ? nullptr : call->bytes.data();
+    call->callback(this, nullptr, call->own_method.c_str(), bytes, call->result);
+  });
   dispatcher_.Start(shared_from_this());
   std::uint64_t sequence = 0;
   const std::lock_guard<std::mutex> lock(connection_.mutex());
   const int result = Send(call.get(), service, method, request, request_length, &sequence);
   if (result == 0) {
-    static_cast<void>(call.release());  // owned by the table from now on; FinishLater deletes it
+    call->task = std::move(task);
     connection_.WakeBackground();
   }
   return result;
@@ -130,7 +150,10 @@ int bus_client::Send(PendingCall* call, const char* service, const char* method,
   if (Clock::now() >= call->last_moment) {
     return -ETIMEDOUT;
   }
-  call->service = Watch(service);
+  const int watched = Watch(service, &call->service);
+  if (watched < 0) {
+    return watched;
+  }
   call->method = call->callback == nullptr ? std::string_view(method) : call->own_method;
   call->request_length = length;
   call->confirmed = !unconfirmed_.empty() || !Trusts(*call->service, call->method, length);
@@ -141,30 +164,44 @@ int bus_client::Send(PendingCall* call, const char* service, const char* method,
       !properties.AddCorrelation(call->identity)) {
     return -ENOMEM;
   }
+  // Made before the request goes out: what is under way must be in the tables.
+  std::map<std::uint64_t, PendingCall*> entry = {{*sequence, call}};
+  std::set<int> unconfirmed;
+  if (call->confirmed) {
+    unconfirmed.insert(0);
+  }
   const int result = connection_.Publish(&call->message_id, dorv::Topic::Call(service, method).c_str(), request,
                                          length, call->confirmed ? 1 : 0, false, properties.get());
   if (result < 0) {
     return result;
   }
-  calls_.emplace(*sequence, call);
+  calls_.merge(entry);
   if (call->confirmed) {
-    unconfirmed_.insert(call->message_id);
+    auto message = unconfirmed.extract(0);
+    message.value() = call->message_id;
+    unconfirmed_.insert(std::move(message));
   } else {
     call->message_id = 0;
   }
   return 0;
 }
 
-// Has the broker tell whether the service is there; told once a session.
-ServiceWatch* bus_client::Watch(std::string_view service) {
+// Has the broker tell whether the service is there; told once a session. 0, or a
+// negative errno value: without that nothing could be said about a call.
+int bus_client::Watch(std::string_view service, ServiceWatch** watch) {
   auto entry = services_.find(service);
   if (entry == services_.end()) {
     entry = services_.emplace(std::string(service), ServiceWatch()).first;
   }
+  *watch = &entry->second;
   if (!entry->second.watched) {
-    entry->second.watched = connection_.Subscribe(dorv::Topic::Presence(service).c_str(), 0, 0) >= 0;
+    const int result = connection_.Subscribe(dorv::Topic::Presence(service).c_str(), 0, 0);
+    if (result < 0) {
+      return result;
+    }
+    entry->second.watched = true;
   }
-  return &entry->second;
+  return 0;
 }
 
 void bus_client::Finish(std::uint64_t sequence, int result) {
@@ -186,12 +223,15 @@ void bus_client::Finish(PendingCall* call, int result) {
 }
 
 void bus_client::FinishLater(PendingCall* call, int result, const void* payload) {
-  const std::unique_ptr<PendingCall> owned(call);
-  std::string bytes(static_cast<const char*>(payload),
-                    payload == nullptr ? 0 : static_cast<std::size_t>(result));
-  dispatcher_.Post(
-      [client = this, callback = call->callback, method = std::move(call->own_method), bytes = std::move(bytes),
-       result] { callback(client, nullptr, method.c_str(), bytes.empty() ? nullptr : bytes.data(), result); });
+  call->result = result;
+  try {
+    if (payload != nullptr) {
+      call->bytes.assign(static_cast<const char*>(payload), static_cast<std::size_t>(result));
+    }
+  } catch (const std::bad_alloc&) {
+    call->result = -ENOMEM;
+  }
+  dispatcher_.Post(std::move(call->task));
 }
 
 void bus_client::Receive(const mosquitto_message& message, const mosquitto_property* properties) {
@@ -216,10 +256,7 @@ void bus_client::ReceiveReply(const mosquitto_message& message, const mosquitto_
   }
   PendingCall* call = entry->second;
   calls_.erase(entry);
-  if (call->confirmed) {
-    int& longest = call->service->answered[std::string(call->method)];
-    longest = std::max(longest, call->request_length);
-  }
+  NoteAnswered(*call);
   const int error = dorv::ReadError(properties);
   if (error < 0) {
     Finish(call, error);
@@ -236,6 +273,18 @@ void bus_client::ReceiveReply(const mosquitto_message& message, const mosquitto_
   }
 }
 
+void bus_client::NoteAnswered(const PendingCall& call) {
+  if (!call.confirmed) {
+    return;
+  }
+  try {
+    int& longest = call.service->answered[std::string(call.method)];
+    longest = std::max(longest, call.request_length);
+  } catch (const std::bad_alloc&) {
+    // The next request is confirmed by the broker as well, no more.
+  }
+}
+
 void bus_client::ReceivePresence(std::string_view service, bool present) {
   const auto entry = services_.find(service);
   if (entry == services_.end()) {
@@ -247,20 +296,17 @@ void bus_client::ReceivePresence(std::string_view service, bool present) {
   if (left) {
     watch.answered.clear();
   }
-  std::vector<std::uint64_t> lost;
-  for (const auto& [sequence, call] : calls_) {
+  for (auto next = calls_.begin(); next != calls_.end();) {
+    const auto [sequence, call] = *next++;
     if (call->service != &watch) {
       continue;
     }
     if (left) {
-      lost.push_back(sequence);
+      Finish(sequence, -ECONNRESET);
     } else if (present) {
       call->waiter.deadline = call->last_moment;
       call->waiter.expiry_result = -ETIMEDOUT;
     }
-  }
-  for (const std::uint64_t sequence : lost) {
-    Finish(sequence, -ECONNRESET);
   }
 }
 
@@ -301,21 +347,17 @@ void bus_client::Lose() {
 // Ends asynchronous calls that ran out of time; the others mind their own.
 TimePoint bus_client::Tick(TimePoint now) {
   TimePoint next = TimePoint::max();
-  std::vector<std::uint64_t> expired;
-  for (const auto& [sequence, call] : calls_) {
+  for (auto one = calls_.begin(); one != calls_.end();) {
+    const auto [sequence, call] = *one++;
     if (call->callback == nullptr) {
       continue;
     }
     if (call->waiter.deadline <= now) {
-      expired.push_back(sequence);
+      call->service->answered.clear();
+      Finish(sequence, call->waiter.expiry_result);
     } else {
       next = std::min(next, call->waiter.deadline);
     }
-  }
-  for (const std::uint64_t sequence : expired) {
-    PendingCall* call = calls_.at(sequence);
-    call->service->answered.clear();
-    Finish(sequence, call->waiter.expiry_result);
   }
   return next;
 }

@@ -7,7 +7,6 @@
 #include <set>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
 #include "connection.h"
 #include "dispatcher.h"
@@ -47,9 +46,13 @@ struct PendingCall {
   int capacity = 0;
   int length = 0;
 
-  // Asynchronous: who is told.
+  // Asynchronous: who is told, and what. The task that tells it owns the call;
+  // it is made with the call, so that the result needs no memory.
   bus_callback callback = nullptr;
   std::string own_method;
+  int result = 0;
+  std::string bytes;
+  Dispatcher::Tasks task;
 };
 
 }  // namespace dorv
@@ -94,7 +97,8 @@ struct bus_client final : dorv::Connection::Owner, std::enable_shared_from_this<
 
   int Send(dorv::PendingCall* call, const char* service, const char* method, const void* request, int length,
            std::uint64_t* sequence);
-  dorv::ServiceWatch* Watch(std::string_view service);
+  int Watch(std::string_view service, dorv::ServiceWatch** watch);
+  void NoteAnswered(const dorv::PendingCall& call);
   void Finish(std::uint64_t sequence, int result);
   void Finish(dorv::PendingCall* call, int result);
   void FinishLater(dorv::PendingCall* call, int result, const void* payload);
@@ -110,7 +114,7 @@ struct bus_client final : dorv::Connection::Owner, std::enable_shared_from_this<
   dorv::Dispatcher dispatcher_;
   std::shared_ptr<bus_client> self_;
   std::uint64_t sequence_ = 0;
-  std::unordered_map<std::uint64_t, dorv::PendingCall*> calls_;
+  std::map<std::uint64_t, dorv::PendingCall*> calls_;
   // Requests that the broker has yet to confirm. While there are any, the next
   // one goes at QoS 1 too: libmosquitto may still hold some of them back, and a
   // stop must not overtake a move.

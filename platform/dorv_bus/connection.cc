@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 #include <utility>
 
 #include "dorv_bus.h"
@@ -17,16 +18,20 @@
 
 namespace dorv {
 
+int Connection::NewEpoll(const Event& wake) {
+  const int epoll = epoll_create1(EPOLL_CLOEXEC);
+  epoll_event interest{};
+  interest.events = EPOLLIN;
+  interest.data.fd = wake.descriptor();
+  epoll_ctl(epoll, EPOLL_CTL_ADD, wake.descriptor(), &interest);
+  return epoll;
+}
+
 Connection::Connection(Owner* owner, std::string client_id)
     : owner_(owner),
       client_id_(std::move(client_id)),
       mosquitto_(NewMosquitto(client_id_.c_str(), this)),
-      epoll_(epoll_create1(EPOLL_CLOEXEC)) {
-  epoll_event interest{};
-  interest.events = EPOLLIN;
-  interest.data.fd = wake_background_.descriptor();
-  epoll_ctl(epoll_, EPOLL_CTL_ADD, wake_background_.descriptor(), &interest);
-}
+      epoll_(NewEpoll(wake_background_)) {}
 
 Connection::~Connection() {
   if (mosquitto_ != nullptr) {
@@ -42,19 +47,22 @@ int Connection::Connect(std::unique_lock<std::mutex>& lock, std::shared_ptr<void
   if (closing_) {
     return -ENOTCONN;
   }
-  const SigpipeGuard guard;
-  EndSession(true);
-  Settle(-ECONNRESET);
-  address_ = std::move(address);
-  settings_ = std::move(settings);
-  trouble_ = Trouble();
-  ++attempt_;
-  state_ = State::kRetry;
-  retry_at_ = Clock::now();
+  // What may fail comes before anything is changed.
+  std::string text = address.Text();
+  auto target = std::make_shared<Target>(Target{std::move(address), std::move(settings), std::move(text)});
+  connecting_.reserve(connecting_.size() + 1);
   if (!running_) {
     thread_ = StartQuietThread([this, keep = std::move(keep)] { Run(); });
     running_ = true;
   }
+  const SigpipeGuard guard;
+  EndSession(true);
+  Settle(-ECONNRESET);
+  target_ = std::move(target);
+  trouble_ = Trouble();
+  ++attempt_;
+  state_ = State::kRetry;
+  retry_at_ = Clock::now();
   WakeBackground();
 
   Waiter waiter(Clock::now() + std::chrono::seconds(BUS_DEFAULT_TIMEOUT));
@@ -105,7 +113,7 @@ void Connection::Fail(int error) {
   const std::chrono::seconds pause(error == -EKEYREJECTED || error == -EACCES ? 10 : 1);
   state_ = State::kRetry;
   retry_at_ = now + pause;
-  trouble_.Report(error, address_.Text(), now);
+  trouble_.Report(error, target_->text, now);
   Settle(error);
   WakeBackground();
 }
@@ -144,9 +152,10 @@ void Connection::Restore() {
 
 // Gives those who wait for a connection their result.
 void Connection::Settle(int result) {
-  for (Waiter* waiter : std::exchange(connecting_, {})) {
+  for (Waiter* waiter : connecting_) {
     waiter->Finish(result);
   }
+  connecting_.clear();
 }
 
 // What to make of libmosquitto's result for something that was to be sent: 0, or
@@ -171,9 +180,10 @@ int Connection::Publish(int* message_id, const char* topic, const void* payload,
 
 int Connection::Subscribe(const char* topic, int qos, int identifier) {
   mosquitto_property* properties = nullptr;
-  if (identifier > 0) {
-    mosquitto_property_add_varint(&properties, MQTT_PROP_SUBSCRIPTION_IDENTIFIER,
-                                  static_cast<std::uint32_t>(identifier));
+  if (identifier > 0 &&
+      mosquitto_property_add_varint(&properties, MQTT_PROP_SUBSCRIPTION_IDENTIFIER,
+                                    static_cast<std::uint32_t>(identifier)) != MOSQ_ERR_SUCCESS) {
+    return -ENOMEM;
   }
   int message_id = 0;
   const int result = Sent(mosquitto_subscribe_v5(mosquitto_, &message_id, topic, qos, 0, properties));
@@ -183,6 +193,7 @@ int Connection::Subscribe(const char* topic, int qos, int identifier) {
 
 int Connection::SubscribeAndWait(std::unique_lock<std::mutex>& lock, const char* topic, int qos, int identifier,
                                  TimePoint deadline) {
+  confirmations_.reserve(confirmations_.size() + 1);
   const int message_id = Subscribe(topic, qos, identifier);
   if (message_id < 0) {
     return message_id;
@@ -243,7 +254,7 @@ void Connection::OnSubscribe(mosquitto*, void* self, int message_id, int count, 
     DORV_LOG(ZERK_LOG_WARNING, "the broker refused to restore a subscription: %s", ErrorText(result));
   } else if (message_id == connection->last_subscription_) {
     connection->state_ = State::kReady;
-    connection->trouble_.Over(connection->address_.Text());
+    connection->trouble_.Over(connection->target_->text);
     connection->Settle(0);
   }
 }
@@ -252,7 +263,12 @@ void Connection::OnMessage(mosquitto*, void* self, const mosquitto_message* mess
                            const mosquitto_property* properties) {
   auto* connection = static_cast<Connection*>(self);
   connection->had_event_ = true;
-  connection->owner_->Receive(*message, properties);
+  try {
+    connection->owner_->Receive(*message, properties);
+  } catch (const std::bad_alloc&) {
+    // What cannot be lost, replies, is received without memory.
+    DORV_LOG(ZERK_LOG_WARNING, "a signal or request was dropped: memory ran out");
+  }
 }
 
 void Connection::OnPublish(mosquitto*, void* self, int message_id, int reason, const mosquitto_property*) {

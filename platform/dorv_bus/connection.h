@@ -40,8 +40,8 @@ class Connection {
    public:
     virtual ~Owner() = default;
 
-    // Before each attempt to connect: sets the will.
-    virtual void Prepare(mosquitto*) {}
+    // Before each attempt to connect: sets the will. 0 or -ENOMEM.
+    virtual int Prepare(mosquitto*) { return 0; }
 
     // A session has begun: subscribes. Returns the message id of the last
     // subscription, with whose confirmation the connection is ready, or a
@@ -69,7 +69,9 @@ class Connection {
   Connection& operator=(const Connection&) = delete;
 
   // Whether construction went well; nothing else works without.
-  bool valid() const { return mosquitto_ != nullptr && wake_background_.valid() && wake_driver_.valid(); }
+  bool valid() const {
+    return mosquitto_ != nullptr && epoll_ >= 0 && wake_background_.valid() && wake_driver_.valid();
+  }
 
   std::mutex& mutex() { return mutex_; }
   const std::string& client_id() const { return client_id_; }
@@ -111,7 +113,8 @@ class Connection {
   void Leave(Waiter& waiter);
 
   // Waits until the waiter is finished or its deadline has come; reads the
-  // socket meanwhile if nobody else does. Returns the waiter's result.
+  // socket meanwhile if nobody else does. Returns the waiter's result. Needs no
+  // memory: whoever waits has something under way.
   int Await(std::unique_lock<std::mutex>& lock, Waiter& waiter);
 
   // Has the background thread look at its owner's deadlines again.
@@ -138,6 +141,13 @@ class Connection {
     Waiter* waiter;
   };
 
+  // Where to connect to, as the application said last.
+  struct Target {
+    Address address;
+    Settings settings;
+    std::string text;  // of the address, for the log
+  };
+
   static void OnConnect(mosquitto*, void* self, int reason, int flags, const mosquitto_property*);
   static void OnDisconnect(mosquitto*, void* self, int reason, const mosquitto_property*);
   static void OnSubscribe(mosquitto*, void* self, int message_id, int count, const int* granted,
@@ -145,8 +155,11 @@ class Connection {
   static void OnMessage(mosquitto*, void* self, const mosquitto_message*, const mosquitto_property*);
   static void OnPublish(mosquitto*, void* self, int message_id, int reason, const mosquitto_property*);
 
+  static int NewEpoll(const Event& wake);
+
   // The background thread.
   void Run();
+  void ForgetOldSocket();
   void Turn(std::unique_lock<std::mutex>& lock);
   void Sleep(std::unique_lock<std::mutex>& lock, TimePoint until, bool* socket_ready);
   void Dial(std::unique_lock<std::mutex>& lock);
@@ -156,6 +169,8 @@ class Connection {
   // The socket.
   bool HasSocket() const { return state_ == State::kHandshake || state_ == State::kReady; }
   void Drive(std::unique_lock<std::mutex>& lock, Waiter& waiter);
+  void Follow(Waiter& waiter);
+  void Unfollow(Waiter& waiter);
   void HandOver(Waiter& waiter);
   void Pump();
   void Arm();
@@ -179,8 +194,7 @@ class Connection {
   bool running_ = false;
   bool closing_ = false;
 
-  Address address_;
-  Settings settings_;
+  std::shared_ptr<const Target> target_;
   State state_ = State::kIdle;
   std::uint64_t attempt_ =
       0;  // counts bus_connect and bus_disconnect: an attempt made for an older one is dropped
@@ -197,12 +211,13 @@ class Connection {
   std::vector<Confirmation> confirmations_;
   Trouble trouble_;
 
-  int epoll_ = -1;
   Event wake_background_;
   Event wake_driver_;
+  int epoll_ = -1;                    // of the background thread: wake_background_ and the socket
+  std::uint64_t polled_session_ = 0;  // whose socket that is
   bool driven_ = false;
-  std::vector<Waiter*> followers_;
-  unsigned interest_ = 0;  // what the background thread waits for on the socket
+  Waiter* followers_ = nullptr;  // the first of them
+  unsigned interest_ = 0;        // what the background thread waits for on the socket
 };
 
 }  // namespace dorv

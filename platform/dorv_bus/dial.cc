@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -14,7 +15,8 @@
 namespace dorv {
 namespace {
 
-constexpr int kTimeoutMilliseconds = 2000;
+constexpr std::chrono::milliseconds kTimeout{2000};
+constexpr std::chrono::milliseconds kQueuePause{10};
 
 class Socket {
  public:
@@ -40,7 +42,7 @@ int Pending(int descriptor) {
 
 int WaitForConnection(int descriptor, const Event& stop) {
   pollfd polled[] = {{descriptor, POLLOUT, 0}, {stop.descriptor(), POLLIN, 0}};
-  const int count = poll(polled, 2, kTimeoutMilliseconds);
+  const int count = poll(polled, 2, static_cast<int>(kTimeout.count()));
   if (count < 0) {
     return -errno;
   }
@@ -52,8 +54,6 @@ int WaitForConnection(int descriptor, const Event& stop) {
 
 int ErrorFromConnect(int number) {
   switch (number) {
-    case EAGAIN:  // a full backlog: there is a broker, but it does not answer
-      return -ETIMEDOUT;
     case EACCES:  // told apart from what the broker does not allow
       return -EPERM;
     default:
@@ -72,11 +72,31 @@ int Try(const sockaddr* address, socklen_t size, const Event& stop) {
   return ErrorFromConnect(errno);
 }
 
+// Whether it was told to stop before the time was over.
+bool Pause(std::chrono::milliseconds time, const Event& stop) {
+  pollfd polled{stop.descriptor(), POLLIN, 0};
+  return poll(&polled, 1, static_cast<int>(time.count())) > 0;
+}
+
+// The broker's queue of new sockets is short: many clients that connect at once
+// fill it. While it is full the broker is there and gets time to take some.
 int TryUnix(const std::string& path, const Event& stop) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-  return Try(reinterpret_cast<const sockaddr*>(&address), sizeof address, stop);
+  const auto end = std::chrono::steady_clock::now() + kTimeout;
+  for (;;) {
+    const int error = Try(reinterpret_cast<const sockaddr*>(&address), sizeof address, stop);
+    if (error != -EAGAIN) {
+      return error;
+    }
+    if (std::chrono::steady_clock::now() >= end) {
+      return -ETIMEDOUT;
+    }
+    if (Pause(kQueuePause, stop)) {
+      return -ECANCELED;
+    }
+  }
 }
 
 int ErrorFromLookup(int result) {

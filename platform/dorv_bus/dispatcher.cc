@@ -16,10 +16,10 @@ void Dispatcher::Start(std::shared_ptr<void> keep) {
   running_ = true;
 }
 
-void Dispatcher::Post(Task task) {
+void Dispatcher::Post(Tasks tasks) {
   const std::lock_guard<std::mutex> lock(mutex_);
   if (!closed_) {
-    tasks_.push_back(std::move(task));
+    tasks_.splice(tasks_.end(), tasks);
     changed_.notify_all();
   }
 }

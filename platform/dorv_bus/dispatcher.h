@@ -4,8 +4,8 @@
 
 #include <condition_variable>
 #include <cstddef>
-#include <deque>
 #include <functional>
+#include <list>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -15,13 +15,14 @@ namespace dorv {
 class Dispatcher {
  public:
   using Task = std::function<void()>;
+  using Tasks = std::list<Task>;
 
   // Begins the thread unless it runs already; `keep` keeps the owner alive for
   // as long as it does. Nothing happens after Close.
   void Start(std::shared_ptr<void> keep);
 
-  // Queues a task for the thread; drops it after Close.
-  void Post(Task task);
+  // Queues tasks for the thread; drops them after Close. Needs no memory.
+  void Post(Tasks tasks);
 
   // Post, but false, and the task is dropped, when so many wait already that
   // the application has evidently stopped taking them.
@@ -38,7 +39,7 @@ class Dispatcher {
 
   std::mutex mutex_;
   std::condition_variable changed_;
-  std::deque<Task> tasks_;
+  Tasks tasks_;
   std::thread thread_;
   bool running_ = false;
   bool closed_ = false;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 #include "connection.h"
 #include "errors.h"
@@ -29,9 +30,9 @@ int Connection::Await(std::unique_lock<std::mutex>& lock, Waiter& waiter) {
       Drive(lock, waiter);
       continue;
     }
-    followers_.push_back(&waiter);
+    Follow(waiter);
     waiter.wake.wait_until(lock, waiter.deadline);
-    followers_.erase(std::remove(followers_.begin(), followers_.end(), &waiter), followers_.end());
+    Unfollow(waiter);
     if (waiter.leads && !ready()) {
       HandOver(waiter);
     }
@@ -74,13 +75,33 @@ void Connection::Drive(std::unique_lock<std::mutex>& lock, Waiter& waiter) {
   HandOver(waiter);
 }
 
+// Followers in the order in which they came.
+void Connection::Follow(Waiter& waiter) {
+  Waiter** end = &followers_;
+  while (*end != nullptr) {
+    end = &(*end)->next_follower;
+  }
+  *end = &waiter;
+}
+
+void Connection::Unfollow(Waiter& waiter) {
+  Waiter** link = &followers_;
+  while (*link != &waiter) {
+    link = &(*link)->next_follower;
+  }
+  *link = std::exchange(waiter.next_follower, nullptr);
+}
+
 // The waiter reads no more: a follower does, or the background thread.
 void Connection::HandOver(Waiter& waiter) {
   waiter.leads = false;
-  const auto next = std::find_if(followers_.begin(), followers_.end(), [](Waiter* one) { return !one->done; });
-  if (ready() && next != followers_.end()) {
-    (*next)->leads = true;
-    (*next)->wake.notify_one();
+  Waiter* next = followers_;
+  while (next != nullptr && next->done) {
+    next = next->next_follower;
+  }
+  if (ready() && next != nullptr) {
+    next->leads = true;
+    next->wake.notify_one();
     return;
   }
   driven_ = false;
@@ -94,7 +115,8 @@ void Connection::Pump() {
   int result = mosquitto_loop_read(mosquitto_, 1);
   // Behind TLS a read may leave whole packets where poll cannot see them. One
   // quiet read may have been a keep-alive, two mean that nothing is left.
-  for (int quiet = 0; settings_.tls && quiet < 2 && result == MOSQ_ERR_SUCCESS && failure_ == 0; ++quiet) {
+  for (int quiet = 0; target_->settings.tls && quiet < 2 && result == MOSQ_ERR_SUCCESS && failure_ == 0;
+       ++quiet) {
     had_event_ = false;
     result = mosquitto_loop_read(mosquitto_, 1);
     quiet = had_event_ ? -1 : quiet;

@@ -31,8 +31,8 @@ int bus_service::Begin(const char* address) {
     return -EINVAL;
   }
   std::unique_lock<std::mutex> lock(connection_.mutex());
+  const int result = connection_.Connect(lock, shared_from_this(), std::move(*parsed), std::move(*settings));
   self_ = shared_from_this();
-  const int result = connection_.Connect(lock, self_, std::move(*parsed), std::move(*settings));
   lock.unlock();
   if (result < 0) {
     Free();
@@ -56,29 +56,38 @@ int bus_service::Free() {
 }
 
 // The broker clears the presence when the service is gone without a word.
-void bus_service::Prepare(mosquitto* instance) {
-  mosquitto_will_set_v5(instance, Topic::Presence(name_).c_str(), 0, nullptr, 1, true, nullptr);
+int bus_service::Prepare(mosquitto* instance) {
+  const int result =
+      mosquitto_will_set_v5(instance, Topic::Presence(name_).c_str(), 0, nullptr, 1, true, nullptr);
+  return result == MOSQ_ERR_SUCCESS ? 0 : -ENOMEM;
 }
 
 // Announces itself before it takes requests: whoever's request arrives here can
 // know of the presence.
 int bus_service::Restore() {
-  Announce();
-  connection_.Subscribe(Topic::Presence(name_).c_str(), 0, 0);
-  return connection_.Subscribe(Topic::Calls(name_).c_str(), 0, 0);
+  const int announced = Announce();
+  if (announced < 0) {
+    return announced;
+  }
+  const int watched = connection_.Subscribe(Topic::Presence(name_).c_str(), 0, 0);
+  return watched < 0 ? watched : connection_.Subscribe(Topic::Calls(name_).c_str(), 0, 0);
 }
 
-void bus_service::Announce() {
+int bus_service::Announce() {
   const int result = connection_.Publish(nullptr, Topic::Presence(name_).c_str(), instance_.data(),
                                          static_cast<int>(instance_.size()), 1, true, nullptr);
   if (result < 0) {
     DORV_LOG(ZERK_LOG_WARNING, "cannot announce the service %s: %s", name_.c_str(), dorv::ErrorText(result));
   }
+  return result;
 }
 
 void bus_service::Receive(const mosquitto_message& message, const mosquitto_property* properties) {
   if (dorv::PresenceOf(message.topic).empty()) {
-    ReceiveRequest(message, properties);
+    // Nobody waits any more for a request that the broker has kept.
+    if (!message.retain) {
+      ReceiveRequest(message, properties);
+    }
   } else {
     ReceivePresence(message);
   }

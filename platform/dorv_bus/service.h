@@ -40,7 +40,7 @@ struct bus_service final : dorv::Connection::Owner, std::enable_shared_from_this
   using Request = std::unique_ptr<bus_request>;
 
   // Connection::Owner
-  void Prepare(mosquitto* instance) override;
+  int Prepare(mosquitto* instance) override;
   int Restore() override;
   void Receive(const mosquitto_message& message, const mosquitto_property* properties) override;
   void Acknowledge(int, int) override {}
@@ -51,7 +51,7 @@ struct bus_service final : dorv::Connection::Owner, std::enable_shared_from_this
   void ReceivePresence(const mosquitto_message& message);
   void ReceiveRequest(const mosquitto_message& message, const mosquitto_property* properties);
   void Handle(Request request);
-  void Announce();
+  int Announce();
 
   const unsigned process_ = dorv::ProcessNumber();
   const std::string name_;

@@ -38,7 +38,13 @@ int Begin(const char* name, const char* address, bus_method_handler handler, voi
   if (acquired < 0) {
     return acquired;
   }
-  const auto service = std::make_shared<bus_service>(name, handler, user_data);
+  std::shared_ptr<bus_service> service;
+  try {
+    service = std::make_shared<bus_service>(name, handler, user_data);  // its destructor releases the library
+  } catch (const std::bad_alloc&) {
+    dorv::ReleaseLibrary();
+    throw;
+  }
   const int began = service->valid() ? service->Begin(address) : -ENOMEM;
   *result = began < 0 ? nullptr : service.get();
   return began;

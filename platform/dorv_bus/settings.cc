@@ -1,11 +1,13 @@
 #include "settings.h"
 
+#include <fcntl.h>
 #include <glib.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <memory>
+#include <string_view>
 
 #include "log.h"
 
@@ -13,6 +15,7 @@ namespace dorv {
 namespace {
 
 constexpr char kDefaultFile[] = "/etc/dorv/bus.conf";
+constexpr std::size_t kLargestFile = std::size_t{1} << 20;
 
 struct KeyFileFree {
   void operator()(GKeyFile* file) const { g_key_file_free(file); }
@@ -26,25 +29,61 @@ std::string Value(GKeyFile* file, const char* group, const char* key) {
   return value;
 }
 
+// Closes its descriptor.
+class Descriptor {
+ public:
+  explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
+  ~Descriptor() {
+    if (descriptor_ >= 0) {
+      close(descriptor_);
+    }
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  int get() const { return descriptor_; }
+
+ private:
+  const int descriptor_;
+};
+
+// The text of a regular file of moderate size. GLib would wait for somebody to
+// write into a pipe and take whatever fits into memory.
+bool ReadRegularFile(const std::string& path, std::string* text) {
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  struct stat status {};
+  if (file.get() < 0 || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
+    return false;
+  }
+  char buffer[4096];
+  ssize_t length = 0;
+  while (text->size() <= kLargestFile && (length = read(file.get(), buffer, sizeof buffer)) > 0) {
+    text->append(buffer, static_cast<std::size_t>(length));
+  }
+  return length == 0 && text->size() <= kLargestFile;
+}
+
 // The file's first line, without its end.
 bool ReadSecret(const std::string& path, std::string* secret) {
-  char* text = nullptr;
-  if (!g_file_get_contents(path.c_str(), &text, nullptr, nullptr)) {
+  std::string text;
+  if (!ReadRegularFile(path, &text)) {
     DORV_LOG(ZERK_LOG_ERROR, "cannot read the password file %s", path.c_str());
     return false;
   }
-  secret->assign(text);
-  g_free(text);
-  secret->erase(std::min(secret->find_first_of("\r\n"), secret->size()));
+  *secret = text.substr(0, text.find_first_of(std::string_view("\r\n\0", 3)));
   return true;
+}
+
+bool LoadKeyFile(GKeyFile* file, const char* path) {
+  std::string text;
+  // Without the library's own account of what is wrong, which may quote a line.
+  return ReadRegularFile(path, &text) &&
+         g_key_file_load_from_data(file, text.data(), text.size(), G_KEY_FILE_NONE, nullptr) != FALSE;
 }
 
 std::optional<Settings> FromFile(const char* path) {
   const KeyFile file(g_key_file_new());
-  GError* error = nullptr;
-  if (!g_key_file_load_from_file(file.get(), path, G_KEY_FILE_NONE, &error)) {
-    // Without the library's own text, which may quote a line of the file.
-    g_clear_error(&error);
+  if (!LoadKeyFile(file.get(), path)) {
     DORV_LOG(ZERK_LOG_ERROR, "cannot read the bus settings %s", path);
     return std::nullopt;
   }

@@ -17,7 +17,8 @@ struct Settings {
   std::string certificate;  // the client's own, empty for none
   std::string key;          // belongs to the certificate
 
-  // Nothing, with the reason logged, when the file cannot be read.
+  // Nothing, with the reason logged, when the file, or the password file that it
+  // names, cannot be read, is no regular file or longer than 1 MiB.
   static std::optional<Settings> Load();
 };
 

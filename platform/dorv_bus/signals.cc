@@ -61,7 +61,11 @@ int bus_client::Unsubscribe(const char* service, const char* signal) {
 
 int bus_client::Restore() {
   for (const auto& [key, subscription] : subscriptions_) {
-    connection_.Subscribe(SignalTopic(key.first, key.second).c_str(), 1, subscription.identifier);
+    const int result =
+        connection_.Subscribe(SignalTopic(key.first, key.second).c_str(), 1, subscription.identifier);
+    if (result < 0) {
+      return result;
+    }
   }
   for (auto& [service, watch] : services_) {
     watch.watched = connection_.Subscribe(dorv::Topic::Presence(service).c_str(), 0, 0) >= 0;

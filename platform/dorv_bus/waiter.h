@@ -26,6 +26,7 @@ struct Waiter {
   int expiry_result = -ETIMEDOUT;  // the result when the deadline comes first
   bool done = false;
   bool leads = false;  // reads the socket, or has been asked to
+  Waiter* next_follower = nullptr;
   int result = 0;
 };
 

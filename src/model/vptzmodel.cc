@@ -5,6 +5,7 @@
 #include <odb/connection.hxx>
 #include <odb/exceptions.hxx>
 #include <odb/schema-catalog.hxx>
+#include <odb/sqlite/connection-factory.hxx>
 #include <odb/sqlite/database.hxx>
 #include <odb/transaction.hxx>
 
@@ -73,6 +74,18 @@ void RequireReadableVersion(odb::connection& connection) {
   }
 }
 
+// Has room for all its connections from the moment each is made: to give one back
+// is part of its destruction and must not run out of memory.
+class ConnectionPool : public odb::sqlite::connection_pool_factory {
+ private:
+  pooled_connection_ptr create() override {
+    connections_.reserve(++made_);
+    return connection_pool_factory::create();
+  }
+
+  std::size_t made_ = 0;
+};
+
 // A line of an object operation; those come from the templates in the header.
 void LogFailure(LogLevel level, const char* function, const char* format, const char* description) {
   VPTZ_LOG_AS(function, level, kModelTemplates, format, description);
@@ -127,7 +140,8 @@ void VptzModel::Release() {
 
 void VptzModel::Open(const std::string& path, int flags) {
   opener = getpid();
-  database_ = std::make_unique<odb::sqlite::database>(vptz::AsPath(path), flags, true);
+  database_ = std::make_unique<odb::sqlite::database>(vptz::AsPath(path), flags, true, "",
+                                                      std::make_unique<ConnectionPool>());
 }
 
 int VptzModel::Connect(const std::string& path) {

@@ -6,6 +6,7 @@
 
 #include "log.h"
 #include "paths.h"
+#include "vptz_client/no_throw.h"
 
 namespace {
 
@@ -29,7 +30,7 @@ VptzClient::VptzClient() {
   }
   configuration.GetValue("MQTT", "timeout", 2, timeout_);
   configuration.GetValue("VPTZ", "ndi_preset_shift", 0, ndi_preset_shift_);
-  VptzModel::Instance().Connect(vptz::DatabaseFile());
+  vptz::NoThrow(-1, [] { return VptzModel::Instance().Connect(vptz::DatabaseFile()); });
 }
 
 VptzClient::~VptzClient() {

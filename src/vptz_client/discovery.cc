@@ -75,7 +75,7 @@ int VptzClient::AddRS232Device(std::string port, const std::string& name, std::s
                                int unit, int timeout) {
   vptz::SerialAddress address;
   if (!address.Format("rs232://%s/%s/%d/%d", port.c_str(), line.c_str(), baud_rate, unit)) return -1;
-  return AddDevice(port, name, kSerial, address.text(), "", "", timeout);
+  return vptz::NoThrow(-1, [&] { return AddDevice(port, name, kSerial, address.text(), "", "", timeout); });
 }
 
 int VptzClient::AddOnvifDeviceManually(const std::string& address, const std::string& user,

@@ -4,10 +4,11 @@
 #define VPTZ_SRC_VPTZ_CLIENT_EXCHANGE_H
 
 #include <cstdint>
-#include <exception>
 
 #include <vptz/vptz.pb.h>
 #include <vptz/vptz_client.h>
+
+#include "vptz_client/no_throw.h"
 
 namespace vptz {
 
@@ -29,7 +30,7 @@ int Send(VptzClient& client, const char* method, int timeout, tutorial::VptzComm
 template <class Fill, class Read>
 int Exchange(VptzClient& client, const char* method, int timeout, Fill&& fill, Read&& read) {
   if (!ClientAccess::HasBusClient(client)) return -1;
-  try {
+  return NoThrow(-1, [&]() -> int {
     tutorial::VptzCommand command;
     fill(command);
     tutorial::VptzResponse response;
@@ -37,11 +38,7 @@ int Exchange(VptzClient& client, const char* method, int timeout, Fill&& fill, R
     if (result < 0) return result;
     read(static_cast<const tutorial::VptzResponse&>(response));
     return response.status_code();
-  } catch (const std::exception&) {
-    // Memory ran out. Anything else that unwinds is a thread's cancellation,
-    // which must not be caught.
-    return -1;
-  }
+  });
 }
 
 template <class Fill>

@@ -59,12 +59,16 @@ int VptzClient::SetSlaveDevice(int device_id, const std::string& address, const 
 // Kept: the caller's time-out is not used; callers have long relied on the
 // configured one here.
 int VptzClient::SetSlaveDeviceById(int device_id, int slave_id, int) {
+  // Without a bus nothing can be sent, so the registry is left as it is.
+  if (!vptz::ClientAccess::HasBusClient(*this)) return -1;
   if (slave_id == 0) return SetSlaveDevice(device_id, "", "", "", 0);
   const CVptzDevice* const slave = QueryDeviceById(slave_id);
   if (slave == nullptr) return -1;
-  const std::optional<vptz::Credentials> stored = vptz::ReadCredentials(slave->authorization);
-  if (!stored) return -1;
-  return SetSlaveDevice(device_id, slave->address, stored->account, stored->credentials, 0);
+  return vptz::NoThrow(-1, [&] {
+    const std::optional<vptz::Credentials> stored = vptz::ReadCredentials(slave->authorization);
+    if (!stored) return -1;
+    return SetSlaveDevice(device_id, slave->address, stored->account, stored->credentials, 0);
+  });
 }
 
 // cppcheck-suppress passedByValue

@@ -87,7 +87,10 @@ int Change(VptzClient& client, const char* operation, const char* method, unsign
   bool answered = false;
   const int status = ExchangeNAT(client, method, device_id, type, timeout, fill,
                                  [&](const VptzResponse&) { answered = true; });
-  if (answered) Refresh(client, operation, device_id, type, timeout);
+  if (answered) {
+    // The service has done it, whatever becomes of the registry.
+    vptz::NoThrow(-1, [&] { return Refresh(client, operation, device_id, type, timeout), 0; });
+  }
   return status;
 }
 
@@ -118,11 +121,13 @@ int VptzClient::QueryNATuri(unsigned int device_id, NATType type, std::string& u
 
 int VptzClient::SetMediaInfoNAT(CVptzDevice* device, int device_id, NATType type, int timeout) {
   if (device == nullptr) return -1;
-  for (VptzMediaData& media : device->media_list) {
-    media.nat_url = media.url;
-    QueryNATuri(static_cast<unsigned int>(device_id), type, media.nat_url, timeout);
-  }
-  return 0;
+  return vptz::NoThrow(-1, [&] {
+    for (VptzMediaData& media : device->media_list) {
+      media.nat_url = media.url;
+      QueryNATuri(static_cast<unsigned int>(device_id), type, media.nat_url, timeout);
+    }
+    return 0;
+  });
 }
 
 int VptzClient::ClearNAT(int timeout) {

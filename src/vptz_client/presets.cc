@@ -20,6 +20,15 @@ std::unique_ptr<Preset> StoredPreset(const VptzClient& client, unsigned int ptz_
   return std::unique_ptr<Preset>(preset);
 }
 
+template <class Operation>
+int WithStoredPreset(const VptzClient& client, unsigned int ptz_id, unsigned int preset_id,
+                     Operation&& operation) {
+  return vptz::NoThrow(-1, [&] {
+    const auto preset = StoredPreset(client, ptz_id, preset_id);
+    return preset == nullptr ? -1 : operation(*preset);
+  });
+}
+
 }  // namespace
 
 int VptzClient::UpdatePresets(unsigned int ptz_id, int timeout) {
@@ -34,8 +43,9 @@ int VptzClient::SetPreset(unsigned int ptz_id, std::string name, std::string tok
 }
 
 int VptzClient::SetPresetById(unsigned int ptz_id, unsigned int preset_id, int timeout) {
-  const auto preset = StoredPreset(*this, ptz_id, preset_id);
-  return preset == nullptr ? -1 : SetPreset(ptz_id, preset->name(), preset->token(), timeout);
+  return WithStoredPreset(*this, ptz_id, preset_id, [&](const Preset& preset) {
+    return SetPreset(ptz_id, preset.name(), preset.token(), timeout);
+  });
 }
 
 int VptzClient::GotoPreset(unsigned int ptz_id, std::string token, double pan_speed, double tilt_speed,
@@ -50,9 +60,9 @@ int VptzClient::GotoPreset(unsigned int ptz_id, std::string token, double pan_sp
 
 int VptzClient::GotoPresetById(unsigned int ptz_id, unsigned int preset_id, double pan_speed, double tilt_speed,
                                double zoom_speed, int timeout) {
-  const auto preset = StoredPreset(*this, ptz_id, preset_id);
-  return preset == nullptr ? -1
-                           : GotoPreset(ptz_id, preset->token(), pan_speed, tilt_speed, zoom_speed, timeout);
+  return WithStoredPreset(*this, ptz_id, preset_id, [&](const Preset& preset) {
+    return GotoPreset(ptz_id, preset.token(), pan_speed, tilt_speed, zoom_speed, timeout);
+  });
 }
 
 int VptzClient::RemovePreset(unsigned int ptz_id, std::string token, int timeout) {
@@ -61,6 +71,6 @@ int VptzClient::RemovePreset(unsigned int ptz_id, std::string token, int timeout
 }
 
 int VptzClient::RemovePresetById(unsigned int ptz_id, unsigned int preset_id, int timeout) {
-  const auto preset = StoredPreset(*this, ptz_id, preset_id);
-  return preset == nullptr ? -1 : RemovePreset(ptz_id, preset->token(), timeout);
+  return WithStoredPreset(*this, ptz_id, preset_id,
+                          [&](const Preset& preset) { return RemovePreset(ptz_id, preset.token(), timeout); });
 }

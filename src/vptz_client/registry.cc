@@ -7,8 +7,12 @@
 #include <algorithm>
 #include <utility>
 
+#include "log.h"
+#include "vptz_client/no_throw.h"
 #include "vptz_device/loading.h"
 #include "vptz_device/snapshot.h"
+
+using vptz::NoThrow;
 
 namespace {
 
@@ -27,11 +31,18 @@ CVptzDevice NewHandle(VptzClient* client, std::uint32_t id, const vptz::RowSourc
 // Kept: appends, so that two calls in a row hold every device twice. Lookups
 // clear the registry first.
 int VptzClient::LoadDevices() {
-  vptz::Snapshot rows;
-  rows.Read();
-  devices_.reserve(devices_.size() + rows.DeviceIds().size());
-  for (const std::uint32_t id : rows.DeviceIds()) devices_.push_back(NewHandle(this, id, rows));
-  return 0;
+  const std::size_t before = devices_.size();
+  const bool loaded = NoThrow(false, [&] {
+    vptz::Snapshot rows;
+    rows.Read();
+    devices_.reserve(before + rows.DeviceIds().size());
+    for (const std::uint32_t id : rows.DeviceIds()) devices_.push_back(NewHandle(this, id, rows));
+    return true;
+  });
+  if (loaded) return 0;
+  devices_.erase(devices_.begin() + static_cast<std::ptrdiff_t>(before), devices_.end());
+  VPTZ_LOG(vptz::LogLevel::kError, vptz::log_source::kClient, "Failed to load the devices: memory ran out");
+  return -1;
 }
 
 int VptzClient::ClearDevices() {
@@ -54,23 +65,25 @@ std::vector<CVptzDevice>* VptzClient::QueryDeviceAll() {
 }
 
 std::vector<CVptzDevice*> VptzClient::QueryDeviceByProtocol(const std::string& protocol) {
-  std::vector<CVptzDevice*> found;
-  for (CVptzDevice& device : *QueryDeviceAll()) {
-    if (device.protocol == protocol) found.push_back(&device);
-  }
-  return found;
+  return NoThrow(std::vector<CVptzDevice*>(), [&] {
+    std::vector<CVptzDevice*> found;
+    for (CVptzDevice& device : *QueryDeviceAll()) {
+      if (device.protocol == protocol) found.push_back(&device);
+    }
+    return found;
+  });
 }
 
-int VptzClient::QueryDeviceCount() { return Device::QueryCount(); }
+int VptzClient::QueryDeviceCount() { return NoThrow(0, &Device::QueryCount); }
 
 int VptzClient::QueryPtzCountByDevice(int device_id) {
-  return Ptz::QueryCountByDevice(static_cast<unsigned int>(device_id));
+  return NoThrow(0, [&] { return Ptz::QueryCountByDevice(static_cast<unsigned int>(device_id)); });
 }
 
 int VptzClient::QueryMediaCountByDevice(int device_id) {
-  return Media::QueryCountByDevice(static_cast<unsigned int>(device_id));
+  return NoThrow(0, [&] { return Media::QueryCountByDevice(static_cast<unsigned int>(device_id)); });
 }
 
 int VptzClient::QueryPresetCountByPtz(int ptz_id) {
-  return Preset::QueryCountByPtz(static_cast<unsigned int>(ptz_id));
+  return NoThrow(0, [&] { return Preset::QueryCountByPtz(static_cast<unsigned int>(ptz_id)); });
 }

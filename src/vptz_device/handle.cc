@@ -4,6 +4,7 @@
 
 #include <vptz/vptz_client.h>
 
+#include "vptz_client/no_throw.h"
 #include "vptz_device/database_rows.h"
 
 namespace {
@@ -47,9 +48,14 @@ VptzPtzData* CVptzDevice::GetPtzById(int id) { return Find(ptz_list, id); }
 VptzMediaData* CVptzDevice::GetMediaById(int id) { return Find(media_list, id); }
 
 int CVptzDevice::LoadPtzProfiles() {
-  return LoadProfiles(vptz::DatabaseRows().Ptz(id), ptz_list, id, client_, &VptzClient::QueryPtzProfiles);
+  return vptz::NoThrow(-1, [this] {
+    return LoadProfiles(vptz::DatabaseRows().Ptz(id), ptz_list, id, client_, &VptzClient::QueryPtzProfiles);
+  });
 }
 
 int CVptzDevice::LoadMediaProfiles() {
-  return LoadProfiles(vptz::DatabaseRows().Media(id), media_list, id, client_, &VptzClient::QueryMediaProfiles);
+  return vptz::NoThrow(-1, [this] {
+    return LoadProfiles(vptz::DatabaseRows().Media(id), media_list, id, client_,
+                        &VptzClient::QueryMediaProfiles);
+  });
 }

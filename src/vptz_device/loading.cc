@@ -4,6 +4,7 @@
 
 #include <vptz/vptz_client.h>
 
+#include "vptz_client/no_throw.h"
 #include "vptz_device/access.h"
 #include "vptz_device/database_rows.h"
 
@@ -126,8 +127,14 @@ int LoadMediaInfo(CVptzDevice& device, const RowSource& rows) {
 
 }  // namespace vptz
 
-int CVptzDevice::LoadDeviceInfo() { return vptz::LoadDeviceInfo(*this, vptz::DatabaseRows()); }
+int CVptzDevice::LoadDeviceInfo() {
+  return vptz::NoThrow(-1, [this] { return vptz::LoadDeviceInfo(*this, vptz::DatabaseRows()); });
+}
 
-int CVptzDevice::LoadPtzInfo() { return vptz::LoadPtzInfo(*this, vptz::DatabaseRows()); }
+int CVptzDevice::LoadPtzInfo() {
+  return vptz::NoThrow(-1, [this] { return vptz::LoadPtzInfo(*this, vptz::DatabaseRows()); });
+}
 
-int CVptzDevice::LoadMediaInfo() { return vptz::LoadMediaInfo(*this, vptz::DatabaseRows()); }
+int CVptzDevice::LoadMediaInfo() {
+  return vptz::NoThrow(-1, [this] { return vptz::LoadMediaInfo(*this, vptz::DatabaseRows()); });
+}

@@ -1,6 +1,7 @@
 // How cameras are named, and what the database says about them.
 #include "cli_test.h"
 #include "fake_service.h"
+#include "support/canary.h"
 
 namespace {
 
@@ -65,11 +66,11 @@ TEST_F(BusTest, ACameraIsShownWithItsProfiles) {
 }
 
 TEST_F(BusTest, StoredCredentialsAreNeverShown) {
-  Sql("UPDATE device SET authorization = '{\"account\":\"admin\",\"credentials\":\"sesame\"}'");
+  Sql("UPDATE device SET authorization = '{\"account\":\"admin\",\"credentials\":\"" VPTZ_TEST_CANARY "\"}'");
   for (const char* line : {"device show 1", "device show 1 --json", "device list", "device list --json"}) {
     const RunResult result = Ctl(line);
     EXPECT_EQ(result.exit_code, 0);
-    EXPECT_THAT(result.output + result.errors, Not(HasSubstr("sesame"))) << line;
+    EXPECT_THAT(result.output + result.errors, Not(HasSubstr(VPTZ_TEST_CANARY))) << line;
   }
 }
 

@@ -58,7 +58,8 @@ std::string BusTest::Write(const std::string& name, const std::string& text) con
 }
 
 void BusTest::Sql(const std::string& statements) const {
-  const RunResult result = vptz_test::Run({"sqlite3", database(), statements});
+  // Statements may hold a password: not on the command line.
+  const RunResult result = vptz_test::Run({"sqlite3", "-bail", database()}, {}, statements);
   if (result.exit_code != 0) throw std::runtime_error(result.errors);
 }
 

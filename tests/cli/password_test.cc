@@ -3,6 +3,7 @@
 
 #include "cli_test.h"
 #include "fake_service.h"
+#include "support/canary.h"
 #include "support/wait_until.h"
 
 namespace {
@@ -47,29 +48,29 @@ class PasswordTest : public BusTest {
 TEST_F(PasswordTest, ComesFromTheFirstLineOfAFile) {
   const FakeService service(broker.address(), Keeping());
   const RunResult result =
-      Ctl("device login 1 admin --password-file " + Write("password", "open sesame\r\nmore"));
+      Ctl("device login 1 admin --password-file " + Write("password", "open " VPTZ_TEST_CANARY "\r\nmore"));
   EXPECT_EQ(result.exit_code, 0) << result.errors;
-  EXPECT_EQ(arrived, "open sesame");
+  EXPECT_EQ(arrived, "open " VPTZ_TEST_CANARY);
   EXPECT_EQ(result.output, "device login: camera 1, user admin: done\n");
 }
 
 TEST_F(PasswordTest, ComesFromStandardInput) {
   const FakeService service(broker.address(), Keeping());
-  const RunResult result =
-      vptz_test::Run(ToolOnBus("device login 1 admin --password-stdin --json"), environment(), "sesame\n");
+  const RunResult result = vptz_test::Run(ToolOnBus("device login 1 admin --password-stdin --json"),
+                                          environment(), VPTZ_TEST_CANARY "\n");
   EXPECT_EQ(result.exit_code, 0) << result.errors;
-  EXPECT_EQ(arrived, "sesame");
-  EXPECT_THAT(result.output + result.errors, Not(HasSubstr("sesame")));
+  EXPECT_EQ(arrived, VPTZ_TEST_CANARY);
+  EXPECT_THAT(result.output + result.errors, Not(HasSubstr(VPTZ_TEST_CANARY)));
 }
 
 TEST_F(PasswordTest, IsAskedForOnTheTerminalWithoutAnEcho) {
   const FakeService service(broker.address(), Keeping());
   Process terminal(InTerminal("device login 1 admin"), environment());
   ASSERT_TRUE(WaitUntil([&] { return terminal.Output().find("Password: ") != std::string::npos; }));
-  terminal.Write("sesame\n");
+  terminal.Write(VPTZ_TEST_CANARY "\n");
   EXPECT_EQ(terminal.Wait(), 0) << terminal.Output();
-  EXPECT_EQ(arrived, "sesame");
-  EXPECT_THAT(terminal.Output(), Not(HasSubstr("sesame")));
+  EXPECT_EQ(arrived, VPTZ_TEST_CANARY);
+  EXPECT_THAT(terminal.Output(), Not(HasSubstr(VPTZ_TEST_CANARY)));
   EXPECT_THAT(terminal.Output(), HasSubstr(" echo ")) << "the echo is back";
 }
 
@@ -77,7 +78,7 @@ TEST_F(PasswordTest, AnInterruptedPromptGivesTheEchoBack) {
   const FakeService service(broker.address(), Keeping());
   Process terminal(InTerminal("device login 1 admin"), environment());
   ASSERT_TRUE(WaitUntil([&] { return terminal.Output().find("Password: ") != std::string::npos; }));
-  terminal.Write("ses\x03");
+  terminal.Write(VPTZ_TEST_CANARY "\x03");
   EXPECT_EQ(terminal.Wait(), 128 + SIGINT);
   EXPECT_THAT(terminal.Output(), HasSubstr(" echo "));
   EXPECT_EQ(arrived, "");
@@ -87,7 +88,7 @@ TEST_F(PasswordTest, APromptWithoutAnAnswerIsAFailure) {
   const FakeService service(broker.address(), Keeping());
   Process terminal(InTerminal("device login 1 admin"), environment());
   ASSERT_TRUE(WaitUntil([&] { return terminal.Output().find("Password: ") != std::string::npos; }));
-  terminal.Write("ses\x04\x04");
+  terminal.Write(VPTZ_TEST_CANARY "\x04\x04");
   EXPECT_EQ(terminal.Wait(), 2);
   EXPECT_THAT(terminal.Output(), HasSubstr("no password was given"));
   EXPECT_THAT(terminal.Output(), HasSubstr(" echo "));

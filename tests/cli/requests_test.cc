@@ -5,6 +5,7 @@
 
 #include "cli_test.h"
 #include "fake_service.h"
+#include "support/canary.h"
 
 namespace {
 
@@ -24,33 +25,33 @@ constexpr RequestCase kRequests[] = {
     {"search", "method_name: 'search_device' device_command { search_scope: '' protocol: 'ONVIF,QX310,NDI' }"},
     {"device add VISCA_OVER_IP 192.0.2.9 --name Stage --mac 02:00 --user admin --password-file @",
      "method_name: 'add_device' device_command { mac: '02:00' name: 'Stage' protocol: 'VISCA_OVER_IP' "
-     "address: '192.0.2.9' user: 'admin' password: 'sesame' }"},
+     "address: '192.0.2.9' user: 'admin' password: '" VPTZ_TEST_CANARY "' }"},
     {"device add NDI 192.0.2.9",
      "method_name: 'add_device' device_command { mac: '' name: '' protocol: 'NDI' address: '192.0.2.9' user: "
      "'' "
      "password: '' }"},
     {"device add-onvif http://a/ --user admin --password-file @",
      "method_name: 'add_onvif_device_manually' device_command { address: 'http://a/' user: 'admin' "
-     "password: 'sesame' }"},
+     "password: '" VPTZ_TEST_CANARY "' }"},
     {"device add-serial ttyS0 --name Stage --line A --baud-rate 38400 --unit 3",
      "method_name: 'add_device' device_command { mac: 'ttyS0' name: 'Stage' protocol: 'RS232' "
      "address: 'rs232://ttyS0/A/38400/3' user: '' password: '' }"},
     {"device remove camera-2", "method_name: 'remove_device' device_command { device_id: 2 }"},
     {"device login 2 admin --password-file @",
-     "method_name: 'login' device_command { device_id: 2 user: 'admin' password: 'sesame' }"},
+     "method_name: 'login' device_command { device_id: 2 user: 'admin' password: '" VPTZ_TEST_CANARY "' }"},
     {"device protocol 1 NDI",
      "method_name: 'update_device_control_protocol' device_command { device_id: 1 protocol: 'NDI' }"},
     {"device slave 1 --address 192.0.2.9 --account admin --password-file @",
      "method_name: 'set_slave_device' slave_device_command { device_id: 1 address: '192.0.2.9' account: "
      "'admin' "
-     "credentials: 'sesame' }"},
+     "credentials: '" VPTZ_TEST_CANARY "' }"},
     {"device slave 2 --none",
      "method_name: 'set_slave_device' slave_device_command { device_id: 2 address: '' account: '' credentials: "
      "'' }"},
     {"device declare 1 --name Left --address 192.0.2.77 --user admin --password-file @",
      "method_name: 'add_device' device_command { mac: '02:00:5e:00:53:01' name: 'Left' protocol: "
      "'VISCA_OVER_IP' "
-     "address: '192.0.2.77' user: 'admin' password: 'sesame' }"},
+     "address: '192.0.2.77' user: 'admin' password: '" VPTZ_TEST_CANARY "' }"},
     {"ptz move 2 --tilt 5", "method_name: 'absolute_move' ptz_command { ptz_id: 2 pan_position: " ALONE
                             " tilt_position: 5 zoom_position: " ALONE " pan_speed: " ALONE " tilt_speed: " ALONE
                             " zoom_speed: " ALONE " }"},
@@ -111,10 +112,10 @@ TEST_P(RequestTest, HoldsWhatTheLineSays) {
   });
   std::string line = GetParam().line;
   const std::size_t at = line.find('@');
-  if (at != std::string::npos) line.replace(at, 1, Write("password", "sesame\n"));
+  if (at != std::string::npos) line.replace(at, 1, Write("password", VPTZ_TEST_CANARY "\n"));
   const vptz_test::RunResult result = Ctl(line);
   EXPECT_EQ(result.exit_code, 1) << result.errors;
-  EXPECT_THAT(result.errors, testing::Not(testing::HasSubstr("sesame")));
+  EXPECT_THAT(result.errors, testing::Not(testing::HasSubstr(VPTZ_TEST_CANARY)));
   tutorial::VptzCommand expected;
   ASSERT_TRUE(google::protobuf::TextFormat::ParseFromString(GetParam().request, &expected));
   const std::lock_guard<std::mutex> lock(mutex);

@@ -3,6 +3,7 @@
 #include <fstream>
 
 #include "cli_test.h"
+#include "support/canary.h"
 #include "support/wait_until.h"
 
 namespace {
@@ -72,9 +73,9 @@ TEST_F(TourTest, CamerasAreAddedAndRemoved) {
 TEST_F(TourTest, ACameraIsLoggedInToAndOutOf) {
   EXPECT_EQ(CtlJson("device logout 1")["status"], 0);
   EXPECT_EQ(CtlJson("device show 1")["logged_in"], false);
-  const RunResult refused = Ctl("--json device login 1 admin " + Secret("wrong-one"));
+  const RunResult refused = Ctl("--json device login 1 admin " + Secret(VPTZ_TEST_CANARY));
   ExpectFailure(refused, 1, "not_logged_in");
-  EXPECT_THAT(refused.output + refused.errors, Not(HasSubstr("wrong-one")));
+  EXPECT_THAT(refused.output + refused.errors, Not(HasSubstr(VPTZ_TEST_CANARY)));
   LogIn("1");
   EXPECT_EQ(CtlJson("device show 1")["logged_in"], true);
 }

@@ -5,12 +5,17 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
+#include <future>
+#include <list>
 
 #include "contract/bundled_bus.h"
 #include "contract/tcp_broker.h"
 #include "support/broker.h"
+#include "support/canary.h"
+#include "support/passwords.h"
 #include "support/temp_dir.h"
 #include "support/wait_until.h"
 
@@ -29,11 +34,10 @@ class BundledBroker : public BundledBus {
   void UseSettings(const std::string& text) const {
     setenv("DORV_BUS_SETTINGS", Write("settings", text).c_str(), 1);
   }
-  // Lines that make a broker ask for the password "secret" of the user "desk".
+  // Lines that make a broker ask for the password of the user "desk".
   std::vector<std::string> PasswordLines() const {
     const std::string path = folder_.path() + "/passwords";
-    const RunResult made = vptz_test::Run({VPTZ_MOSQUITTO_PASSWD, "-b", "-c", path, "desk", "secret"});
-    EXPECT_EQ(made.exit_code, 0) << made.errors;
+    WritePasswords(path, {{"desk", kCanary}});
     return {"allow_anonymous false", "password_file " + path};
   }
   static int ConnectTo(const std::string& address) {
@@ -84,7 +88,7 @@ TEST_F(BundledBroker, UnknownHostIsToldInTime) {
 
 TEST_F(BundledBroker, PasswordComesFromTheSettingsFile) {
   const Broker broker(PasswordLines());
-  UseSettings("[broker]\nuser=desk\npassword=secret\n");
+  UseSettings("[broker]\nuser=desk\npassword=" VPTZ_TEST_CANARY "\n");
   const ServedName service("camera", broker.address(), &Echo);
   EXPECT_EQ(service.result(), 0);
   const ClientPtr client = ConnectedTo(broker.address());
@@ -93,14 +97,14 @@ TEST_F(BundledBroker, PasswordComesFromTheSettingsFile) {
 
 TEST_F(BundledBroker, PasswordMayLieInAFileOfItsOwn) {
   const Broker broker(PasswordLines());
-  UseSettings("[broker]\nuser=desk\npassword_file=" + Write("password", "secret\n") + "\n");
+  UseSettings("[broker]\nuser=desk\npassword_file=" + Write("password", VPTZ_TEST_CANARY "\n") + "\n");
   EXPECT_EQ(ConnectTo(broker.address()), 0);
 }
 
 TEST_F(BundledBroker, WrongPasswordIsRefusedAndNotTheTimeOut) {
   const Broker broker(PasswordLines());
   EXPECT_LT(Took([&] { EXPECT_EQ(ConnectTo(broker.address()), -EKEYREJECTED); }), kAtOnce);
-  UseSettings("[broker]\nuser=desk\npassword=wrong\n");
+  UseSettings("[broker]\nuser=desk\npassword=another-" VPTZ_TEST_CANARY "\n");
   EXPECT_LT(Took([&] { EXPECT_EQ(ConnectTo(broker.address()), -EKEYREJECTED); }), kAtOnce);
   const ServedName service("camera", broker.address(), &Echo);
   EXPECT_EQ(service.result(), -EKEYREJECTED);
@@ -174,15 +178,51 @@ TEST_F(BundledBroker, ReplyThatTheBrokerFindsTooLargeIsToldToBothSides) {
   EXPECT_EQ(replied, -EMSGSIZE);
 }
 
+sockaddr_un UnixAddress(const std::string& path) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  path.copy(address.sun_path, sizeof address.sun_path - 1);
+  return address;
+}
+
+// Connects to a stopped broker until it has room for no more.
+std::list<Descriptor> FillQueue(const std::string& path) {
+  const sockaddr_un address = UnixAddress(path);
+  std::list<Descriptor> sockets;
+  int result = 0;
+  while (result == 0) {
+    sockets.emplace_back(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    result = connect(sockets.back().get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
+  }
+  EXPECT_EQ(errno, EAGAIN);
+  return sockets;
+}
+
+TEST_F(BundledBroker, QueueThatIsFullForAMomentIsWaitedFor) {
+  Broker broker;
+  broker.Stop();
+  const std::list<Descriptor> queue = FillQueue(broker.socket_path());
+  std::future<int> result = std::async(std::launch::async, [&] { return ConnectTo(broker.address()); });
+  EXPECT_EQ(result.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
+  broker.Continue();
+  EXPECT_EQ(result.get(), 0);
+}
+
+TEST_F(BundledBroker, QueueThatStaysFullIsTold) {
+  Broker broker;
+  broker.Stop();
+  const std::list<Descriptor> queue = FillQueue(broker.socket_path());
+  EXPECT_EQ(ConnectTo(broker.address()), -ETIMEDOUT);
+  broker.Continue();
+}
+
 // Listens on a Unix socket, takes one connection and answers its first bytes
 // with the given ones.
 class FakeBroker {
  public:
   explicit FakeBroker(std::string answer)
       : listener_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)), answer_(std::move(answer)) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    path().copy(address.sun_path, sizeof address.sun_path - 1);
+    const sockaddr_un address = UnixAddress(path());
     EXPECT_EQ(bind(listener_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
     EXPECT_EQ(listen(listener_.get(), 8), 0);
     thread_ = std::thread([this] { Answer(); });

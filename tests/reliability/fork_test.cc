@@ -4,7 +4,11 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
+#include <csignal>
 #include <cstdlib>
+#include <cstring>
+#include <ctime>
 #include <vector>
 
 #include "reliability/bus_reliability.h"
@@ -31,8 +35,17 @@ class Fork : public BusReliability {
       body();
       _exit(0);
     }
+    return WaitStatus(child);
+  }
+
+  static int WaitStatus(pid_t child) {
+    // To wait for "-1" would be to wait for the broker, which is a child as well.
+    if (child < 0) {
+      ADD_FAILURE() << "no process to be had: " << std::strerror(errno);
+      return -1;
+    }
     int status = -1;
-    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(waitpid(child, &status, 0), child) << std::strerror(errno);
     return status;
   }
 };
@@ -90,8 +103,9 @@ TEST_F(Fork, InTheMiddleOfCallsOfOtherThreadsHarmsNeitherSide) {
   for (const auto& client : clients) {
     threads.emplace_back([&] {
       while (!stop) {
+        const Clock::time_point begin = Clock::now();
         const CallResult result = CallOnce(*client, "echo", "x", 10);
-        EXPECT_EQ(result.code, 0);
+        EXPECT_EQ(result.code, 0) << "after " << (Clock::now() - begin) / milliseconds(1) << " ms";
         failures += result.reply == "x" ? 0 : 1;
       }
     });
@@ -111,6 +125,36 @@ TEST_F(Fork, InTheMiddleOfCallsOfOtherThreadsHarmsNeitherSide) {
   for (Thread& thread : threads) thread.join();
   EXPECT_EQ(failures, 0);
   RecordProperty("longest_child_ms", children.milliseconds_taken());
+}
+
+milliseconds ProcessorTime() {
+  timespec used{};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used);
+  return std::chrono::duration_cast<milliseconds>(std::chrono::seconds(used.tv_sec) +
+                                                  std::chrono::nanoseconds(used.tv_nsec));
+}
+
+// It has a copy of the socket, which thereby lives on when the parent has closed it.
+TEST_F(Fork, ChildThatLivesOnDoesNotKeepTheParentBusyWhenTheBrokerDies) {
+  const auto service = Serve();
+  const auto client = Connected();
+  EXPECT_EQ(CallOnce(*client, "echo", "x", 10).code, 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(60);
+    for (;;) pause();
+  }
+  broker_.Kill();
+  EXPECT_TRUE(WaitUntil([&] { return CallOnce(*client, "echo", "x", 1).code == -ENOTCONN; }));
+  const milliseconds before = ProcessorTime();
+  std::this_thread::sleep_for(std::chrono::seconds(1));  // measured, not waited for
+  const milliseconds used = ProcessorTime() - before;
+  EXPECT_LT(used, milliseconds(250));
+  RecordProperty("processor_time_in_a_second_ms", static_cast<int>(used.count()));
+  broker_.Start();
+  EXPECT_TRUE(WaitUntil([&] { return CallOnce(*client, "echo", "x", 1).code == 0; }));
+  if (child > 0) kill(child, SIGKILL);
+  WaitStatus(child);
 }
 
 TEST_F(Fork, ChildMayMakeAClientOfItsOwn) {

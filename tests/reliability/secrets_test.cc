@@ -10,13 +10,13 @@
 
 #include "reliability/reliability.h"
 #include "support/broker.h"
+#include "support/canary.h"
+#include "support/passwords.h"
 #include "support/process.h"
 #include "support/wait_until.h"
 
 namespace vptz_test {
 namespace {
-
-constexpr char kCanary[] = "cAnArY-4711-pAsSwOrD";
 
 std::string Contents(const std::filesystem::path& path) {
   const std::ifstream file(path);
@@ -64,8 +64,7 @@ class Secrets : public testing::Test {
  protected:
   std::vector<std::string> PasswordLines() const {
     const std::string path = folder_.path() + "/passwords";
-    const RunResult made = vptz_test::Run({VPTZ_MOSQUITTO_PASSWD, "-b", "-c", path, "desk", kCanary});
-    EXPECT_EQ(made.exit_code, 0) << made.errors;
+    WritePasswords(path, {{"desk", kCanary}});
     return {"allow_anonymous false", "password_file " + path, "log_type all", "max_packet_size 65536"};
   }
 

@@ -15,6 +15,8 @@
 #include "reliability/machine_delay.h"
 #include "reliability/reliability.h"
 #include "support/broker.h"
+#include "support/canary.h"
+#include "support/passwords.h"
 #include "support/process.h"
 #include "support/wait_until.h"
 
@@ -81,8 +83,7 @@ class Start : public testing::Test {
   // A file in which the user "desk" has that password.
   std::string WritePassword(const std::string& password) const {
     std::string path = folder_.path() + "/passwords";
-    const RunResult made = vptz_test::Run({VPTZ_MOSQUITTO_PASSWD, "-b", "-c", path, "desk", password});
-    EXPECT_EQ(made.exit_code, 0) << made.errors;
+    WritePasswords(path, {{"desk", password}});
     return path;
   }
 
@@ -107,9 +108,9 @@ TEST_F(Start, WhereItCannotConnectIsToldOnceAndCuredByItself) {
   forbidden.Begin(geteuid() == 0 ? std::vector<std::string>{std::to_string(kNobody)}
                                  : std::vector<std::string>());
 
-  const std::string settings = Write("settings", "[broker]\nuser=desk\npassword=right\n");
+  const std::string settings = Write("settings", "[broker]\nuser=desk\npassword=" VPTZ_TEST_CANARY "\n");
   Attempt password("wrong password", -EKEYREJECTED,
-                   {"allow_anonymous false", "password_file " + WritePassword("another")});
+                   {"allow_anonymous false", "password_file " + WritePassword("another-" VPTZ_TEST_CANARY)});
   password.Begin({}, {"DORV_BUS_SETTINGS=" + settings});
 
   Attempt rules("refusing rules", -EACCES, {"acl_file " + Write("rules", "topic read other/#\n")});
@@ -130,7 +131,7 @@ TEST_F(Start, WhereItCannotConnectIsToldOnceAndCuredByItself) {
   no_broker.broker().Start();
   stale.broker().Start();
   EXPECT_EQ(chmod(forbidden.broker().socket_path().c_str(), 0777), 0);
-  WritePassword("right");
+  WritePassword(kCanary);
   Write("rules", "topic readwrite #\n");
   for (Attempt* one : {&password, &rules}) {
     one->broker().Kill();

@@ -10,6 +10,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "support/records.h"
 #include "support/wait_until.h"
 
 namespace vptz_test {
@@ -24,6 +25,8 @@ Broker::Broker(std::vector<std::string> extra_configuration) {
   file.close();
   Start();
 }
+
+Broker::~Broker() { Record(Log()); }
 
 void Broker::Kill() {
   process_->Signal(SIGKILL);

@@ -16,6 +16,9 @@ class Broker {
   // Starts it with further lines of configuration. Throws with the broker's
   // log when it does not run.
   explicit Broker(std::vector<std::string> extra_configuration = {});
+  ~Broker();
+  Broker(const Broker&) = delete;
+  Broker& operator=(const Broker&) = delete;
 
   // What a bus client connects to.
   std::string address() const { return "unix:" + socket_path(); }

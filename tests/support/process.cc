@@ -16,6 +16,7 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "support/records.h"
 #include "support/wait_until.h"
 
 extern char** environ;
@@ -131,6 +132,7 @@ Process::Process(std::vector<std::string> argv, std::vector<std::string> extra_e
   Descriptor report_writer(report[1]);
 
   const std::string program = FindProgram(argv.at(0));
+  for (const std::string& word : argv) command_line_ += word + '\n';
   std::vector<std::string> environment = Environment(extra_env);
   const std::vector<char*> argv_pointers = Pointers(argv);
   const std::vector<char*> env_pointers = Pointers(environment);
@@ -150,10 +152,12 @@ Process::Process(std::vector<std::string> argv, std::vector<std::string> extra_e
 }
 
 Process::~Process() {
-  if (!Running()) return;
-  Signal(SIGKILL);
-  int status = 0;
-  waitpid(pid_, &status, 0);
+  if (Running()) {
+    Signal(SIGKILL);
+    int status = 0;
+    waitpid(pid_, &status, 0);
+  }
+  Record(command_line_ + Output() + Errors());
 }
 
 bool Process::Running() {

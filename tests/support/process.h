@@ -61,6 +61,7 @@ class Process {
   Descriptor input_;
   Descriptor output_;
   Descriptor errors_;
+  std::string command_line_;
   pid_t pid_ = -1;
   bool running_ = false;
   int exit_code_ = -1;

@@ -50,24 +50,43 @@ std::string Correlation(const mosquitto_property* properties) {
   return correlation;
 }
 
+const char* OrNull(const std::string& text) { return text.empty() ? nullptr : text.c_str(); }
+
 }  // namespace
 
-RawMqtt::RawMqtt(const std::string& socket_path, const std::string& filter)
-    : mosquitto_((mosquitto_lib_init(), mosquitto_new(nullptr, true, this))), filter_(filter) {
+RawMqtt::RawMqtt(const std::string& socket_path, const std::string& filter, const RawIdentity& identity)
+    : mosquitto_((mosquitto_lib_init(), mosquitto_new(OrNull(identity.client_id), true, this))),
+      filter_(filter) {
   mosquitto_int_option(mosquitto_, MOSQ_OPT_PROTOCOL_VERSION, MQTT_PROTOCOL_V5);
+  mosquitto_username_pw_set(mosquitto_, OrNull(identity.user), OrNull(identity.password));
+  if (!identity.will_topic.empty()) {
+    mosquitto_will_set_v5(mosquitto_, identity.will_topic.c_str(), 0, nullptr, 1, false, nullptr);
+  }
   mosquitto_connect_v5_callback_set(mosquitto_, &OnConnect);
+  mosquitto_disconnect_v5_callback_set(mosquitto_, &OnDisconnect);
   mosquitto_subscribe_v5_callback_set(mosquitto_, &OnSubscribe);
   mosquitto_message_v5_callback_set(mosquitto_, &OnMessage);
   mosquitto_publish_v5_callback_set(mosquitto_, &OnPublish);
-  const bool connected = mosquitto_connect(mosquitto_, socket_path.c_str(), 0, 60) == MOSQ_ERR_SUCCESS &&
-                         mosquitto_loop_start(mosquitto_) == MOSQ_ERR_SUCCESS;
+  const bool begun = mosquitto_connect(mosquitto_, socket_path.c_str(), 0, 60) == MOSQ_ERR_SUCCESS &&
+                     mosquitto_loop_start(mosquitto_) == MOSQ_ERR_SUCCESS;
   std::unique_lock<std::mutex> lock(mutex_);
-  if (!connected || !changed_.wait_for(lock, kPatience, [this] { return ready_; })) {
-    throw std::runtime_error("no raw connection to the broker");
-  }
+  const int& awaited = filter_.empty() ? connected_ : subscribed_;
+  const bool answered =
+      begun && changed_.wait_for(lock, kPatience, [&] { return awaited > 0 || refusal_ != 0; });
+  if (answered && refusal_ == 0) return;
+  const int refusal = refusal_;
+  lock.unlock();
+  Free();
+  throw std::runtime_error("no raw connection to the broker: reason " + std::to_string(refusal));
 }
 
-RawMqtt::~RawMqtt() {
+RawMqtt::~RawMqtt() { Free(); }
+
+void RawMqtt::LeaveWithWill() {
+  mosquitto_disconnect_v5(mosquitto_, MQTT_RC_DISCONNECT_WITH_WILL_MSG, nullptr);
+}
+
+void RawMqtt::Free() {
   mosquitto_disconnect(mosquitto_);
   mosquitto_loop_stop(mosquitto_, false);
   mosquitto_destroy(mosquitto_);
@@ -100,31 +119,46 @@ void RawMqtt::Clear() {
   messages_.clear();
 }
 
-void RawMqtt::Send(const RawMessage& message) {
+void RawMqtt::Subscribe(const std::string& filter) {
+  std::unique_lock<std::mutex> lock(mutex_);
+  const int before = subscribed_;
+  lock.unlock();
+  mosquitto_subscribe(mosquitto_, nullptr, filter.c_str(), 0);
+  lock.lock();
+  if (!changed_.wait_for(lock, kPatience, [&] { return subscribed_ > before; })) {
+    throw std::runtime_error("the broker does not answer a raw subscription");
+  }
+}
+
+void RawMqtt::Send(const RawMessage& message, bool retain) {
   std::unique_lock<std::mutex> lock(mutex_);
   const int before = confirmed_;
   lock.unlock();
   const PropertyList properties(message);
   mosquitto_publish_v5(mosquitto_, nullptr, message.topic.c_str(), static_cast<int>(message.payload.size()),
-                       message.payload.data(), 1, false, properties.get());
+                       message.payload.data(), 1, retain, properties.get());
   lock.lock();
   if (!changed_.wait_for(lock, kPatience, [&] { return confirmed_ > before; })) {
     throw std::runtime_error("the broker does not confirm a raw message");
   }
 }
 
-void RawMqtt::OnConnect(mosquitto* mosquitto, void* self, int, int, const mosquitto_property*) {
+void RawMqtt::OnConnect(mosquitto* mosquitto, void* self, int reason, int, const mosquitto_property*) {
   auto* raw = static_cast<RawMqtt*>(self);
-  if (!raw->filter_.empty()) {
+  if (reason == 0 && !raw->filter_.empty()) {
     mosquitto_subscribe(mosquitto, nullptr, raw->filter_.c_str(), 0);
-    return;
   }
-  raw->BecomeReady();
+  raw->NoteRefusal(reason);
+  raw->CountAnswer(raw->connected_);
+}
+
+void RawMqtt::OnDisconnect(mosquitto*, void* self, int reason, const mosquitto_property*) {
+  static_cast<RawMqtt*>(self)->NoteRefusal(reason);
 }
 
 void RawMqtt::OnSubscribe(mosquitto*, void* self, int, int, const int*, const mosquitto_property*) {
   auto* raw = static_cast<RawMqtt*>(self);
-  raw->BecomeReady();
+  raw->CountAnswer(raw->subscribed_);
 }
 
 void RawMqtt::OnMessage(mosquitto*, void* self, const mosquitto_message* message,
@@ -140,14 +174,18 @@ void RawMqtt::OnMessage(mosquitto*, void* self, const mosquitto_message* message
 
 void RawMqtt::OnPublish(mosquitto*, void* self, int, int, const mosquitto_property*) {
   auto* raw = static_cast<RawMqtt*>(self);
-  const std::lock_guard<std::mutex> lock(raw->mutex_);
-  ++raw->confirmed_;
-  raw->changed_.notify_all();
+  raw->CountAnswer(raw->confirmed_);
 }
 
-void RawMqtt::BecomeReady() {
+void RawMqtt::NoteRefusal(int reason) {
   const std::lock_guard<std::mutex> lock(mutex_);
-  ready_ = true;
+  if (connected_ == 0) refusal_ = reason;
+  changed_.notify_all();
+}
+
+void RawMqtt::CountAnswer(int& answers) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  ++answers;
   changed_.notify_all();
 }
 

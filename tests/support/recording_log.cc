@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <memory>
 
+#include "support/records.h"
+
 namespace vptz_test {
 namespace {
 
@@ -40,9 +42,10 @@ RecordingLog::~RecordingLog() { current = nullptr; }
 void ZERK_LOG_write_newline(int module, int level, const char* file, int line, const char* function,
                             const char* format, ...) {
   using namespace vptz_test;
-  if (current == nullptr) return;
   va_list arguments;
   va_start(arguments, format);
-  current->lines.push_back({module, level, Text(file), line, Text(function), Expand(format, arguments)});
+  const std::string message = Expand(format, arguments);
   va_end(arguments);
+  Record(message);
+  if (current != nullptr) current->lines.push_back({module, level, Text(file), line, Text(function), message});
 }

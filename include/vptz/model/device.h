@@ -20,8 +20,8 @@
 // A setter's object stays the caller's and must live as long as this one uses it.
 class VPTZ_API Device : public vptz::UpdatableRow<Device> {
  public:
+  // A row that is not stored yet. Null texts count as empty.
   Device() = default;
-  // Null texts count as empty.
   Device(const char* service_uri, const char* address, DeviceType* device_type, Protocol* protocol,
          const char* http_uri, bool authorized, const char* mac, const char* uuid, bool is_alive,
          bool deletable, bool is_setting_applied, bool tracking);

@@ -14,6 +14,7 @@
 // threads at once.
 class VPTZ_API DeviceType : public vptz::UpdatableRow<DeviceType> {
  public:
+  // A row that is not stored yet.
   DeviceType() = default;
   explicit DeviceType(const std::string& name);
 

@@ -14,6 +14,7 @@
 // threads at once.
 class VPTZ_API Event : public vptz::UpdatableRow<Event> {
  public:
+  // A row that is not stored yet.
   Event() = default;
   Event(const std::string& name, const std::string& message);
 

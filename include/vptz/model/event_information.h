@@ -21,6 +21,7 @@
 // A setter's object stays the caller's and must live as long as this one uses it.
 class VPTZ_API EventInformation : public vptz::UpdatableRow<EventInformation> {
  public:
+  // A row that is not stored yet.
   EventInformation() = default;
   EventInformation(Media* media, Ptz* ptz, int handle, Event* event);
 

@@ -19,6 +19,7 @@
 // A setter's object stays the caller's and must live as long as this one uses it.
 class VPTZ_API Media : public vptz::UpdatableRow<Media> {
  public:
+  // A row that is not stored yet.
   Media() = default;
   Media(Device* device, const std::string& node, const std::string& url, const std::string& authorization,
         bool is_enable);

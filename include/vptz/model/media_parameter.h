@@ -19,6 +19,7 @@
 // A setter's object stays the caller's and must live as long as this one uses it.
 class VPTZ_API MediaParameter : public vptz::UpdatableRow<MediaParameter> {
  public:
+  // A row that is not stored yet.
   MediaParameter() = default;
   MediaParameter(Media* media, const std::string& name, double value, double min, double max);
 

@@ -14,6 +14,7 @@
 // threads at once.
 class VPTZ_API Movement : public vptz::UpdatableRow<Movement> {
  public:
+  // A row that is not stored yet.
   Movement(bool have_absolute_move, bool have_continues_move, bool have_relative_move);
 
   // The row's id, 0 before it is stored.

@@ -19,6 +19,7 @@
 // A setter's object stays the caller's and must live as long as this one uses it.
 class VPTZ_API MovementParameter : public vptz::UpdatableRow<MovementParameter> {
  public:
+  // A row that is not stored yet.
   MovementParameter() = default;
   MovementParameter(Movement* movement, const std::string& name, double value, double min, double max);
 

@@ -19,6 +19,7 @@
 // A setter's object stays the caller's and must live as long as this one uses it.
 class VPTZ_API Preset : public vptz::UpdatableRow<Preset> {
  public:
+  // A row that is not stored yet.
   Preset() = default;
   Preset(Ptz* ptz, unsigned int preset_id, const std::string& token, const std::string& name, double pan,
          double tilt, double zoom);

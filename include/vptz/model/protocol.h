@@ -14,6 +14,7 @@
 // threads at once.
 class VPTZ_API Protocol : public vptz::StoredRow<Protocol> {
  public:
+  // A row that is not stored yet.
   Protocol() = default;
   explicit Protocol(const std::string& name);
 

@@ -20,6 +20,7 @@
 // A setter's object stays the caller's and must live as long as this one uses it.
 class VPTZ_API Ptz : public vptz::UpdatableRow<Ptz> {
  public:
+  // A row that is not stored yet.
   Ptz() = default;
   Ptz(Device* device, Movement* pan, Movement* tilt, Movement* zoom, const std::string& node,
       const std::string& authorization, bool is_enable, int track_mode);

@@ -15,6 +15,7 @@
 // threads at once. A new one is inserted with VptzModel::Add.
 class VPTZ_API Setting {
  public:
+  // A row that is not stored yet.
   Setting() = default;
   Setting(const std::string& name, const std::string& value);
   virtual ~Setting() = default;

@@ -1,6 +1,8 @@
 #ifndef VPTZ_MODEL_VPTZMODEL_H
 #define VPTZ_MODEL_VPTZMODEL_H
 
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -24,9 +26,9 @@ struct ModelAccess;
 
 // What an operation writes to the log when it gives up.
 struct OperationMessages {
-  const char* function;
-  const char* retry_limit;
-  const char* exception;
+  const char* function;     // where the line comes from
+  const char* retry_limit;  // printf format with one text, when the tries are used up; null: never tried again
+  const char* exception;    // printf format with one text, when something was thrown
 };
 
 }  // namespace vptz
@@ -76,12 +78,14 @@ class VPTZ_API VptzModel {
   // locked, say, or no database.
   int SchemaVersion(const std::string& schema);
 
-  // Inserts an object and gives it its id. The id (0 for a Setting), or -1.
+  // Inserts an object and gives it its id. The id (0 for a Setting), or -1, and
+  // the object keeps the id that it had.
   template <class T>
   static int Add(T* object);
 
   // Inserts `count` objects that lie one behind the other in one transaction,
-  // all or none, without trying again. 0, or -1.
+  // all or none, without trying again. 0, or -1, and the objects keep the ids that
+  // they had.
   template <class T>
   static int AddAll(T* objects, int count);
 
@@ -132,6 +136,15 @@ class VPTZ_API VptzModel {
   template <class T>
   static std::unique_ptr<T> NewFrom(typename odb::result<T>::iterator& row);
 
+  // The ids of objects that lie one behind the other. The mapper sets them before
+  // the transaction ends; after one that fails they are given back, so that no
+  // object goes by the id of somebody else's row.
+  template <class T, class = void>
+  struct Ids {  // of objects whose key is not a number
+    Ids(T*, int) {}
+    void GiveBack() {}
+  };
+
   void Open(const std::string& path, int flags);
   void UpdateSchema(const std::string& schema);
   void ReplaceOldFile(int* version);
@@ -144,28 +157,47 @@ class VPTZ_API VptzModel {
 };
 
 template <class T>
+struct VptzModel::Ids<T, decltype(std::declval<T&>().set_id(0))> {
+  Ids(T* first, int count) : objects(first) {
+    for (int i = 0; i < count; ++i) ids.push_back(first[i].id());
+  }
+  void GiveBack() {
+    for (std::size_t i = 0; i < ids.size(); ++i) objects[i].set_id(ids[i]);
+  }
+
+  T* objects;
+  std::vector<std::uint32_t> ids;
+};
+
+template <class T>
 int VptzModel::Add(T* object) {
   static const vptz::OperationMessages messages = {"Add", "VptzModel::Add: Retry limit exceeded! (%s)",
                                                    "VptzModel::Add: Exception occurs! (%s)"};
+  Ids<T> before(object, 1);
   int id = -1;
   const bool done = Retry(messages, [&](odb::database& database) {
     id = ResultFromId(database.persist(*object));
     return true;
   });
-  return done ? id : -1;
+  if (done) return id;
+  before.GiveBack();
+  return -1;
 }
 
 template <class T>
 int VptzModel::AddAll(T* objects, int count) {
   // Kept: the message names Add.
   static const vptz::OperationMessages messages = {"AddAll", nullptr, "VptzModel::Add: Exception occurs! (%s)"};
+  Ids<T> before(objects, count);
   const bool done = Once(messages, [&](odb::database& database) {
     for (int i = 0; i < count; ++i) {
       database.persist(objects[i]);
     }
     return true;
   });
-  return done ? 0 : -1;
+  if (done) return 0;
+  before.GiveBack();
+  return -1;
 }
 
 template <class T>

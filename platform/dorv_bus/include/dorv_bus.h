@@ -55,6 +55,7 @@
 
 #include <stdint.h>
 
+/* Marks what the library exports. */
 #if defined(__GNUC__)
 #define DORV_BUS_API __attribute__((visibility("default")))
 #else
@@ -68,6 +69,7 @@ extern "C" {
 /* Seconds that a call waits when it names no time-out of its own. */
 #define BUS_DEFAULT_TIMEOUT 2
 
+/* One participant of the bus; made by bus_client_new, freed by bus_client_free. */
 typedef struct bus_client bus_client;
 
 /*

@@ -17,7 +17,10 @@
 extern "C" {
 #endif
 
+/* A name that is served; made by bus_service_new, freed by bus_service_free. */
 typedef struct bus_service bus_service;
+
+/* One method call that waits for its answer; who owns it is told below. */
 typedef struct bus_request bus_request;
 
 /*

@@ -185,8 +185,11 @@ TEST_F(OperationsTest, AddAllAddsAllOrNone) {
       "BEGIN SELECT RAISE(ABORT, 'refused'); END");
   Preset presets[3];
   for (unsigned int i = 0; i < 3; ++i) presets[i].set_preset_id(i + 1);
+  presets[1].set_id(77);
   EXPECT_EQ(Preset::AddAll(presets, 3), -1);
   EXPECT_EQ(raw.Value("SELECT count(*) FROM preset"), "0");
+  EXPECT_EQ(presets[0].id(), 0u);
+  EXPECT_EQ(presets[1].id(), 77u);
   EXPECT_THAT(Lines(), ElementsAre(testing::AllOf(StartsWith("0 VptzModel::Add: Exception occurs! ("),
                                                   testing::HasSubstr("refused"))));
 }

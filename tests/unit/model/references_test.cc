@@ -118,6 +118,7 @@ TEST_F(ReferencesTest, ToARowThatNeverWasAreRefusedAtTheEndOfTheTransaction) {
   never_stored.set_id(77);
   Media media(&never_stored, "sub", "", "", true);
   EXPECT_EQ(Media::Add(&media), -1);
+  EXPECT_EQ(media.id(), 0u) << "the next row will have the id that it was given for a moment";
   EXPECT_THAT(Lines(), ElementsAre(StartsWith("0 VptzModel::Add: Exception occurs! (")));
   EXPECT_EQ(RawDatabase(path).Value("SELECT count(*) FROM media"), "1");
 }

@@ -7,6 +7,7 @@
 #include <vptz/model/protocol.h>
 
 #include "stored_simulation.h"
+#include "support/canary.h"
 
 namespace vptz_test {
 namespace {
@@ -73,18 +74,18 @@ TEST_F(DiscoveryTest, CameraAddedDuringASearchIsThereOnce) {
 }
 
 TEST_F(DiscoveryTest, CameraOfTheFleetIsAddedWithItsOwnPasswordOnly) {
-  EXPECT_EQ(Status("add_onvif_device_manually", Added("", "192.0.2.201", "admin", "guess")), -1007);
+  EXPECT_EQ(Status("add_onvif_device_manually", Added("", "192.0.2.201", "admin", VPTZ_TEST_CANARY)), -1007);
   EXPECT_EQ(RowCount<Device>(), 2U);
   EXPECT_EQ(Status("add_onvif_device_manually", Added("", "192.0.2.201")), 0);
   EXPECT_FALSE(RowOf<Device>(3)->authorized());
 }
 
 TEST_F(DiscoveryTest, UnknownAddressGetsACameraOfItsOwn) {
-  EXPECT_EQ(Status("add_device", Added("VISCA_OVER_IP", "198.51.100.1:1259", "u", "p")), 0);
+  EXPECT_EQ(Status("add_device", Added("VISCA_OVER_IP", "198.51.100.1:1259", "u", VPTZ_TEST_CANARY)), 0);
   const auto device = RowOf<Device>(3);
   EXPECT_EQ(device->address(), "198.51.100.1");
   EXPECT_EQ(device->service_uri(), "visca://198.51.100.1:52381");
-  EXPECT_EQ(device->authorization(), "{\"account\":\"u\",\"credentials\":\"p\"}");
+  EXPECT_EQ(device->authorization(), "{\"account\":\"u\",\"credentials\":\"" VPTZ_TEST_CANARY "\"}");
   EXPECT_NE(world().FindDevice(3), nullptr);
   EXPECT_EQ(Status("add_device", Added("NDI", "198.51.100.1")), -1008);
 }
@@ -118,7 +119,7 @@ TEST_F(DiscoveryTest, AKnownHardwareAddressIsDeclaredAnew) {
 
 TEST_F(DiscoveryTest, ADeclarationIsRefusedWithAWrongPasswordAndAtAnothersAddress) {
   const std::string mac = RowOf<Device>(1)->mac();
-  VptzCommand command = Added("ONVIF", "192.0.2.99", "admin", "wrong");
+  VptzCommand command = Added("ONVIF", "192.0.2.99", "admin", VPTZ_TEST_CANARY);
   command.mutable_device_command()->set_mac(mac);
   EXPECT_EQ(Status("add_device", command), -1007);
   command = Added("ONVIF", RowOf<Device>(2)->address(), "admin", "admin");

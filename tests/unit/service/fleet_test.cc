@@ -8,6 +8,7 @@
 #include "addresses.h"
 #include "document.h"
 #include "simulation.h"
+#include "support/canary.h"
 
 namespace vptz_test {
 namespace {
@@ -40,7 +41,8 @@ TEST(Fleet, FileDescribesItsCameras) {
   const Fleet fleet = ReadFleet(R"({
     "search_time": 250,
     "cameras": [
-      {"protocol": "NDI", "name": "Choir", "address": "198.51.100.3", "user": "u", "password": "p", "delay": 70,
+      {"protocol": "NDI", "name": "Choir", "address": "198.51.100.3", "user": "u", "password": ")" VPTZ_TEST_CANARY
+                                R"(", "delay": 70,
        "known": false, "removable": false, "manufacturer": "M", "model": "X", "firmware": "9", "tilt": null,
        "pan": {"min": -5, "max": 5.5, "speed": 2, "acceleration": 4},
        "presets": [{"name": "Left", "pan": -5}, {"token": "right", "pan": 5, "zoom": 3}]},
@@ -52,7 +54,7 @@ TEST(Fleet, FileDescribesItsCameras) {
   const vptzd::CameraDescription& choir = fleet.cameras[0];
   EXPECT_EQ(choir.name, "Choir");
   EXPECT_EQ(choir.service_uri, "http://198.51.100.3/ndi");
-  EXPECT_EQ(choir.credentials, (vptzd::Credentials{"u", "p"}));
+  EXPECT_EQ(choir.credentials, (vptzd::Credentials{"u", VPTZ_TEST_CANARY}));
   EXPECT_EQ(choir.delay, 70ms);
   EXPECT_FALSE(choir.known);
   EXPECT_FALSE(choir.removable);

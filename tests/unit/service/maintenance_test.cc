@@ -9,6 +9,7 @@
 #include "live_rows.h"
 #include "rows.h"
 #include "stored_simulation.h"
+#include "support/canary.h"
 
 namespace vptz_test {
 namespace {
@@ -54,7 +55,7 @@ TEST_F(MaintenanceTest, LoginIsKeptAndLogoutTakesItAway) {
   EXPECT_THAT(TakeSignals(), ElementsAre("update_devices"));
   EXPECT_FALSE(RowOf<Device>(1)->authorized());
   EXPECT_EQ(RowOf<Device>(1)->authorization(), "");
-  EXPECT_EQ(Status("login", LoginTo(1, "admin", "Admin")), -1007);
+  EXPECT_EQ(Status("login", LoginTo(1, "admin", VPTZ_TEST_CANARY)), -1007);
   EXPECT_EQ(Status("login", LoginTo(1, "", "")), -1007);
   EXPECT_EQ(Status("login", LoginTo(1, "admin", "admin")), 0);
   EXPECT_TRUE(RowOf<Device>(1)->authorized());

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "allocations.h"
+#include "support/canary.h"
 #include "vptz_client/command_test.h"
 
 namespace {
@@ -13,14 +14,14 @@ using vptz_test::ConnectedClientTest;
 using vptz_test::StatusReply;
 
 VptzNetworkDeviceParams NetworkBlock() {
-  return {"00:1b:44:11:3a:b7", "stage left", "ONVIF", "198.51.100.4", "operator", "a secret"};
+  return {"00:1b:44:11:3a:b7", "stage left", "ONVIF", "198.51.100.4", "operator", VPTZ_TEST_CANARY};
 }
 
 VptzSerialDeviceParams SerialBlock() { return {"stage right", "rs485", 9600, 3, "ttyS1"}; }
 
 constexpr char kNetworkFields[] =
     "device_command { mac: '00:1b:44:11:3a:b7' name: 'stage left' protocol: 'VISCA_OVER_IP'"
-    " address: '198.51.100.4' user: 'operator' password: 'a secret' }";
+    " address: '198.51.100.4' user: 'operator' password: '" VPTZ_TEST_CANARY "' }";
 
 constexpr char kSerialFields[] =
     "device_command { mac: 'ttyS1' name: 'stage right' protocol: 'RS232'"
@@ -53,9 +54,10 @@ const CommandCase kDiscovery[] = {
        return client.AddRS232Device("ttyS1", "stage right", "rs485", 9600, 3, timeout);
      }},
     {"AddOnvifDeviceManually", "add_onvif_device_manually",
-     "device_command { address: 'http://198.51.100.4/onvif' user: 'operator' password: 'a secret' }",
+     "device_command { address: 'http://198.51.100.4/onvif' user: 'operator' password: '" VPTZ_TEST_CANARY
+     "' }",
      [](VptzClient& client, int timeout) {
-       return client.AddOnvifDeviceManually("http://198.51.100.4/onvif", "operator", "a secret", timeout);
+       return client.AddOnvifDeviceManually("http://198.51.100.4/onvif", "operator", VPTZ_TEST_CANARY, timeout);
      }},
     {"RemoveDevice", "remove_device", "device_command { device_id: 4294967295 }",
      [](VptzClient& client, int timeout) { return client.RemoveDevice(4294967295u, timeout); }},
@@ -104,7 +106,7 @@ TEST_F(DiscoveryTest, ABlockIsOnlyRead) {
   VptzNetworkDeviceParams block = NetworkBlock();
   client.AddDevice("ONVIF", &block);
   EXPECT_EQ(block.mac + block.name + block.protocol + block.address + block.user + block.password,
-            "00:1b:44:11:3a:b7stage leftONVIF198.51.100.4operatora secret");
+            "00:1b:44:11:3a:b7stage leftONVIF198.51.100.4operator" VPTZ_TEST_CANARY);
 }
 
 TEST_F(DiscoveryTest, ANullBlockReturnsMinusOneAndSendsNothing) {

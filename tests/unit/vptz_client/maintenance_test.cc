@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "support/canary.h"
 #include "vptz_client/command_test.h"
 #include "vptz_device/rows.h"
 
@@ -18,8 +19,8 @@ const CommandCase kMaintenance[] = {
     {"UpdateDeviceControlProtocol", "update_device_control_protocol",
      "device_command { protocol: 'NDIHX' device_id: 7 }",
      [](VptzClient& client, int timeout) { return client.UpdateDeviceControlProtocol(7, "NDIHX", timeout); }},
-    {"Login", "login", "device_command { user: 'operator' password: 'a secret' device_id: 7 }",
-     [](VptzClient& client, int timeout) { return client.Login(7, "operator", "a secret", timeout); }},
+    {"Login", "login", "device_command { user: 'operator' password: '" VPTZ_TEST_CANARY "' device_id: 7 }",
+     [](VptzClient& client, int timeout) { return client.Login(7, "operator", VPTZ_TEST_CANARY, timeout); }},
     {"Logout", "logout", "device_command { device_id: 7 }",
      [](VptzClient& client, int timeout) { return client.Logout(7, timeout); }},
     {"UpdateDeviceInfo", "update_device_info", "device_command { device_id: 7 }",
@@ -56,7 +57,7 @@ class MaintenanceTest : public ConnectedClientTest {
 
 TEST_F(MaintenanceTest, LoggingInToADeviceThatTheDatabaseDoesNotKnowIsLeftToTheService) {
   bus.ReplyWith(StatusReply(-1004));
-  EXPECT_EQ(client.Login(99, "operator", "a secret"), -1004);
+  EXPECT_EQ(client.Login(99, "operator", VPTZ_TEST_CANARY), -1004);
   EXPECT_EQ(SentCommand().device_command().device_id(), 99u);
 }
 
@@ -83,15 +84,15 @@ TEST_F(MaintenanceTest, SlaveZeroSendsEmptyTextsWithTheConfiguredTimeout) {
 
 TEST_F(MaintenanceTest, ASlaveIsSentWithItsStoredAddressAndCredentialsAndTheConfiguredTimeout) {
   bus.ReplyWith(StatusReply(3));
-  EXPECT_EQ(SetSlaveWith(R"('{"account": "operator", "credentials": "a secret"}')", 7), 3);
+  EXPECT_EQ(SetSlaveWith(R"('{"account": "operator", "credentials": ")" VPTZ_TEST_CANARY R"("}')", 7), 3);
   EXPECT_THAT(Sent(), ElementsAre("set_slave_device slave_device_command { address: \"198.51.100.4\" account: "
-                                  "\"operator\" credentials: \"a secret\" device_id: 5 }"));
+                                  "\"operator\" credentials: \"" VPTZ_TEST_CANARY "\" device_id: 5 }"));
   EXPECT_EQ(OnlyCall().timeout, 4);
 }
 
 TEST_F(MaintenanceTest, ASlavesRefusalAndTransportFailureComeBackUnchanged) {
   bus.ReplyWith(StatusReply(-1004));
-  EXPECT_EQ(SetSlaveWithText(R"({"account":"a","credentials":"c"})"), -1004);
+  EXPECT_EQ(SetSlaveWithText(R"({"account":"a","credentials":")" VPTZ_TEST_CANARY R"("})"), -1004);
   bus.FailCalls(-110);
   EXPECT_EQ(client.SetSlaveDeviceById(5, 2), -110);
   EXPECT_EQ(client.SetSlaveDeviceById(5, 0), -110);
@@ -120,7 +121,7 @@ TEST_F(MaintenanceTest, PercentSignsInAddressAndCredentialsAreOrdinaryCharacters
 
 TEST_F(MaintenanceTest, CredentialsOf100kBAreSentWhole) {
   const std::string text(100000, '%');
-  EXPECT_EQ(SetSlaveWithText(R"({"account":")" + text + R"(","credentials":"c"})"), 0);
+  EXPECT_EQ(SetSlaveWithText(R"({"account":")" + text + R"(","credentials":")" VPTZ_TEST_CANARY R"("})"), 0);
   EXPECT_EQ(SentCommand().slave_device_command().account(), text);
 }
 
@@ -137,29 +138,29 @@ constexpr const char* kBadCredentials[] = {
     "' '",
     "'not JSON'",
     "'{'",
-    R"('{"account":"a","credentials":"c"')",
-    R"('{"account":"a","credentials":"c}')",
-    R"('{"account":"a","credentials":"c"} x')",
-    R"('{"account":"a","credentials":"c"}{}')",
+    R"('{"account":"a","credentials":")" VPTZ_TEST_CANARY R"("')",
+    R"('{"account":"a","credentials":")" VPTZ_TEST_CANARY R"(}')",
+    R"('{"account":"a","credentials":")" VPTZ_TEST_CANARY R"("} x')",
+    R"('{"account":"a","credentials":")" VPTZ_TEST_CANARY R"("}{}')",
     R"('{"account":"a"}')",
-    R"('{"credentials":"c"}')",
-    R"('{"Account":"a","credentials":"c"}')",
+    R"('{"credentials":")" VPTZ_TEST_CANARY R"("}')",
+    R"('{"Account":"a","credentials":")" VPTZ_TEST_CANARY R"("}')",
     R"('{"account":"a","CREDENTIALS":"c"}')",
-    R"('{"account":1,"credentials":"c"}')",
+    R"('{"account":1,"credentials":")" VPTZ_TEST_CANARY R"("}')",
     R"('{"account":"a","credentials":2.5}')",
     R"('{"account":"a","credentials":null}')",
-    R"('{"account":true,"credentials":"c"}')",
+    R"('{"account":true,"credentials":")" VPTZ_TEST_CANARY R"("}')",
     R"('{"account":["a"],"credentials":{"c":"c"}}')",
     R"('["account","a","credentials","c"]')",
     R"('"account"')",
     "'7'",
     "'null'",
     R"('{"account":"a","credentials":"\ud800"}')",
-    R"(CAST(x'00' || '{"account":"a","credentials":"c"}' AS TEXT))",
-    R"(CAST('{"account":"a",' || x'00' || '"credentials":"c"}' AS TEXT))",
-    R"(CAST('{"account":"a","credentials":"c' || x'00' || 'd"}' AS TEXT))",
-    R"(CAST('{"account":"a","credentials":"c"}' || x'00' AS TEXT))",
-    R"(CAST('{"account":"a","credentials":"c"}' || x'0000' || '{}' AS TEXT))",
+    R"(CAST(x'00' || '{"account":"a","credentials":")" VPTZ_TEST_CANARY R"("}' AS TEXT))",
+    R"(CAST('{"account":"a",' || x'00' || '"credentials":")" VPTZ_TEST_CANARY R"("}' AS TEXT))",
+    R"(CAST('{"account":"a","credentials":")" VPTZ_TEST_CANARY R"(' || x'00' || 'd"}' AS TEXT))",
+    R"(CAST('{"account":"a","credentials":")" VPTZ_TEST_CANARY R"("}' || x'00' AS TEXT))",
+    R"(CAST('{"account":"a","credentials":")" VPTZ_TEST_CANARY R"("}' || x'0000' || '{}' AS TEXT))",
     R"(replace(hex(zeroblob(50000)), '00', '['))",
     R"('{"account":' || replace(hex(zeroblob(50000)), '00', '{"a":'))",
     R"('{"account":"' || replace(hex(zeroblob(50000)), '0', 'a'))",
@@ -190,12 +191,18 @@ using UnconnectedMaintenanceTest = ClientTest;
 TEST_F(UnconnectedMaintenanceTest, SetSlaveDeviceByIdReturnsMinusOneAndTouchesNoBus) {
   Store(Insert("device", {{"id", "2"},
                           {"service_uri", "'http://198.51.100.4'"},
-                          {"authorization", R"('{"account":"a","credentials":"c"}')"}}));
+                          {"authorization", R"('{"account":"a","credentials":")" VPTZ_TEST_CANARY R"("}')"}}));
   VptzClient client;
+  CVptzDevice* const slave = client.QueryDeviceById(2);
+  ASSERT_NE(slave, nullptr);
+  slave->model_name = "a mark that loading the registry again would remove";
   bus.calls.clear();
+  log.lines.clear();
   EXPECT_EQ(client.SetSlaveDeviceById(5, 2), -1);
   EXPECT_EQ(client.SetSlaveDeviceById(5, 0), -1);
   EXPECT_THAT(bus.calls, IsEmpty());
+  EXPECT_THAT(log.lines, IsEmpty());
+  EXPECT_EQ(slave->model_name, "a mark that loading the registry again would remove");
 }
 
 }  // namespace

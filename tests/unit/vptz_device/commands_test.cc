@@ -7,6 +7,7 @@
 #include <set>
 #include <sstream>
 
+#include "support/canary.h"
 #include "vptz_device/device_test.h"
 
 namespace {
@@ -41,8 +42,9 @@ std::string OneSetting(const std::string& setting, const std::string& mode) {
 }
 
 const HandleCase kCases[] = {
-    {"Login", Addressed::kDevice, "login", "device_command { user: 'u' password: 'p' device_id: ID }",
-     [](CVptzDevice& d, unsigned, int t) { return d.Login("u", "p", t); }},
+    {"Login", Addressed::kDevice, "login",
+     "device_command { user: 'u' password: '" VPTZ_TEST_CANARY "' device_id: ID }",
+     [](CVptzDevice& d, unsigned, int t) { return d.Login("u", VPTZ_TEST_CANARY, t); }},
     {"Logout", Addressed::kDevice, "logout", "device_command { device_id: ID }",
      [](CVptzDevice& d, unsigned, int t) { return d.Logout(t); }},
     {"SetSlaveDevice", Addressed::kDevice, "set_slave_device",

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "support/canary.h"
 #include "vptz_device/device_test.h"
 
 namespace {
@@ -275,10 +276,11 @@ TEST_F(UpdateDeviceTest, ANullBlockOrNoClientReturnsMinusOneAndSendsNothing) {
 class RegistryHandleTest : public DeviceTest {
  protected:
   RegistryHandleTest() {
-    Store(Insert("device", {{"id", "7"}, {"http_uri", "'http://h7'"}}) +
-          Insert("device", {{"id", "8"},
-                            {"address", "'198.51.100.8'"},
-                            {"authorization", R"('{"account":"a","credentials":"c"}')"}}));
+    Store(
+        Insert("device", {{"id", "7"}, {"http_uri", "'http://h7'"}}) +
+        Insert("device", {{"id", "8"},
+                          {"address", "'198.51.100.8'"},
+                          {"authorization", R"('{"account":"a","credentials":")" VPTZ_TEST_CANARY R"("}')"}}));
   }
 };
 
@@ -294,7 +296,7 @@ TEST_F(RegistryHandleTest, OperationsThatRebuildTheRegistryMayBeCalledOnAHandleI
               ElementsAre("enable_nat 7 3 ", "query_nat_uri 7 3 http://h7", "disable_nat 7 3 ",
                           "query_nat_uri 7 3 http://h7",
                           "set_slave_device slave_device_command { address: \"198.51.100.8\" account: \"a\" "
-                          "credentials: \"c\" device_id: 7 }",
+                          "credentials: \"" VPTZ_TEST_CANARY "\" device_id: 7 }",
                           "set_slave_device slave_device_command { address: \"\" account: \"\" "
                           "credentials: \"\" device_id: 7 }"));
 }

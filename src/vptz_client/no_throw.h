@@ -1,0 +1,22 @@
+#ifndef VPTZ_SRC_VPTZ_CLIENT_NO_THROW_H
+#define VPTZ_SRC_VPTZ_CLIENT_NO_THROW_H
+
+#include <exception>
+#include <utility>
+
+namespace vptz {
+
+// What `body` returns, or `failed` when memory ran out on the way. Anything else
+// that unwinds is a thread's cancellation, which must not be caught.
+template <class Result, class Body>
+Result NoThrow(Result failed, Body&& body) {
+  try {
+    return std::forward<Body>(body)();
+  } catch (const std::exception&) {
+    return failed;
+  }
+}
+
+}  // namespace vptz
+
+#endif
