@@ -5,6 +5,7 @@
 #include <sched.h>
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -12,6 +13,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <vptz/model/vptzmodel.h>
@@ -178,13 +180,51 @@ void Lookups(benchmark::State& state, bool connected, int devices) {
 
 // ---- printing ---------------------------------------------------------------
 
+// The figures of all sizes in one file: each run by itself would begin
+// --benchmark_out anew.
+class JsonFile {
+ public:
+  explicit JsonFile(const std::string& path) : file_(path) {
+    Require(file_.is_open(), path);
+    reporter_.SetOutputStream(&file_);
+  }
+  ~JsonFile() { reporter_.Finalize(); }
+
+  void Add(const benchmark::BenchmarkReporter::Context& context) {
+    if (!std::exchange(begun_, true)) reporter_.ReportContext(context);
+  }
+  void Add(const std::vector<benchmark::BenchmarkReporter::Run>& runs) { reporter_.ReportRuns(runs); }
+
+ private:
+  std::ofstream file_;
+  benchmark::JSONReporter reporter_;
+  bool begun_ = false;
+};
+
+// The file that "--benchmark_out=FILE" names, which is taken out of the arguments.
+std::unique_ptr<JsonFile> TakeOut(std::vector<char*>& arguments) {
+  const std::string option = "--benchmark_out=";
+  const auto found = std::find_if(arguments.begin(), arguments.end(),
+                                  [&](const char* word) { return std::string(word).rfind(option, 0) == 0; });
+  if (found == arguments.end()) return nullptr;
+  const std::string path = *found + option.size();
+  arguments.erase(found);
+  return std::make_unique<JsonFile>(path);
+}
+
 // Prints as usual and remembers the medians, in microseconds of the processor:
 // nothing waits here, and other work on the machine disturbs these less.
 class Reporter : public benchmark::ConsoleReporter {
  public:
-  Reporter() : ConsoleReporter(OO_None) {}
+  explicit Reporter(std::unique_ptr<JsonFile> json) : ConsoleReporter(OO_None), json_(std::move(json)) {}
+
+  bool ReportContext(const Context& context) override {
+    if (json_) json_->Add(context);
+    return ConsoleReporter::ReportContext(context);
+  }
 
   void ReportRuns(const std::vector<Run>& runs) override {
+    if (json_) json_->Add(runs);
     for (const Run& run : runs) {
       if (run.aggregate_name == "median") medians_[run.run_name.function_name] = run.GetAdjustedCPUTime();
     }
@@ -209,6 +249,7 @@ class Reporter : public benchmark::ConsoleReporter {
   }
 
  private:
+  std::unique_ptr<JsonFile> json_;
   std::map<std::string, double> medians_;
 };
 
@@ -238,13 +279,14 @@ int main(int count, char** arguments) {
   std::string interleave = "--benchmark_enable_random_interleaving=true";
   std::string plain = "--benchmark_color=false";
   std::vector<char*> all(arguments, arguments + count);
+  std::unique_ptr<JsonFile> json = TakeOut(all);
   all.push_back(interleave.data());
   all.push_back(plain.data());
   int total = static_cast<int>(all.size());
   benchmark::Initialize(&total, all.data());
   std::ofstream(vptz::ConfigFile()) << "[MQTT]\ntimeout=2\n";
   Require(VptzModel::Instance().Initialize(vptz::DatabaseFile(), "vptz", "") == 0, "Initialize");
-  Reporter reporter;
+  Reporter reporter(std::move(json));
   for (const int devices : kSizes) Run(devices, reporter);
   reporter.PrintTable();
   return 0;
