@@ -2,8 +2,10 @@
 #include <csignal>
 #include <cstdlib>
 #include <exception>
+#include <filesystem>
 #include <iostream>
 #include <optional>
+#include <string>
 
 #include "camera/clock.h"
 #include "camera_rows.h"
@@ -97,6 +99,14 @@ int Serve(const Options& options, Service& service, const sigset_t& signals) {
   return kExitDone;
 }
 
+// An installed tree may be moved: its own script lies beside the program.
+std::string SeedFile() {
+  std::error_code missing;
+  const auto program = std::filesystem::read_symlink("/proc/self/exe", missing);
+  const auto beside = program.parent_path() / VPTZD_SEED_FROM_PROGRAM;
+  return std::filesystem::exists(beside, missing) ? beside.string() : VPTZD_SEED_FILE;
+}
+
 int Run(const Options& options, const Fleet& fleet) {
   const sigset_t signals = BlockSignals();
   const SteadyClock clock;
@@ -104,7 +114,7 @@ int Run(const Options& options, const Fleet& fleet) {
   world.set_grace(
       std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::duration<double>(options.grace)));
   world.SetFaults(fleet.faults);
-  if (!OpenDatabase(options.database, VPTZD_SEED_FILE)) {
+  if (!OpenDatabase(options.database, SeedFile())) {
     std::cerr << "vptzd: cannot use the database " << options.database << "; the log tells why\n";
     return kExitNoDatabase;
   }
