@@ -8,7 +8,7 @@
 #include <memory>
 
 #include "log.h"
-#include "vptz_client/no_throw.h"
+#include "no_throw.h"
 
 namespace {
 
@@ -110,17 +110,17 @@ Failure ReadInteger(GKeyFile* key_file, const char* group, const char* key, int&
   return FailureOf(error);
 }
 
+int Assign(const char* from, std::string& to) {
+  return vptz::NoThrow(-1, [&] { return to = from, 0; });
+}
+
 }  // namespace
 
 Config::Config(const char* path) : path_(path) {}
 
 Config::~Config() { Release(); }
 
-int Config::AssignPath(const char* path) {
-  if (path == nullptr) return -1;
-  path_ = path;
-  return 0;
-}
+int Config::AssignPath(const char* path) { return path == nullptr ? -1 : Assign(path, path_); }
 
 const char* Config::GetPath() const { return path_.c_str(); }
 
@@ -146,8 +146,7 @@ int Config::GetValue(const char* group, const char* key, std::string& value) {
   GlibText text;
   switch (ReadText(key_file_, group, key, text)) {
     case Failure::kNone:
-      value = text.get();
-      return 0;
+      return Assign(text.get(), value);
     case Failure::kNoKey:
       VPTZ_LOG(LogLevel::kWarning, kConfig, "Failed to get config value %s/%s: Key not found!", group, key);
       return -1;
@@ -165,8 +164,7 @@ int Config::GetValue(const char* group, const char* key, const char* default_val
   GlibText text;
   const bool found = ReadText(key_file_, group, key, text) == Failure::kNone;
   const char* const source = found ? text.get() : default_value;
-  value = source != nullptr ? source : "";
-  return 0;
+  return Assign(source != nullptr ? source : "", value);
 }
 
 int Config::GetValue(const char* group, const char* key, int default_value, int& value) {

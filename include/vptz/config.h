@@ -8,10 +8,12 @@
 struct _GKeyFile;  // NOLINT(bugprone-reserved-identifier): GLib's own name
 
 // Reads settings from a key file: groups in square brackets, one "key=value"
-// per line. Not safe for use from several threads at once.
+// per line. Not safe for use from several threads at once. Where memory runs out
+// operations return -1; only the constructor throws.
 class VPTZ_API Config {
  public:
-  // Keeps the path; reads nothing. Throws std::logic_error when `path` is null.
+  // Keeps the path; reads nothing. Throws std::logic_error when `path` is null,
+  // std::bad_alloc when memory runs out.
   explicit Config(const char* path);
   virtual ~Config();
   Config(const Config&) = delete;

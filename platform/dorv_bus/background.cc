@@ -60,7 +60,7 @@ void Connection::Run() {
 // A socket that is closed leaves the epoll by itself, unless a child made by
 // fork() has a copy: then it would be reported ready for ever.
 void Connection::ForgetOldSocket() {
-  if (polled_session_ == session_) {
+  if (polled_session_ == session_ || HasSocket()) {
     return;
   }
   const int fresh = NewEpoll(wake_background_);

@@ -331,6 +331,9 @@ void bus_client::Acknowledge(int message_id, int reason) {
     call->waiter.deadline = std::min(call->last_moment, Clock::now() + kPresenceGrace);
     call->waiter.expiry_result = -ESRCH;
     call->waiter.wake.notify_one();
+    if (call->callback != nullptr) {
+      connection_.WakeBackground();  // which minds its deadline
+    }
   }
 }
 

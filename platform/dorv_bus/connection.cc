@@ -23,7 +23,10 @@ int Connection::NewEpoll(const Event& wake) {
   epoll_event interest{};
   interest.events = EPOLLIN;
   interest.data.fd = wake.descriptor();
-  epoll_ctl(epoll, EPOLL_CTL_ADD, wake.descriptor(), &interest);
+  if (epoll >= 0 && epoll_ctl(epoll, EPOLL_CTL_ADD, wake.descriptor(), &interest) != 0) {
+    close(epoll);
+    return -1;
+  }
   return epoll;
 }
 
@@ -266,7 +269,8 @@ void Connection::OnMessage(mosquitto*, void* self, const mosquitto_message* mess
   try {
     connection->owner_->Receive(*message, properties);
   } catch (const std::bad_alloc&) {
-    // What cannot be lost, replies, is received without memory.
+    // Replies are kept without memory of ours; one whose identity libmosquitto
+    // cannot copy counts as lost.
     DORV_LOG(ZERK_LOG_WARNING, "a signal or request was dropped: memory ran out");
   }
 }

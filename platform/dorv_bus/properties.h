@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -55,9 +56,8 @@ inline std::optional<RequestIdentity> ReadIdentity(const mosquitto_property* pro
 inline std::string ReadResponseTopic(const mosquitto_property* properties) {
   char* text = nullptr;
   mosquitto_property_read_string(properties, MQTT_PROP_RESPONSE_TOPIC, &text, false);
-  std::string topic = text == nullptr ? "" : text;
-  std::free(text);
-  return topic;
+  const std::unique_ptr<char, decltype(&std::free)> owner(text, &std::free);
+  return text == nullptr ? "" : text;
 }
 
 // The negative errno value that a reply holds, 0 when it holds bytes.

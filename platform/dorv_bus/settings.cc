@@ -23,13 +23,13 @@ struct KeyFileFree {
 using KeyFile = std::unique_ptr<GKeyFile, KeyFileFree>;
 
 std::string Value(GKeyFile* file, const char* group, const char* key) {
-  char* text = g_key_file_get_string(file, group, key, nullptr);
-  std::string value = text == nullptr ? "" : text;
-  g_free(text);
-  return value;
+  const std::unique_ptr<char, decltype(&g_free)> text(g_key_file_get_string(file, group, key, nullptr),
+                                                      &g_free);
+  return text == nullptr ? "" : text.get();
 }
 
-// Closes its descriptor.
+// Closes its descriptor. The library reads its configuration in the same way; the
+// two share no code, since an appliance brings a bus of its own.
 class Descriptor {
  public:
   explicit Descriptor(int descriptor) : descriptor_(descriptor) {}

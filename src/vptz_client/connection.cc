@@ -5,8 +5,8 @@
 #include <vptz/vptz_client.h>
 
 #include "log.h"
+#include "no_throw.h"
 #include "paths.h"
-#include "vptz_client/no_throw.h"
 
 namespace {
 

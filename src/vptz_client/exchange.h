@@ -8,7 +8,7 @@
 #include <vptz/vptz.pb.h>
 #include <vptz/vptz_client.h>
 
-#include "vptz_client/no_throw.h"
+#include "no_throw.h"
 
 namespace vptz {
 

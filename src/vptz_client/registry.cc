@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "log.h"
-#include "vptz_client/no_throw.h"
+#include "no_throw.h"
 #include "vptz_device/loading.h"
 #include "vptz_device/snapshot.h"
 

@@ -4,7 +4,7 @@
 
 #include <vptz/vptz_client.h>
 
-#include "vptz_client/no_throw.h"
+#include "no_throw.h"
 #include "vptz_device/access.h"
 #include "vptz_device/database_rows.h"
 

@@ -37,7 +37,7 @@ await vptzctl status || exit 1
 # Another database than the build's own, and no fixed port.
 VPTZD = """#!/bin/sh
 for word; do shift; [ "$word" = 8080 ] && word=0; set -- "$@" "$word"; done
-exec setpriv --pdeathsig TERM {program} --database "$VPTZ_TEST_FOLDER/vptz.db" "$@"
+exec setpriv --pdeathsig TERM "{program}" --database "$VPTZ_TEST_FOLDER/vptz.db" "$@"
 """
 
 # What goes on until it is asked to end is asked when it has written something.
@@ -46,7 +46,7 @@ case "$*" in
   *--until-still*) ;;
   'ptz watch '*)
     output=$(mktemp -p "$VPTZ_TEST_FOLDER")
-    {program} "$@" >"$output" &
+    "{program}" "$@" >"$output" &
     until [ -s "$output" ] || ! kill -0 $! 2>/dev/null; do sleep 0.05; done
     kill -TERM $!
     wait $!
@@ -54,7 +54,7 @@ case "$*" in
     cat "$output"
     exit $code ;;
 esac
-exec {program} "$@"
+exec "{program}" "$@"
 """
 
 
@@ -110,10 +110,16 @@ def environment(build, clone):
             "LD_LIBRARY_PATH": str(build / "tests/examples/library"), "NO_COLOR": "1", "HOME": str(clone)}
 
 
+def base_folder():
+    """In memory where programs may be run from there."""
+    memory = "/dev/shm"
+    usable = os.access(memory, os.W_OK | os.X_OK) and not os.statvfs(memory).f_flag & os.ST_NOEXEC
+    return memory if usable else tempfile.gettempdir()
+
+
 def run(build, blocks, commands):
     """For each command its exit code (None: it was not reached) and what it wrote."""
-    base = "/dev/shm" if os.access("/dev/shm", os.W_OK | os.X_OK) else "/tmp"
-    folder = pathlib.Path(tempfile.mkdtemp(prefix="vptz-", dir=base))
+    folder = pathlib.Path(tempfile.mkdtemp(prefix="vptz-", dir=base_folder()))
     try:
         clone = prepare(folder, build, blocks)
         (folder / "script").write_text(script_of(commands, clone))

@@ -167,11 +167,12 @@ TEST_F(ShippedBrokerTest, RequestThatTheBrokerKeepsIsNotExecutedAgain) {
   }
   watcher.Send(watcher.WaitFor("move"), true);
   std::vector<std::string> executed;
-  const ServedName second("camera", broker_.address(), [&](bus_service*, bus_request* request) {
+  ServedName second("camera", broker_.address(), [&](bus_service*, bus_request* request) {
     executed.push_back(Payload(request));
     Reply(request, "");
   });
   EXPECT_EQ(Call(client.get(), "camera", "move", "2").code, 0);
+  second.Free();
   EXPECT_EQ(executed, std::vector<std::string>{"2"});
 }
 

@@ -149,8 +149,8 @@ class CommandLines : public testing::Test {
 
   // Each ends with a code up to that one, and says why unless all went well.
   // Several run at once: starting them is what takes the time.
-  template <class Lines>
-  void ExpectEnd(const std::string& program, Lines lines, int count, int last_code) {
+  template <class Source>
+  void ExpectEnd(const std::string& program, Source lines, int count, int last_code) {
     constexpr int kAtOnce = 4;
     for (int i = 0; i < count; i += kAtOnce) {
       std::vector<Started> started;

@@ -136,13 +136,13 @@ class VPTZ_API VptzModel {
   template <class T>
   static std::unique_ptr<T> NewFrom(typename odb::result<T>::iterator& row);
 
-  // The ids of objects that lie one behind the other. The mapper sets them before
-  // the transaction ends; after one that fails they are given back, so that no
-  // object goes by the id of somebody else's row.
+  // Gives objects their ids back unless told to keep the new ones: the mapper sets
+  // them before the transaction ends, and after one that fails no object may go by
+  // the id of somebody else's row. Objects whose key is no number have none.
   template <class T, class = void>
-  struct Ids {  // of objects whose key is not a number
+  struct Ids {
     Ids(T*, int) {}
-    void GiveBack() {}
+    void Keep() {}
   };
 
   void Open(const std::string& path, int flags);
@@ -161,9 +161,12 @@ struct VptzModel::Ids<T, decltype(std::declval<T&>().set_id(0))> {
   Ids(T* first, int count) : objects(first) {
     for (int i = 0; i < count; ++i) ids.push_back(first[i].id());
   }
-  void GiveBack() {
+  ~Ids() {
     for (std::size_t i = 0; i < ids.size(); ++i) objects[i].set_id(ids[i]);
   }
+  Ids(const Ids&) = delete;
+  Ids& operator=(const Ids&) = delete;
+  void Keep() { ids.clear(); }
 
   T* objects;
   std::vector<std::uint32_t> ids;
@@ -179,9 +182,9 @@ int VptzModel::Add(T* object) {
     id = ResultFromId(database.persist(*object));
     return true;
   });
-  if (done) return id;
-  before.GiveBack();
-  return -1;
+  if (!done) return -1;
+  before.Keep();
+  return id;
 }
 
 template <class T>
@@ -195,9 +198,9 @@ int VptzModel::AddAll(T* objects, int count) {
     }
     return true;
   });
-  if (done) return 0;
-  before.GiveBack();
-  return -1;
+  if (!done) return -1;
+  before.Keep();
+  return 0;
 }
 
 template <class T>

@@ -1,5 +1,5 @@
-#ifndef VPTZ_SRC_VPTZ_CLIENT_NO_THROW_H
-#define VPTZ_SRC_VPTZ_CLIENT_NO_THROW_H
+#ifndef VPTZ_SRC_NO_THROW_H
+#define VPTZ_SRC_NO_THROW_H
 
 #include <exception>
 #include <utility>
