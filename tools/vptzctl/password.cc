@@ -10,6 +10,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -51,25 +52,44 @@ volatile std::sig_atomic_t caught = 0;
 
 void OnSignal(int number) { caught = number; }
 
-// Lets a signal interrupt the reading, so that the terminal gets its echo back;
-// what the signal would have done is done at the end.
+// Holds signals off but for the moments of waiting, so that the terminal gets its
+// echo back and none comes between looking for one and waiting; what the signal
+// would have done is done at the end.
 class DeferredSignals {
  public:
   DeferredSignals() {
+    sigset_t deferred;
+    sigemptyset(&deferred);
     struct sigaction action = {};
     action.sa_handler = OnSignal;
-    for (std::size_t i = 0; i < std::size(kNumbers); ++i) sigaction(kNumbers[i], &action, &before_[i]);
+    for (std::size_t i = 0; i < std::size(kNumbers); ++i) {
+      sigaddset(&deferred, kNumbers[i]);
+      sigaction(kNumbers[i], &action, &before_[i]);
+    }
+    pthread_sigmask(SIG_BLOCK, &deferred, &mask_);
   }
   ~DeferredSignals() {
+    pthread_sigmask(SIG_SETMASK, &mask_, nullptr);
     for (std::size_t i = 0; i < std::size(kNumbers); ++i) sigaction(kNumbers[i], &before_[i], nullptr);
     if (caught != 0) raise(caught);
   }
   DeferredSignals(const DeferredSignals&) = delete;
   DeferredSignals& operator=(const DeferredSignals&) = delete;
 
+  // Whether there is something to read; false when a signal came first.
+  bool Wait(int descriptor) const {
+    pollfd polled{descriptor, POLLIN, 0};
+    while (caught == 0) {
+      if (ppoll(&polled, 1, nullptr, &mask_) == 1) return true;
+      if (errno != EINTR) return false;
+    }
+    return false;
+  }
+
  private:
   static constexpr int kNumbers[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
   struct sigaction before_[std::size(kNumbers)] = {};
+  sigset_t mask_ = {};
 };
 
 // The terminal of the program, whatever its standard streams are.
@@ -97,9 +117,9 @@ class Terminal {
   }
 
   // A line without its end. False when it was interrupted or input has ended.
-  bool ReadLine(std::string* line) const {
+  bool ReadLine(const DeferredSignals& signals, std::string* line) const {
     char byte = 0;
-    while (read(descriptor_, &byte, 1) == 1) {
+    while (signals.Wait(descriptor_) && read(descriptor_, &byte, 1) == 1) {
       if (byte == '\n') return true;
       *line += byte;
     }
@@ -120,7 +140,7 @@ std::string FromTerminal() {
   const Terminal terminal;
   terminal.Write("Password: ");
   std::string password;
-  const bool complete = terminal.ReadLine(&password);
+  const bool complete = terminal.ReadLine(signals, &password);
   terminal.Write("\n");
   if (!complete) Fail("no password was given");
   return password;
