@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include <cerrno>
+#include <ostream>
 
 #include "vptz_client/command_test.h"
 
@@ -76,6 +77,8 @@ struct SignalCase {
   bus_callback callback;
   std::function<int(VptzClient&)> call;
 };
+
+std::ostream& operator<<(std::ostream& out, const SignalCase& one) { return out << one.operation; }
 
 const SignalCase kSignals[] = {
     {"SubscribeSignal", "bus_signal_subscribe", "any", OnSignal,
