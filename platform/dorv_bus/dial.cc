@@ -12,27 +12,13 @@
 #include <memory>
 #include <string>
 
+#include "descriptor.h"
+
 namespace dorv {
 namespace {
 
 constexpr std::chrono::milliseconds kTimeout{2000};
 constexpr std::chrono::milliseconds kQueuePause{10};
-
-class Socket {
- public:
-  explicit Socket(int family) : descriptor_(socket(family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {}
-  ~Socket() {
-    if (descriptor_ >= 0) {
-      close(descriptor_);
-    }
-  }
-  Socket(const Socket&) = delete;
-  Socket& operator=(const Socket&) = delete;
-  int descriptor() const { return descriptor_; }
-
- private:
-  int descriptor_;
-};
 
 int Pending(int descriptor) {
   int error = 0;
@@ -62,12 +48,12 @@ int ErrorFromConnect(int number) {
 }
 
 int Try(const sockaddr* address, socklen_t size, const Event& stop) {
-  const Socket probe(address->sa_family);
-  if (probe.descriptor() < 0 || connect(probe.descriptor(), address, size) == 0) {
-    return probe.descriptor() < 0 ? -errno : 0;
+  const Descriptor probe(socket(address->sa_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  if (probe.get() < 0 || connect(probe.get(), address, size) == 0) {
+    return probe.get() < 0 ? -errno : 0;
   }
   if (errno == EINPROGRESS) {
-    return WaitForConnection(probe.descriptor(), stop);
+    return WaitForConnection(probe.get(), stop);
   }
   return ErrorFromConnect(errno);
 }

@@ -9,6 +9,7 @@
 #include <memory>
 #include <string_view>
 
+#include "descriptor.h"
 #include "log.h"
 
 namespace dorv {
@@ -28,27 +29,10 @@ std::string Value(GKeyFile* file, const char* group, const char* key) {
   return text == nullptr ? "" : text.get();
 }
 
-// Closes its descriptor. The library reads its configuration in the same way; the
-// two share no code, since an appliance brings a bus of its own.
-class Descriptor {
- public:
-  explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
-  ~Descriptor() {
-    if (descriptor_ >= 0) {
-      close(descriptor_);
-    }
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  int get() const { return descriptor_; }
-
- private:
-  const int descriptor_;
-};
-
 // The text of a regular file of moderate size. GLib would wait for somebody to
-// write into a pipe and take whatever fits into memory.
+// write into a pipe and take whatever fits into memory. The library reads its
+// configuration in the same way; the two share no code, since an appliance brings
+// a bus of its own.
 bool ReadRegularFile(const std::string& path, std::string* text) {
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   struct stat status {};

@@ -52,6 +52,13 @@ Function* Next(Function*, const char* name) {
   return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
+template <auto& function, class... Arguments>
+auto Write(const char* name, int descriptor, Arguments... arguments) {
+  static const auto next = Next(&function, name);
+  using Result = decltype(next(descriptor, arguments...));
+  return WriteFails(descriptor) ? Result{-1} : next(descriptor, arguments...);
+}
+
 }  // namespace
 
 NthFailure::NthFailure(FailureKind of, int n) {
@@ -68,43 +75,36 @@ bool NthFailure::Happened() const { return left <= 0; }
 using vptz_test::Next;
 using vptz_test::OpenFails;
 using vptz_test::SyncFails;
-using vptz_test::WriteFails;
+using vptz_test::Write;
 
 extern "C" {
 
 ssize_t write(int descriptor, const void* bytes, size_t size) {
-  static const auto next = Next(&write, "write");
-  return WriteFails(descriptor) ? -1 : next(descriptor, bytes, size);
+  return Write<write>("write", descriptor, bytes, size);
 }
 
 ssize_t pwrite(int descriptor, const void* bytes, size_t size, off_t offset) {
-  static const auto next = Next(&pwrite, "pwrite");
-  return WriteFails(descriptor) ? -1 : next(descriptor, bytes, size, offset);
+  return Write<pwrite>("pwrite", descriptor, bytes, size, offset);
 }
 
 ssize_t pwrite64(int descriptor, const void* bytes, size_t size, off64_t offset) {
-  static const auto next = Next(&pwrite64, "pwrite64");
-  return WriteFails(descriptor) ? -1 : next(descriptor, bytes, size, offset);
+  return Write<pwrite64>("pwrite64", descriptor, bytes, size, offset);
 }
 
 ssize_t writev(int descriptor, const iovec* pieces, int count) {
-  static const auto next = Next(&writev, "writev");
-  return WriteFails(descriptor) ? -1 : next(descriptor, pieces, count);
+  return Write<writev>("writev", descriptor, pieces, count);
 }
 
 ssize_t pwritev(int descriptor, const iovec* pieces, int count, off_t offset) {
-  static const auto next = Next(&pwritev, "pwritev");
-  return WriteFails(descriptor) ? -1 : next(descriptor, pieces, count, offset);
+  return Write<pwritev>("pwritev", descriptor, pieces, count, offset);
 }
 
 ssize_t send(int descriptor, const void* bytes, size_t size, int flags) {
-  static const auto next = Next(&send, "send");
-  return WriteFails(descriptor) ? -1 : next(descriptor, bytes, size, flags);
+  return Write<send>("send", descriptor, bytes, size, flags);
 }
 
 int ftruncate64(int descriptor, off64_t size) noexcept {
-  static const auto next = Next(&ftruncate64, "ftruncate64");
-  return WriteFails(descriptor) ? -1 : next(descriptor, size);
+  return Write<ftruncate64>("ftruncate64", descriptor, size);
 }
 
 int fsync(int descriptor) {
