@@ -170,10 +170,7 @@ void Connection::Dial(std::unique_lock<std::mutex>& lock) {
   state_ = State::kDialing;
   lock.unlock();
   if (error == 0) {
-    error = Probe(address, port, wake_background_);
-  }
-  if (error == 0) {
-    error = ErrorFromMosquitto(mosquitto_connect(mosquitto_, address.host.c_str(), port, kKeepAliveSeconds));
+    error = ConnectInstance(mosquitto_, address, port, kKeepAliveSeconds, wake_background_);
   }
   lock.lock();
   if (attempt != attempt_ || closing_) {

@@ -85,6 +85,8 @@ struct bus_client final : dorv::Connection::Owner, std::enable_shared_from_this<
   struct Subscription {
     int identifier;  // comes with each message that it brought; tells one from all
     bus_callback callback;
+    bool confirmed;  // by the broker
+    int waiting;     // threads that wait for that
   };
   using SubscriptionKey = std::pair<std::string, std::string>;  // service, signal
 
@@ -107,6 +109,8 @@ struct bus_client final : dorv::Connection::Owner, std::enable_shared_from_this<
   void ReceiveSignal(const mosquitto_message& message, const mosquitto_property* properties);
   void Deliver(int identifier, std::string_view signal, const mosquitto_message& message);
   bool Subscribed(int identifier, bus_callback* callback);
+  int AskForSignals(std::unique_lock<std::mutex>& lock, const SubscriptionKey& key, int identifier,
+                    dorv::TimePoint deadline);
 
   const unsigned process_ = dorv::ProcessNumber();
   const std::uint64_t caller_;

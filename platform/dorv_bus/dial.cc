@@ -1,24 +1,24 @@
 #include "dial.h"
 
+#include <mosquitto.h>
 #include <netdb.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
-#include <cstring>
 #include <memory>
 #include <string>
 
 #include "descriptor.h"
+#include "errors.h"
 
 namespace dorv {
 namespace {
 
 constexpr std::chrono::milliseconds kTimeout{2000};
 constexpr std::chrono::milliseconds kQueuePause{10};
+constexpr int kNoPermission = -EPERM;  // told apart from what the broker does not allow
 
 int Pending(int descriptor) {
   int error = 0;
@@ -38,15 +38,6 @@ int WaitForConnection(int descriptor, const Event& stop) {
   return count == 0 ? -ETIMEDOUT : Pending(descriptor);
 }
 
-int ErrorFromConnect(int number) {
-  switch (number) {
-    case EACCES:  // told apart from what the broker does not allow
-      return -EPERM;
-    default:
-      return -number;
-  }
-}
-
 int Try(const sockaddr* address, socklen_t size, const Event& stop) {
   const Descriptor probe(socket(address->sa_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   if (probe.get() < 0 || connect(probe.get(), address, size) == 0) {
@@ -55,7 +46,7 @@ int Try(const sockaddr* address, socklen_t size, const Event& stop) {
   if (errno == EINPROGRESS) {
     return WaitForConnection(probe.get(), stop);
   }
-  return ErrorFromConnect(errno);
+  return errno == EACCES ? kNoPermission : -errno;
 }
 
 // Whether it was told to stop before the time was over.
@@ -64,17 +55,15 @@ bool Pause(std::chrono::milliseconds time, const Event& stop) {
   return poll(&polled, 1, static_cast<int>(time.count())) > 0;
 }
 
-// The broker's queue of new sockets is short: many clients that connect at once
-// fill it. While it is full the broker is there and gets time to take some.
-int TryUnix(const std::string& path, const Event& stop) {
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+// libmosquitto says at once how it went. The broker's queue of new sockets is
+// short: many clients that connect at once fill it. While it is full the broker is
+// there and gets time to take some.
+int ConnectUnix(mosquitto* instance, const std::string& path, int keep_alive_seconds, const Event& stop) {
   const auto end = std::chrono::steady_clock::now() + kTimeout;
   for (;;) {
-    const int error = Try(reinterpret_cast<const sockaddr*>(&address), sizeof address, stop);
-    if (error != -EAGAIN) {
-      return error;
+    const int result = mosquitto_connect(instance, path.c_str(), 0, keep_alive_seconds);
+    if (result != MOSQ_ERR_ERRNO || errno != EAGAIN) {
+      return result == MOSQ_ERR_ERRNO && errno == EACCES ? kNoPermission : ErrorFromMosquitto(result);
     }
     if (std::chrono::steady_clock::now() >= end) {
       return -ETIMEDOUT;
@@ -92,6 +81,8 @@ int ErrorFromLookup(int result) {
   return result == EAI_MEMORY ? -ENOMEM : -ENOENT;
 }
 
+// Whether somebody listens there, and why not: libmosquitto connects to hosts
+// without a time-out and keeps the reason to itself.
 int TryHost(const std::string& host, int port, const Event& stop) {
   addrinfo hints{};
   hints.ai_socktype = SOCK_STREAM;
@@ -110,8 +101,15 @@ int TryHost(const std::string& host, int port, const Event& stop) {
 
 }  // namespace
 
-int Probe(const Address& address, int port, const Event& stop) {
-  return address.is_unix ? TryUnix(address.host, stop) : TryHost(address.host, port, stop);
+int ConnectInstance(mosquitto* instance, const Address& address, int port, int keep_alive_seconds,
+                    const Event& stop) {
+  if (address.is_unix) {
+    return ConnectUnix(instance, address.host, keep_alive_seconds, stop);
+  }
+  const int error = TryHost(address.host, port, stop);
+  return error != 0
+             ? error
+             : ErrorFromMosquitto(mosquitto_connect(instance, address.host.c_str(), port, keep_alive_seconds));
 }
 
 }  // namespace dorv

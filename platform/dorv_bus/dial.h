@@ -4,13 +4,15 @@
 #include "address.h"
 #include "event.h"
 
+struct mosquitto;
+
 namespace dorv {
 
-// Tries whether somebody listens at the address, and says why not. libmosquitto
-// connects without a time-out and keeps the reason to itself, so this goes
-// first. Gives up when `stop` is set (-ECANCELED) and after two seconds an
-// address (-ETIMEDOUT). 0 or a negative errno value.
-int Probe(const Address& address, int port, const Event& stop);
+// Has the instance connect to a broker and send its greeting. Gives up when
+// `stop` is set (-ECANCELED) and after two seconds an address (-ETIMEDOUT). 0 or a
+// negative errno value.
+int ConnectInstance(mosquitto* instance, const Address& address, int port, int keep_alive_seconds,
+                    const Event& stop);
 
 }  // namespace dorv
 

@@ -102,7 +102,10 @@ bool SeenRequests::Insert(const RequestIdentity& identity) {
   const auto known = by_caller_.find(identity.caller);
   if (known == by_caller_.end()) {
     MakeRoom();
-    by_caller_[identity.caller] = latest_.insert(latest_.end(), identity);
+    // Both know it or, when memory runs out, none.
+    Latest fresh = {identity};
+    by_caller_.emplace(identity.caller, fresh.begin());
+    latest_.splice(latest_.end(), fresh);
     return true;
   }
   RequestIdentity& latest = *known->second;

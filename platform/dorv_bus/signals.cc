@@ -2,6 +2,7 @@
 #include <mqtt_protocol.h>
 
 #include <cerrno>
+#include <new>
 #include <utility>
 
 #include "client.h"
@@ -28,21 +29,36 @@ int bus_client::Subscribe(const char* service, const char* signal, bus_callback 
   if (!connection_.ready()) {
     return -ENOTCONN;
   }
-  const auto known = subscriptions_.find(key);
-  if (known != subscriptions_.end()) {
-    known->second.callback = callback;
+  auto mine = subscriptions_.find(key);
+  if (mine == subscriptions_.end()) {
+    mine = subscriptions_.emplace(key, Subscription{++last_identifier_, nullptr, false, 0}).first;
+  }
+  mine->second.callback = callback;
+  if (mine->second.confirmed) {
     return 0;
   }
-  const int identifier = ++last_identifier_;
-  subscriptions_[key] = {identifier, callback};
-  const int result =
-      connection_.SubscribeAndWait(lock, SignalTopic(key.first, key.second).c_str(), 1, identifier, deadline);
+  const int identifier = mine->second.identifier;
+  ++mine->second.waiting;
+  const int result = AskForSignals(lock, key, identifier, deadline);
   // Somebody may have unsubscribed meanwhile, and even subscribed anew.
-  const auto mine = subscriptions_.find(key);
-  if (result < 0 && mine != subscriptions_.end() && mine->second.identifier == identifier) {
-    subscriptions_.erase(mine);
+  mine = subscriptions_.find(key);
+  if (mine != subscriptions_.end() && mine->second.identifier == identifier) {
+    mine->second.confirmed = mine->second.confirmed || result >= 0;
+    if (--mine->second.waiting == 0 && !mine->second.confirmed) {
+      subscriptions_.erase(mine);
+    }
   }
   return result;
+}
+
+int bus_client::AskForSignals(std::unique_lock<std::mutex>& lock, const SubscriptionKey& key, int identifier,
+                              dorv::TimePoint deadline) {
+  try {
+    return connection_.SubscribeAndWait(lock, SignalTopic(key.first, key.second).c_str(), 1, identifier,
+                                        deadline);
+  } catch (const std::bad_alloc&) {  // nothing was sent
+    return -ENOMEM;
+  }
 }
 
 int bus_client::Unsubscribe(const char* service, const char* signal) {

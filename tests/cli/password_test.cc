@@ -1,5 +1,6 @@
 // Passwords come from a prompt, a file or standard input, and are never shown.
 #include <csignal>
+#include <mutex>
 
 #include "cli_test.h"
 #include "fake_service.h"
@@ -28,7 +29,8 @@ class PasswordTest : public BusTest {
       const void* bytes = bus_request_payload(request, &length);
       tutorial::VptzCommand command;
       command.ParseFromArray(bytes, length);
-      arrived = command.device_command().password();
+      const std::lock_guard<std::mutex> lock(mutex_);
+      arrived_ = command.device_command().password();
       AnsweringStatus(0)(request);
     };
   }
@@ -42,7 +44,14 @@ class PasswordTest : public BusTest {
             "/dev/null"};
   }
 
-  std::string arrived;
+  std::string Arrived() const {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return arrived_;
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  std::string arrived_;  // on the service's thread
 };
 
 TEST_F(PasswordTest, ComesFromTheFirstLineOfAFile) {
@@ -50,7 +59,7 @@ TEST_F(PasswordTest, ComesFromTheFirstLineOfAFile) {
   const RunResult result =
       Ctl("device login 1 admin --password-file " + Write("password", "open " VPTZ_TEST_CANARY "\r\nmore"));
   EXPECT_EQ(result.exit_code, 0) << result.errors;
-  EXPECT_EQ(arrived, "open " VPTZ_TEST_CANARY);
+  EXPECT_EQ(Arrived(), "open " VPTZ_TEST_CANARY);
   EXPECT_EQ(result.output, "device login: camera 1, user admin: done\n");
 }
 
@@ -59,7 +68,7 @@ TEST_F(PasswordTest, ComesFromStandardInput) {
   const RunResult result = vptz_test::Run(ToolOnBus("device login 1 admin --password-stdin --json"),
                                           environment(), VPTZ_TEST_CANARY "\n");
   EXPECT_EQ(result.exit_code, 0) << result.errors;
-  EXPECT_EQ(arrived, VPTZ_TEST_CANARY);
+  EXPECT_EQ(Arrived(), VPTZ_TEST_CANARY);
   EXPECT_THAT(result.output + result.errors, Not(HasSubstr(VPTZ_TEST_CANARY)));
 }
 
@@ -69,7 +78,7 @@ TEST_F(PasswordTest, IsAskedForOnTheTerminalWithoutAnEcho) {
   ASSERT_TRUE(WaitUntil([&] { return terminal.Output().find("Password: ") != std::string::npos; }));
   terminal.Write(VPTZ_TEST_CANARY "\n");
   EXPECT_EQ(terminal.Wait(), 0) << terminal.Output();
-  EXPECT_EQ(arrived, VPTZ_TEST_CANARY);
+  EXPECT_EQ(Arrived(), VPTZ_TEST_CANARY);
   EXPECT_THAT(terminal.Output(), Not(HasSubstr(VPTZ_TEST_CANARY)));
   EXPECT_THAT(terminal.Output(), HasSubstr(" echo ")) << "the echo is back";
 }
@@ -81,7 +90,18 @@ TEST_F(PasswordTest, AnInterruptedPromptGivesTheEchoBack) {
   terminal.Write(VPTZ_TEST_CANARY "\x03");
   EXPECT_EQ(terminal.Wait(), 128 + SIGINT);
   EXPECT_THAT(terminal.Output(), HasSubstr(" echo "));
-  EXPECT_EQ(arrived, "");
+  EXPECT_EQ(Arrived(), "");
+}
+
+TEST_F(PasswordTest, AnInterruptBetweenPromptAndReadingIsNotLost) {
+  const FakeService service(broker.address(), Keeping());
+  Words variables = environment();
+  variables.push_back("LD_PRELOAD=" VPTZCTL_INTERRUPTED_PROMPT);
+  variables.push_back("ASAN_OPTIONS=verify_asan_link_order=0");
+  Process terminal(InTerminal("device login 1 admin"), variables);
+  EXPECT_EQ(terminal.Wait(), 128 + SIGINT);
+  EXPECT_THAT(terminal.Output(), HasSubstr("Password: "));
+  EXPECT_THAT(terminal.Output(), HasSubstr(" echo "));
 }
 
 TEST_F(PasswordTest, APromptWithoutAnAnswerIsAFailure) {
@@ -92,7 +112,7 @@ TEST_F(PasswordTest, APromptWithoutAnAnswerIsAFailure) {
   EXPECT_EQ(terminal.Wait(), 2);
   EXPECT_THAT(terminal.Output(), HasSubstr("no password was given"));
   EXPECT_THAT(terminal.Output(), HasSubstr(" echo "));
-  EXPECT_EQ(arrived, "");
+  EXPECT_EQ(Arrived(), "");
 }
 
 TEST_F(PasswordTest, WithoutATerminalTheOptionsAreNamed) {
@@ -115,7 +135,7 @@ TEST_F(PasswordTest, AFileThatCannotBeReadIsNamed) {
 TEST_F(PasswordTest, IsNotReadWithoutAUser) {
   const FakeService service(broker.address(), Keeping());
   EXPECT_EQ(Ctl("device add NDI 192.0.2.9").exit_code, 0);
-  EXPECT_EQ(arrived, "");
+  EXPECT_EQ(Arrived(), "");
 }
 
 }  // namespace

@@ -33,7 +33,7 @@ class SignalTest : public BusTest {
     const std::size_t before = tool.Output().size();
     return WaitUntil([&] {
       service.Emit(signal, payload);
-      return tool.Output().size() > before;
+      return tool.Output().find(signal, before) != std::string::npos;
     });
   }
 

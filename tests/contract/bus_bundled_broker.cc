@@ -10,6 +10,7 @@
 #include <fstream>
 #include <future>
 #include <list>
+#include <vector>
 
 #include "contract/bundled_bus.h"
 #include "contract/tcp_broker.h"
@@ -82,7 +83,7 @@ TEST_F(BundledBroker, UnknownHostIsToldInTime) {
               result = bus_connect(client.get(), "mqtt://no-such-host.invalid");
               EXPECT_EQ(bus_disconnect(client.get()), 0);
             }),
-            std::chrono::seconds(BUS_DEFAULT_TIMEOUT + 1) + kSlack);
+            kDefaultTimeout + std::chrono::seconds(1) + kSlack);
   EXPECT_THAT(result, testing::AnyOf(-ENOENT, -ETIMEDOUT));
 }
 
@@ -206,6 +207,19 @@ TEST_F(BundledBroker, QueueThatIsFullForAMomentIsWaitedFor) {
   EXPECT_EQ(result.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
   broker.Continue();
   EXPECT_EQ(result.get(), 0);
+}
+
+// Each takes one place in the queue and no more.
+TEST_F(BundledBroker, EightyClientsFindPlaceInTheQueueAtOnce) {
+  Broker broker;
+  broker.Stop();
+  std::vector<std::future<int>> results;
+  for (int i = 0; i < 80; ++i) {
+    results.push_back(std::async(std::launch::async, [&] { return ConnectTo(broker.address()); }));
+  }
+  EXPECT_EQ(results.back().wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
+  broker.Continue();
+  for (std::future<int>& result : results) EXPECT_EQ(result.get(), 0);
 }
 
 TEST_F(BundledBroker, QueueThatStaysFullIsTold) {

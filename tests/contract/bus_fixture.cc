@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "support/wait_until.h"
+
 namespace vptz_test {
 namespace {
 
@@ -43,7 +45,7 @@ std::vector<Delivery> Receiver::All() const {
 
 bool Receiver::WaitFor(std::size_t count, milliseconds limit) const {
   std::unique_lock<std::mutex> lock(mutex_);
-  return arrived_.wait_for(lock, limit, [&] { return deliveries_.size() >= count; });
+  return arrived_.wait_for(lock, limit * Patience(), [&] { return deliveries_.size() >= count; });
 }
 
 void Receiver::Clear() {
@@ -62,7 +64,7 @@ void Event::Set() {
 
 bool Event::Wait(milliseconds limit) {
   std::unique_lock<std::mutex> lock(mutex_);
-  return changed_.wait_for(lock, limit, [this] { return set_; });
+  return changed_.wait_for(lock, limit * Patience(), [this] { return set_; });
 }
 
 CallResult Call(bus_client* client, const std::string& service, const std::string& method,
@@ -97,7 +99,7 @@ void KeepingService::Handle(std::unique_ptr<PeerRequest> request) {
 
 bool KeepingService::WaitKept(std::size_t count, milliseconds limit) {
   std::unique_lock<std::mutex> lock(mutex_);
-  return changed_.wait_for(lock, limit, [&] { return kept_.size() >= count; });
+  return changed_.wait_for(lock, limit * Patience(), [&] { return kept_.size() >= count; });
 }
 
 std::unique_ptr<PeerRequest> KeepingService::Take() {

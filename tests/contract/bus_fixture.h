@@ -16,11 +16,15 @@
 #include <vector>
 
 #include "contract/bus_peer.h"
+#include "support/machine_delay.h"
 
 namespace vptz_test {
 
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
+
+// How long a call waits that names no time-out.
+constexpr std::chrono::seconds kDefaultTimeout{2};
 
 // What the contract allows beyond a time-out.
 constexpr milliseconds kSlack{250};
@@ -110,11 +114,14 @@ CallResult Call(bus_client* client, const std::string& service, const std::strin
 int CallAsync(bus_client* client, const std::string& service, const std::string& method,
               const std::string& request, bus_callback callback, int timeout = 10);
 
+// Without what the machine itself took away meanwhile.
 template <class F>
 milliseconds Took(F action) {
+  MachineDelay delay;
   const Clock::time_point begin = Clock::now();
   action();
-  return std::chrono::duration_cast<milliseconds>(Clock::now() - begin);
+  const Clock::time_point end = Clock::now();
+  return std::chrono::duration_cast<milliseconds>(end - begin) - delay.Between(begin, end);
 }
 
 // Answers "echo" with the request's bytes and keeps every other request.

@@ -63,7 +63,7 @@ TEST_F(BundledService, FailureToConnectIsToldAndLeavesNothingBehind) {
 TEST_F(BundledService, StoppedBrokerIsNotWaitedForLongerThanTheDefaultTimeOut) {
   broker_.Stop();
   EXPECT_LE(Took([&] { EXPECT_EQ(New("camera", broker_.address(), &Ignore), -ETIMEDOUT); }),
-            std::chrono::seconds(BUS_DEFAULT_TIMEOUT) + kSlack);
+            kDefaultTimeout + kSlack);
   broker_.Continue();
 }
 

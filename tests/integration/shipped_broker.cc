@@ -146,7 +146,7 @@ void ShippedBroker::Start() {
 }
 
 void ShippedBroker::Restart() {
-  process_->Signal(SIGKILL);
+  process_->Signal(SIGTERM);
   process_->Wait();
   Start();
 }

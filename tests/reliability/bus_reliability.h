@@ -12,7 +12,7 @@
 
 #include "contract/bundled_bus.h"
 #include "paths.h"
-#include "reliability/machine_delay.h"
+#include "support/machine_delay.h"
 #include "reliability/reliability.h"
 #include "support/broker.h"
 

@@ -254,8 +254,17 @@ class ServiceLines : public Lines {
     for (std::size_t i = Below(4); i > 0; --i) words.insert(words.end(), {OneOf(kOptions), Value()});
     if (OneIn(8)) words.push_back("--help");
     if (OneIn(8)) words.push_back("--version");
-    return Mutated(std::move(words));
+    words = Mutated(std::move(words));
+    // Each with a file of its own, where it would take the one that it was built for.
+    if (std::find(words.begin(), words.end(), "--database") == words.end()) {
+      const Words own = {"--database", "own" + std::to_string(made_++)};
+      words.insert(words.begin(), own.begin(), own.end());
+    }
+    return words;
   }
+
+ private:
+  int made_ = 0;
 };
 
 TEST_F(CommandLines, OfTheServiceEndWithAnExitCode) {

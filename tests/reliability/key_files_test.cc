@@ -19,7 +19,7 @@
 #include <vector>
 
 #include "paths.h"
-#include "reliability/machine_delay.h"
+#include "support/machine_delay.h"
 #include "reliability/reliability.h"
 #include "settings.h"
 #include "support/recording_bus.h"

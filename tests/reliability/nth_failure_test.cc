@@ -128,10 +128,11 @@ using OneFailureInACallOf = OneFailureOf;
 INSTANTIATE_TEST_SUITE_P(Each, OneFailureInACallOf, testing::Values("write", "open", "allocation"), KindOf);
 
 TEST_P(OneFailureInACallOf, IsToldAndTheNextOneWorks) {
-  const ServedName service("vptz", broker_.address(), [](bus_service*, bus_request* request) {
+  const ServedName service("vptz", broker_.address(), [](bus_service* service, bus_request* request) {
     if (std::string(bus_request_method(request)) == "refused") {
       bus_request_fail(request, -EPERM);
     } else {
+      if (std::string(bus_request_method(request)) == "move") bus_service_emit(service, "moved", nullptr, 0);
       Reply(request, "");
     }
   });

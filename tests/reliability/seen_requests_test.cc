@@ -2,9 +2,11 @@
 // none twice, and never more than so much.
 #include <gtest/gtest.h>
 
+#include <new>
 #include <random>
 #include <vector>
 
+#include "allocations.h"
 #include "request_identity.h"
 
 namespace dorv {
@@ -52,6 +54,20 @@ TEST(SeenRequests, OfACallerAtWorkAreKeptWhateverOthersMakeUp) {
       seen.Insert(Request(random(), 1, kFarAway));
     }
     EXPECT_FALSE(seen.Insert(Request(7, i, kFarAway))) << "would be executed twice";
+  }
+}
+
+TEST(SeenRequests, ThatCouldNotBeNotedLeaveNothing) {
+  for (std::size_t allocations = 0; allocations < 8; ++allocations) {
+    SeenRequests seen;
+    try {
+      const vptz_test::AllocationLimit limit(allocations);
+      seen.Insert(Request(7, 1, std::chrono::seconds(-1)));
+    } catch (const std::bad_alloc&) {
+    }
+    EXPECT_TRUE(seen.Insert(Request(7, 2, kFarAway)));
+    EXPECT_TRUE(seen.Insert(Request(8, 1, kFarAway)));
+    EXPECT_FALSE(seen.Insert(Request(7, 2, kFarAway))) << "would be executed twice";
   }
 }
 

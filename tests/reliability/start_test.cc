@@ -12,7 +12,7 @@
 #include <sstream>
 #include <vector>
 
-#include "reliability/machine_delay.h"
+#include "support/machine_delay.h"
 #include "reliability/reliability.h"
 #include "support/broker.h"
 #include "support/canary.h"

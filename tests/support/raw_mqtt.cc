@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <stdexcept>
 
+#include "support/wait_until.h"
+
 namespace vptz_test {
 namespace {
 
@@ -72,7 +74,7 @@ RawMqtt::RawMqtt(const std::string& socket_path, const std::string& filter, cons
   std::unique_lock<std::mutex> lock(mutex_);
   const int& awaited = filter_.empty() ? connected_ : subscribed_;
   const bool answered =
-      begun && changed_.wait_for(lock, kPatience, [&] { return awaited > 0 || refusal_ != 0; });
+      begun && changed_.wait_for(lock, kPatience * Patience(), [&] { return awaited > 0 || refusal_ != 0; });
   if (answered && refusal_ == 0) return;
   const int refusal = refusal_;
   lock.unlock();
@@ -96,7 +98,7 @@ void RawMqtt::Free() {
 RawMessage RawMqtt::WaitFor(const std::string& text, std::size_t count) {
   std::unique_lock<std::mutex> lock(mutex_);
   RawMessage found;
-  const bool came = changed_.wait_for(lock, kPatience, [&] {
+  const bool came = changed_.wait_for(lock, kPatience * Patience(), [&] {
     std::size_t left = count;
     for (const RawMessage& message : messages_) {
       if (message.topic.find(text) == std::string::npos) continue;
@@ -125,7 +127,7 @@ void RawMqtt::Subscribe(const std::string& filter) {
   lock.unlock();
   mosquitto_subscribe(mosquitto_, nullptr, filter.c_str(), 0);
   lock.lock();
-  if (!changed_.wait_for(lock, kPatience, [&] { return subscribed_ > before; })) {
+  if (!changed_.wait_for(lock, kPatience * Patience(), [&] { return subscribed_ > before; })) {
     throw std::runtime_error("the broker does not answer a raw subscription");
   }
 }
@@ -138,7 +140,7 @@ void RawMqtt::Send(const RawMessage& message, bool retain) {
   mosquitto_publish_v5(mosquitto_, nullptr, message.topic.c_str(), static_cast<int>(message.payload.size()),
                        message.payload.data(), 1, retain, properties.get());
   lock.lock();
-  if (!changed_.wait_for(lock, kPatience, [&] { return confirmed_ > before; })) {
+  if (!changed_.wait_for(lock, kPatience * Patience(), [&] { return confirmed_ > before; })) {
     throw std::runtime_error("the broker does not confirm a raw message");
   }
 }

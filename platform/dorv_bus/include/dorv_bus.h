@@ -118,10 +118,10 @@ DORV_BUS_API void bus_client_free(bus_client* client);
  *          unset or empty "unix:/run/dorv/bus.sock"
  *
  * From then on the client keeps itself connected, also when this first attempt
- * failed for any reason but -EINVAL: it tries again each second, restores its
- * subscriptions, and calls succeed as soon as the broker is there.
- * bus_disconnect ends that. On a connected client the old connection is closed
- * first.
+ * failed for any reason but -EINVAL: it tries again each second (each ten
+ * seconds when the broker refused it), restores its subscriptions, and calls
+ * succeed as soon as the broker is there. bus_disconnect ends that. On a
+ * connected client the old connection is closed first.
  *
  * -ENOENT        there is no such socket or the host name is unknown
  * -ECONNREFUSED  nobody listens there

@@ -19,6 +19,11 @@ namespace {
 
 constexpr int kModule = 42;
 
+// A log need not have names for its levels.
+constexpr int kError = 0;
+constexpr int kWarning = 1;
+constexpr int kDetail = 3;
+
 struct Arguments {
   std::vector<std::string> texts;
   const char* null;  // not known to the compiler as such
@@ -32,7 +37,7 @@ void Log(int level, const std::string& text) {
 
 int Text(const Arguments& arguments) {
   for (const std::string& text : arguments.texts) {
-    Log(ZERK_LOG_WARNING, text);
+    Log(kWarning, text);
   }
   return 0;
 }
@@ -47,15 +52,15 @@ int Levels(const Arguments& arguments) {
 
 int Nulls(const Arguments& arguments) {
   const char* null = arguments.null;
-  ZERK_LOG_write_newline(kModule, ZERK_LOG_ERROR, null, 1, "Function", "no file");
-  ZERK_LOG_write_newline(kModule, ZERK_LOG_ERROR, "file.cc", 2, null, "no function");
-  ZERK_LOG_write_newline(kModule, ZERK_LOG_ERROR, "file.cc", 3, "Function", null, 0);
-  ZERK_LOG_write_newline(-1, ZERK_LOG_ERROR, null, -1, null, null, 0);
+  ZERK_LOG_write_newline(kModule, kError, null, 1, "Function", "no file");
+  ZERK_LOG_write_newline(kModule, kError, "file.cc", 2, null, "no function");
+  ZERK_LOG_write_newline(kModule, kError, "file.cc", 3, "Function", null, 0);
+  ZERK_LOG_write_newline(-1, kError, null, -1, null, null, 0);
   return 0;
 }
 
 int Long(const Arguments& arguments) {
-  Log(ZERK_LOG_ERROR, std::string(static_cast<std::size_t>(arguments.Number(0)), 'x'));
+  Log(kError, std::string(static_cast<std::size_t>(arguments.Number(0)), 'x'));
   return 0;
 }
 
@@ -67,7 +72,7 @@ int Threads(const Arguments& arguments) {
     threads.emplace_back([&arguments, number] {
       const std::string text(static_cast<std::size_t>(arguments.Number(2)), static_cast<char>('a' + number));
       for (int line = 0; line < arguments.Number(1); ++line) {
-        Log(ZERK_LOG_ERROR, text);
+        Log(kError, text);
       }
     });
   }
@@ -78,7 +83,7 @@ int Threads(const Arguments& arguments) {
 }
 
 int KeepsErrno(const Arguments&) {
-  for (const int level : {ZERK_LOG_ERROR, ZERK_LOG_DETAIL}) {
+  for (const int level : {kError, kDetail}) {
     errno = EXDEV;
     Log(level, "errno is EXDEV");
     if (errno != EXDEV) {
@@ -91,14 +96,13 @@ int KeepsErrno(const Arguments&) {
 // Takes the format as an argument: compilers object to one that reads errno.
 int ReadsErrno(const Arguments& arguments) {
   errno = EXDEV;
-  ZERK_LOG_write_newline(kModule, ZERK_LOG_ERROR, "probe.cc", 1, "ReadsErrno", arguments.texts.at(0).c_str(),
-                         7);
+  ZERK_LOG_write_newline(kModule, kError, "probe.cc", 1, "ReadsErrno", arguments.texts.at(0).c_str(), 7);
   return 0;
 }
 
 // The C locale has no character for this one, so printf fails.
 int CannotBeFormatted(const Arguments&) {
-  ZERK_LOG_write_newline(kModule, ZERK_LOG_ERROR, "probe.cc", 1, "CannotBeFormatted", "wide %ls", L"\u20ac");
+  ZERK_LOG_write_newline(kModule, kError, "probe.cc", 1, "CannotBeFormatted", "wide %ls", L"\u20ac");
   return 0;
 }
 
@@ -134,13 +138,13 @@ int ReaderGone(const Arguments&) {
   close(ends[0]);
   std::signal(SIGPIPE, SIG_DFL);
   const sigset_t before = CurrentMask();
-  Log(ZERK_LOG_ERROR, "nobody reads this");
+  Log(kError, "nobody reads this");
   return Same(before, CurrentMask()) && DefaultAction(SIGPIPE) ? 0 : 1;
 }
 
 int NoStandardError(const Arguments&) {
   close(STDERR_FILENO);
-  Log(ZERK_LOG_ERROR, "nobody reads this");
+  Log(kError, "nobody reads this");
   return 0;
 }
 
@@ -151,8 +155,8 @@ int FileLimit(const Arguments& arguments) {
   if (setrlimit(RLIMIT_FSIZE, &limit) != 0) {
     return 1;
   }
-  Log(ZERK_LOG_ERROR, std::string(bytes, 'x'));
-  Log(ZERK_LOG_ERROR, "once more");
+  Log(kError, std::string(bytes, 'x'));
+  Log(kError, "once more");
   return 0;
 }
 
@@ -166,7 +170,7 @@ int ExitCode(pid_t child) {
 int Fork(const Arguments& arguments) {
   std::thread other([] {
     for (int line = 0; line < 2000; ++line) {
-      Log(ZERK_LOG_ERROR, "parent");
+      Log(kError, "parent");
     }
   });
   int failures = 0;
@@ -174,7 +178,7 @@ int Fork(const Arguments& arguments) {
     const pid_t child = fork();
     if (child == 0) {
       alarm(10);
-      Log(ZERK_LOG_ERROR, "child");
+      Log(kError, "child");
       _exit(0);
     }
     failures += ExitCode(child);
@@ -188,7 +192,7 @@ int Cancelled(const Arguments&) {
   bool came_back = false;
   std::thread thread([&came_back] {
     pthread_cancel(pthread_self());
-    Log(ZERK_LOG_ERROR, "cancelled");
+    Log(kError, "cancelled");
     pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
     came_back = true;
   });

@@ -3,8 +3,10 @@
 
 namespace {
 
+constexpr int kError = 0;
+
 void Log(const char* text) {
-  ZERK_LOG_write_newline(7, ZERK_LOG_ERROR, "static_probe.cc", __LINE__, "Log", "%s", text);
+  ZERK_LOG_write_newline(7, kError, "static_probe.cc", __LINE__, "Log", "%s", text);
 }
 
 // Made before the log is used and destroyed after everything that came later.

@@ -1,4 +1,4 @@
-#include "reliability/machine_delay.h"
+#include "support/machine_delay.h"
 
 #include <algorithm>
 
