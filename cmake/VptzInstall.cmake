@@ -15,6 +15,11 @@ if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr" AND NOT DEFINED CMAKE_INSTALL_RPATH)
   set(CMAKE_INSTALL_RPATH "$ORIGIN" "$ORIGIN/${vptz_libraries_from_programs}")
 endif()
 
+# An appliance's libraries may lie in folders of their own.
+if(VPTZ_PLATFORM STREQUAL system AND NOT DEFINED CMAKE_INSTALL_RPATH_USE_LINK_PATH)
+  set(CMAKE_INSTALL_RPATH_USE_LINK_PATH ON)
+endif()
+
 set(vptz_config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/vptz_client)
 
 # vptz_shared_library(target): gives the target its version, and exports the

@@ -25,7 +25,7 @@ tutorial::VptzResponse AnswerStoring(Service& service, const Call& call) {
   try {
     return call.method->storing_handler(service, call.command);
   } catch (const StorageError& error) {
-    VPTZD_LOG(ZERK_LOG_ERROR, "%s: %s", call.command.method_name().c_str(), error.what());
+    VPTZD_LOG(LogLevel::kError, "%s: %s", call.command.method_name().c_str(), error.what());
     return Answer(Status::kNotStored);
   }
 }

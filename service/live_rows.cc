@@ -16,7 +16,7 @@ void Try(Writing writing) {
   try {
     writing();
   } catch (const StorageError& error) {
-    VPTZD_LOG(ZERK_LOG_WARNING, "a position, home or port is not written: %s", error.what());
+    VPTZD_LOG(LogLevel::kWarning, "a position, home or port is not written: %s", error.what());
   }
 }
 

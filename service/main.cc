@@ -103,6 +103,7 @@ int Serve(const Options& options, Service& service, const sigset_t& signals) {
 std::string SeedFile() {
   std::error_code missing;
   const auto program = std::filesystem::read_symlink("/proc/self/exe", missing);
+  if (missing) return VPTZD_SEED_FILE;
   const auto beside = program.parent_path() / VPTZD_SEED_FROM_PROGRAM;
   return std::filesystem::exists(beside, missing) ? beside.string() : VPTZD_SEED_FILE;
 }

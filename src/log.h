@@ -6,11 +6,12 @@
 
 namespace vptz {
 
+// The platform's numbers; a log need not have names for them.
 enum class LogLevel : int {
-  kError = ZERK_LOG_ERROR,      // bus connection, configuration load, database exceptions
-  kWarning = ZERK_LOG_WARNING,  // something is missing, work goes on
-  kNotice = ZERK_LOG_NOTICE,    // progress
-  kDetail = ZERK_LOG_DETAIL     // for the developer
+  kError = 0,    // bus connection, configuration load, database exceptions
+  kWarning = 1,  // something is missing, work goes on
+  kNotice = 2,   // progress
+  kDetail = 3    // for the developer
 };
 
 inline constexpr int kLogModule = 42;

@@ -6,8 +6,9 @@
 
 namespace vptz {
 
-// What `body` returns, or `failed` when memory ran out on the way. Anything else
-// that unwinds is a thread's cancellation, which must not be caught.
+// What `body` returns, or `failed` when it throws, which it does where memory runs
+// out. Anything else that unwinds is a thread's cancellation, which must not be
+// caught.
 template <class Result, class Body>
 Result NoThrow(Result failed, Body&& body) {
   try {

@@ -3,7 +3,7 @@
 //
 // A handle is a record (VptzDeviceData) with two lists. Handles belong to the
 // client's registry: a pointer to one is valid until the client's next lookup
-// (QueryDeviceById, QueryDeviceAll, QueryDeviceByProtocol), LoadDevices,
+// (QueryDeviceById, QueryDeviceAll, QueryDeviceByProtocol), Init, LoadDevices,
 // ClearDevices, EnableNAT, DisableNAT or SetSlaveDeviceById. A copy is
 // independent and stays usable as long as its client lives.
 //

@@ -18,6 +18,7 @@
 
 #include "log.h"
 #include "model/sql_script.h"
+#include "no_throw.h"
 
 using vptz::LogLevel;
 using vptz::log_source::kModel;
@@ -66,10 +67,12 @@ struct UnreadableVersion : odb::exception {
   odb::exception* clone() const override { return new UnreadableVersion(*this); }
 };
 
-// Throws when there is a table of versions that does not tell one.
-void RequireReadableVersion(odb::connection& connection) {
+// Throws when the schema's row in the table of versions does not tell one. Other
+// schemas may have rows there too.
+void RequireReadableVersion(odb::connection& connection, const std::string& schema) {
   if (connection.execute("SELECT 1 FROM sqlite_master WHERE name = 'schema_version'") > 0 &&
-      connection.execute("SELECT 1 FROM schema_version WHERE typeof(version) <> 'integer'") > 0) {
+      connection.execute("SELECT 1 FROM schema_version WHERE name = '" + schema +
+                         "' AND typeof(version) <> 'integer'") > 0) {
     throw UnreadableVersion();
   }
 }
@@ -125,7 +128,7 @@ VptzModel& VptzModel::Instance() { return instance_; }
 bool VptzModel::IsConnected() const { return database_ != nullptr; }
 
 int VptzModel::SchemaVersion(const std::string& schema) {
-  return static_cast<int>(database_->schema_version(schema));
+  return database_ == nullptr ? -1 : static_cast<int>(database_->schema_version(schema));
 }
 
 void VptzModel::Release() {
@@ -188,11 +191,11 @@ int VptzModel::Initialize(const std::string& path, const std::string& schema, co
 }
 
 // Replaces the file of an old version, and an empty one, by a new one.
-void VptzModel::ReplaceOldFile(int* version) {
+void VptzModel::ReplaceOldFile(const std::string& schema, int* version) {
   if (*version > kLastWorthlessVersion) {
     return;
   }
-  RequireReadableVersion(*database_->connection());
+  RequireReadableVersion(*database_->connection(), schema);
   VPTZ_LOG_AS(kInitialize, LogLevel::kNotice, kModel, "Database schema is too old, remove it.");
   database_.reset();
   Remove(path_);
@@ -203,7 +206,7 @@ void VptzModel::ReplaceOldFile(int* version) {
 void VptzModel::UpdateSchema(const std::string& schema) {
   int version = SchemaVersion(schema);
   VPTZ_LOG_AS(kInitialize, LogLevel::kNotice, kModel, "Database schema version is: %d", version);
-  ReplaceOldFile(&version);
+  ReplaceOldFile(schema, &version);
 
   const odb::connection_ptr connection(database_->connection());
   const ForeignKeysOff foreign_keys_off(*connection);
@@ -232,7 +235,8 @@ int VptzModel::ExecuteFromFile(const std::string& script) {
   int wait_status = 0;
   // Without a file the program would run the script in a database of its own
   // and report success.
-  if (path_.empty() || !vptz::RunSqlScript(path_, script, &wait_status)) {
+  const auto run = [&] { return !path_.empty() && vptz::RunSqlScript(path_, script, &wait_status); };
+  if (!vptz::NoThrow(false, run)) {
     VPTZ_LOG(LogLevel::kError, kModel, "Failed to execute SQL file from: (%s)", script.c_str());
     return -1;
   }

@@ -22,7 +22,7 @@ int Send(VptzClient& client, const char* method, int timeout, tutorial::VptzComm
   std::string request;
   if (!command.SerializeToString(&request)) return -1;
 
-  char reply[kReplyCapacity];
+  char reply[kReplyCapacity] = {};
   int reply_length = kReplyCapacity;
   const int result = client.CallSync(method, request.data(), static_cast<int>(request.size()), reply,
                                      &reply_length, client.GetVptzTimeout(timeout));

@@ -3,6 +3,7 @@
 #include <memory>
 #include <utility>
 
+#include "no_throw.h"
 #include "vptz_client/exchange.h"
 #include "vptz_client/method_names.h"
 
@@ -21,9 +22,11 @@ constexpr char kSameMode[] = "DEFAULT";
 // it. Not looked up when there is nothing to send with.
 bool MayAddress(const VptzClient& client, unsigned int media_id) {
   if (!vptz::ClientAccess::HasBusClient(client)) return false;
-  Media* media = nullptr;
-  Media::QueryById(&media, media_id);
-  return std::unique_ptr<Media>(media) != nullptr;
+  return vptz::NoThrow(false, [&] {
+    Media* media = nullptr;
+    Media::QueryById(&media, media_id);
+    return std::unique_ptr<Media>(media) != nullptr;
+  });
 }
 
 // `fill` gets the tutorial::MediaCommand that holds the id already.

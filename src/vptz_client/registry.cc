@@ -66,9 +66,10 @@ std::vector<CVptzDevice>* VptzClient::QueryDeviceAll() {
 
 std::vector<CVptzDevice*> VptzClient::QueryDeviceByProtocol(const std::string& protocol) {
   return NoThrow(std::vector<CVptzDevice*>(), [&] {
+    const std::string wanted = protocol;  // may be a handle's own, which the lookup destroys
     std::vector<CVptzDevice*> found;
     for (CVptzDevice& device : *QueryDeviceAll()) {
-      if (device.protocol == protocol) found.push_back(&device);
+      if (device.protocol == wanted) found.push_back(&device);
     }
     return found;
   });

@@ -6,6 +6,7 @@
 #include <vptz/vptz_client.h>
 
 #include "log.h"
+#include "no_throw.h"
 #include "vptz_client/exchange.h"
 #include "vptz_device/access.h"
 
@@ -91,13 +92,15 @@ int CVptzDevice::SetSlaveDeviceById(int slave_id, int timeout) {
 
 int CVptzDevice::UpdateDevice(void* params, int timeout) {
   if (params == nullptr || client_ == nullptr) return -1;
-  if (protocol == "RS232") {
-    static_cast<VptzSerialDeviceParams*>(params)->port = mac;
-  } else {
-    static_cast<VptzNetworkDeviceParams*>(params)->mac = mac;
-  }
-  const int result = client_->AddDevice(protocol, params, timeout);
-  return result >= 0 ? LoadDeviceInfo() : result;
+  return vptz::NoThrow(-1, [&] {
+    if (protocol == "RS232") {
+      static_cast<VptzSerialDeviceParams*>(params)->port = mac;
+    } else {
+      static_cast<VptzNetworkDeviceParams*>(params)->mac = mac;
+    }
+    const int result = client_->AddDevice(protocol, params, timeout);
+    return result >= 0 ? LoadDeviceInfo() : result;
+  });
 }
 
 int CVptzDevice::UpdateDeviceControlProtocol(std::string new_protocol, int timeout) {
@@ -254,8 +257,10 @@ int CVptzDevice::SetImagingSettings(double brightness, double contrast, double s
                                     double auto_focus, std::string auto_focus_mode, unsigned int idx,
                                     int timeout) {
   const auto set = [&](unsigned int media_id) {
-    return Forward(*this, media_id, &VptzClient::SetImagingSettings, brightness, contrast, sharpness,
-                   backlight_mode, auto_focus, auto_focus_mode, timeout);
+    return vptz::NoThrow(-1, [&] {
+      return Forward(*this, media_id, &VptzClient::SetImagingSettings, brightness, contrast, sharpness,
+                     backlight_mode, auto_focus, auto_focus_mode, timeout);
+    });
   };
   if (idx != 0) return set(ProfileId(media_list, idx));
   const auto failures = std::count_if(media_list.begin(), media_list.end(),

@@ -73,8 +73,8 @@ class VPTZ_API VptzModel {
   // Whether a database is open.
   bool IsConnected() const;
 
-  // The version that the open file records for `schema`; 0 when none. A database
-  // must be open. Throws odb::exception when the file cannot be read: it is
+  // The version that the open file records for `schema`; 0 when none, -1 when no
+  // database is open. Throws odb::exception when the file cannot be read: it is
   // locked, say, or no database.
   int SchemaVersion(const std::string& schema);
 
@@ -147,7 +147,7 @@ class VPTZ_API VptzModel {
 
   void Open(const std::string& path, int flags);
   void UpdateSchema(const std::string& schema);
-  void ReplaceOldFile(int* version);
+  void ReplaceOldFile(const std::string& schema, int* version);
 
   std::string path_;
   std::unique_ptr<odb::database> database_;

@@ -108,6 +108,12 @@ TEST_F(MigrationTest, OtherSchemasInTheFileKeepTheirVersion) {
               ElementsAre("'another'|3|1", "'vptz'|10|0"));
 }
 
+TEST_F(MigrationTest, AnotherSchemasUnreadableVersionDoesNotKeepAnOldFile) {
+  MakeFile(kVersionTable + VersionRow(2) + "INSERT INTO schema_version VALUES ('another', 'none', 0);");
+  EXPECT_EQ(Initialize(), 0);
+  EXPECT_THAT(RawDatabase(path).Rows("SELECT * FROM schema_version"), ElementsAre("'vptz'|10|0"));
+}
+
 // ---- files that a step was interrupted in -------------------------------------
 
 // As a program leaves them that commits within a step: the version is the

@@ -289,6 +289,11 @@ TEST_F(OpeningTest, InitializeInAReadOnlyFolderFails) {
   });
 }
 
+TEST_F(OpeningTest, WithoutADatabaseThereIsNoVersion) {
+  model().Release();
+  EXPECT_EQ(model().SchemaVersion("vptz"), -1);
+}
+
 TEST_F(OpeningTest, AnUnreadableFileIsRefusedAndKept) {
   MakeFile(vptz_test::OldSchema(6) + vptz_test::OldRows());
   const std::string before = Bytes(path);

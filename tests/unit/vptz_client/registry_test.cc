@@ -133,6 +133,14 @@ TEST_F(RegistryTest, QueryDeviceByProtocolWantsTheExactName) {
   EXPECT_THAT(client.QueryDeviceByProtocol(std::string("ONVIF\0", 6)), IsEmpty());
 }
 
+TEST_F(RegistryTest, QueryDeviceByProtocolTakesTheTextOfAHandle) {
+  Store(Insert("protocol", {{"id", "1"}, {"name", "'a name that is too long for the handle itself'"}}) +
+        InsertDevice(1, "1"));
+  const CVptzDevice& handle = *client.QueryDeviceById(1);
+  Store(InsertDevice(2, "1") + InsertDevice(3, "1"));
+  EXPECT_EQ(client.QueryDeviceByProtocol(handle.protocol).size(), 3u);
+}
+
 TEST_F(RegistryTest, ADeviceWithoutProtocolHasTheEmptyName) {
   Store(InsertDevice(1) + InsertDevice(2, "99"));
   EXPECT_EQ(client.QueryDeviceByProtocol("").size(), 2u);
