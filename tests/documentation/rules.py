@@ -161,6 +161,13 @@ def check_systemctl(tree, words):
         require(word.startswith("-") or (tree.root / "packaging/systemd" / name).exists(), f"there is no unit {name}")
 
 
+def check_install(tree, words):
+    """A file that the package vptzd has among its examples."""
+    name = words[-2].removeprefix("/usr/share/doc/vptzd/examples/")
+    shipped = [line.split("/")[-1] for line in (tree.root / "debian/vptzd.examples").read_text().splitlines()]
+    require(name in shipped, f"there is no example {words[-2]}")
+
+
 def check_compiler(tree, words):
     package = re.search(r"pkg-config [-\w ]*?(\w+)\)", " ".join(words))
     require(package and (tree.root / "cmake" / f"{package[1]}.pc.in").exists(), "pkg-config does not know the library")
@@ -186,6 +193,7 @@ RULES = [
     (r"(\./)?build/\w+/\S+$", check_built_program),
     (r"apt(-get)?$", check_apt),
     (r"systemctl$", check_systemctl),
+    (r"install$", check_install),
     (r"(c|g)\+\+$", check_compiler),
     (r"cd$", check_cd),
 ]
