@@ -69,8 +69,9 @@ RawMqtt::RawMqtt(const std::string& socket_path, const std::string& filter, cons
   mosquitto_subscribe_v5_callback_set(mosquitto_, &OnSubscribe);
   mosquitto_message_v5_callback_set(mosquitto_, &OnMessage);
   mosquitto_publish_v5_callback_set(mosquitto_, &OnPublish);
-  const bool begun = mosquitto_connect(mosquitto_, socket_path.c_str(), 0, 60) == MOSQ_ERR_SUCCESS &&
-                     mosquitto_loop_start(mosquitto_) == MOSQ_ERR_SUCCESS;
+  mosquitto_threaded_set(mosquitto_, true);
+  const bool begun = mosquitto_connect(mosquitto_, socket_path.c_str(), 0, 60) == MOSQ_ERR_SUCCESS;
+  if (begun) thread_ = std::thread([this] { Run(); });
   std::unique_lock<std::mutex> lock(mutex_);
   const int& awaited = filter_.empty() ? connected_ : subscribed_;
   const bool answered =
@@ -84,13 +85,27 @@ RawMqtt::RawMqtt(const std::string& socket_path, const std::string& filter, cons
 
 RawMqtt::~RawMqtt() { Free(); }
 
+// Connects again when the connection is lost. libmosquitto's own thread does so
+// too, but never ends when it is told to while it does.
+void RawMqtt::Run() {
+  while (mosquitto_loop(mosquitto_, 100, 1) == MOSQ_ERR_SUCCESS || !leaving_) {
+    if (mosquitto_socket(mosquitto_) >= 0) continue;
+    if (leaving_) return;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    mosquitto_reconnect(mosquitto_);
+    if (leaving_) mosquitto_disconnect(mosquitto_);
+  }
+}
+
 void RawMqtt::LeaveWithWill() {
+  leaving_ = true;
   mosquitto_disconnect_v5(mosquitto_, MQTT_RC_DISCONNECT_WITH_WILL_MSG, nullptr);
 }
 
 void RawMqtt::Free() {
+  leaving_ = true;
   mosquitto_disconnect(mosquitto_);
-  mosquitto_loop_stop(mosquitto_, false);
+  if (thread_.joinable()) thread_.join();
   mosquitto_destroy(mosquitto_);
   mosquitto_lib_cleanup();
 }

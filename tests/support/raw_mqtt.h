@@ -3,10 +3,12 @@
 
 #include <mosquitto.h>
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace vptz_test {
@@ -51,10 +53,11 @@ class RawMqtt {
   // Sends a message; returns when the broker has confirmed or refused it.
   void Send(const RawMessage& message, bool retain = false);
 
-  // Makes the broker tell the will.
+  // Makes the broker tell the will; the connection has ended then.
   void LeaveWithWill();
 
  private:
+  void Run();
   void Free();
   static void OnConnect(mosquitto*, void* self, int reason, int flags, const mosquitto_property*);
   static void OnSubscribe(mosquitto*, void* self, int id, int count, const int* granted,
@@ -67,6 +70,8 @@ class RawMqtt {
 
   mosquitto* mosquitto_;
   std::string filter_;
+  std::thread thread_;
+  std::atomic<bool> leaving_{false};
   std::mutex mutex_;
   std::condition_variable changed_;
   int refusal_ = 0;     // why the first attempt failed
