@@ -34,7 +34,7 @@ class ServiceDiscovery : public ServiceHost {
 
 TEST_F(ServiceDiscovery, SearchFindsTheCamerasOfItsProtocolsAndTellsTheEnd) {
   Search("ONVIF,NDIHX");
-  EXPECT_EQ(updates, 2);
+  EXPECT_TRUE(WaitUntil([] { return updates == 2; })) << updates;
   EXPECT_EQ(Value("SELECT count(*) FROM device"), "4");
   EXPECT_EQ(Value("SELECT count(*) FROM device d JOIN protocol p ON p.id = d.protocol WHERE p.name = 'NDIHX'"),
             "1");
@@ -82,7 +82,7 @@ TEST_F(ServiceDiscovery, AddedDevicesHaveRowsAndGoWithThem) {
   EXPECT_EQ(client_->AddRS232Device("/dev/ttyS1", "Rostrum", "8N1", 9600, 1), 0);
   EXPECT_EQ(client_->AddOnvifDeviceManually("http://198.51.100.8/onvif/device_service", "u", "p"), 0);
   EXPECT_EQ(client_->AddDevice("", "", "NO_SUCH", "198.51.100.9", "", ""), -1004);
-  EXPECT_EQ(updates, 3);
+  EXPECT_TRUE(WaitUntil([] { return updates == 3; })) << updates;
   EXPECT_EQ(Value("SELECT host_name || mac || service_uri FROM device WHERE id = 4"),
             "'Rostrum/dev/ttyS1rs232:///dev/ttyS1/8N1/9600/1'");
   EXPECT_EQ(client_->UpdateAllRS232Devices("/dev/ttyS2", 38400, 5, 0), 0);
