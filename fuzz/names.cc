@@ -16,7 +16,7 @@ void RequireThat(bool condition) {
 // What is a name makes a topic from which it can be read again.
 void UseAsName(const std::string& text) {
   if (!dorv::IsName(text.c_str())) return;
-  RequireThat(text.size() >= 1);
+  RequireThat(!text.empty());
   // What follows a NUL is no part of the name.
   // cppcheck-suppress stlcstrAssignment
   const std::string name = text.c_str();

@@ -233,7 +233,7 @@ void RestoreFollowers(World& world) {
 CameraIds StoreCamera(const Camera& camera) {
   const auto device = DeviceAt(camera.description().service_uri);
   if (device == nullptr) return StoreNewCamera(camera);
-  const CameraIds ids = IdsOf(*device, camera);
+  CameraIds ids = IdsOf(*device, camera);
   if (ids.device != 0) return ids;
   // The service was killed while it wrote: what is there goes, and is written anew.
   RemoveCamera(device->id());
