@@ -76,10 +76,12 @@ void Device::set_protocol(Protocol* value) { protocol_ = vptz::Borrow(value); }
 
 int Device::QueryCount() { return vptz::Count<Device>(odb::query<Device>()); }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): a text by value is part of the interface
 int Device::QueryByServiceUri(Device** device, std::string service_uri) {
   return VptzModel::QueryObject<Device>(odb::query<Device>::service_uri == service_uri, device);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): a text by value is part of the interface
 int Device::QueryByMac(std::vector<Device*>* devices, std::string mac, unsigned int, unsigned int) {
   return VptzModel::QueryObjects<Device>(odb::query<Device>::mac == mac, devices);
 }

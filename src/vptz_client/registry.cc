@@ -66,7 +66,8 @@ std::vector<CVptzDevice>* VptzClient::QueryDeviceAll() {
 
 std::vector<CVptzDevice*> VptzClient::QueryDeviceByProtocol(const std::string& protocol) {
   return NoThrow(std::vector<CVptzDevice*>(), [&] {
-    const std::string wanted = protocol;  // may be a handle's own, which the lookup destroys
+    // It may be a handle's own, which the lookup destroys.
+    const std::string wanted = protocol;  // NOLINT(performance-unnecessary-copy-initialization)
     std::vector<CVptzDevice*> found;
     for (CVptzDevice& device : *QueryDeviceAll()) {
       if (device.protocol == wanted) found.push_back(&device);

@@ -50,7 +50,7 @@ BusTest::BusTest() {
 }
 
 std::string BusTest::Write(const std::string& name, const std::string& text) const {
-  const std::string path = broker.folder() + "/" + name;
+  std::string path = broker.folder() + "/" + name;
   std::ofstream file(path);
   file << text << std::flush;
   if (!file) throw std::runtime_error("cannot write " + path);
