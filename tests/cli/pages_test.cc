@@ -97,7 +97,7 @@ TEST(ManualTest, GivesTheFormatterNoReasonToWarn) {
 TEST(ManualTest, EveryDashCanBeCopiedFromIt) {
   std::istringstream lines(Manual());
   for (std::string line; std::getline(lines, line);) {
-    if (line.rfind(".", 0) == 0 && line.rfind(".B ", 0) != 0) continue;
+    if (line.rfind('.', 0) == 0 && line.rfind(".B ", 0) != 0) continue;
     const std::size_t dash = line.find("--");
     EXPECT_EQ(dash, std::string::npos) << line;
   }

@@ -39,7 +39,7 @@ const std::vector<BadName>& BadNames() {
          for (int i = 0; i < 128; ++i) text += "\xc3\xa4";
          return text;
        }()},
-      {"64 KiB", std::string(64 * 1024, 'n')},
+      {"64 KiB", std::string(65536, 'n')},
   };
   return names;
 }

@@ -47,7 +47,7 @@ TEST_F(BusAsync, EmptyAnswerHasNoPayload) {
 TEST_F(BusAsync, AnswerOf64KiBArrivesWhole) {
   const auto service = Serve();
   const ClientPtr client = Connected();
-  const std::string bytes(64 * 1024, '\xa5');
+  const std::string bytes(65536, '\xa5');
   EXPECT_EQ(CallAsync(client.get(), "camera", "echo", bytes, TheReceiver(0).callback), 0);
   ASSERT_TRUE(TheReceiver(0).WaitFor(1));
   EXPECT_EQ(TheReceiver(0).All()[0].payload, bytes);

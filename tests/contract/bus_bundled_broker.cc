@@ -28,7 +28,7 @@ class BundledBroker : public BundledBus {
   ~BundledBroker() override { unsetenv("DORV_BUS_SETTINGS"); }
 
   std::string Write(const std::string& name, const std::string& text) const {
-    const std::string path = folder_.path() + "/" + name;
+    std::string path = folder_.path() + "/" + name;
     std::ofstream(path) << text;
     return path;
   }
@@ -67,7 +67,9 @@ TEST_F(BundledBroker, CallsOverTcpAreNotDelayedByTheNetworkStack) {
   EXPECT_EQ(Call(client.get(), "camera", "echo", "x").reply, "x");
   // With delayed acknowledgements each of them would take 40 ms.
   EXPECT_LT(Took([&] {
-              for (int i = 0; i < 50; ++i) EXPECT_EQ(Call(client.get(), "camera", "echo", "x").reply, "x");
+              for (int i = 0; i < 50; ++i) {
+                EXPECT_EQ(Call(client.get(), "camera", "echo", "x").reply, "x");
+              }
             }),
             milliseconds(1500));
 }

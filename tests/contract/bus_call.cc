@@ -92,7 +92,7 @@ TEST_F(BusCall, ReplyLongerThanTheCapacityIsRefusedAndLeavesEverythingUntouched)
   const auto service = Serve();
   const ClientPtr client = Connected();
   for (const int excess : {1, 2, 100, 60000}) {
-    const std::string request = Bytes(static_cast<std::size_t>(100 + excess));
+    const std::string request = Bytes(100 + static_cast<std::size_t>(excess));
     std::string buffer(70000, '#');
     int length = 100;
     EXPECT_EQ(bus_method_call_sync(client.get(), "camera", "echo", request.data(), 100 + excess, buffer.data(),

@@ -69,7 +69,7 @@ bool Event::Wait(milliseconds limit) {
 
 CallResult Call(bus_client* client, const std::string& service, const std::string& method,
                 const std::string& request, int timeout) {
-  std::string reply(128 * 1024, '\0');
+  std::string reply(131072, '\0');
   int length = static_cast<int>(reply.size());
   const int code = bus_method_call_sync(client, service.c_str(), method.c_str(), request.data(),
                                         static_cast<int>(request.size()), reply.data(), &length, timeout);

@@ -82,6 +82,8 @@ TEST_F(BundledService, NameThatSomebodyServesIsRefused) {
   const ClientPtr client = ConnectedTo(broker_.address());
   EXPECT_EQ(Call(client.get(), "camera", "echo", "the first").reply, "the first");
   service.Free();
+  // The client has heard then that the first one has gone.
+  EXPECT_LT(Call(client.get(), "camera", "echo").code, 0);
   const ServedName next("camera", broker_.address(), &Echo);
   EXPECT_EQ(next.result(), 0);
   EXPECT_EQ(Call(client.get(), "camera", "echo", "the next").reply, "the next");

@@ -56,7 +56,7 @@ TEST_F(BusSignal, EmptySignalHasNoPayload) {
 TEST_F(BusSignal, SignalOf64KiBArrivesWhole) {
   const auto service = Serve();
   const ClientPtr client = Connected();
-  const std::string bytes(64 * 1024, '\xa5');
+  const std::string bytes(65536, '\xa5');
   EXPECT_EQ(Subscribe(client, "moved", 0), 0);
   EXPECT_TRUE(service->Emit("moved", bytes));
   ASSERT_TRUE(TheReceiver(0).WaitFor(1));

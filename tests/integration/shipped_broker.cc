@@ -122,7 +122,7 @@ void ShippedBroker::MakeFolders() const {
 
 void ShippedBroker::WriteConfiguration(const std::string& name) const {
   for (const std::string& file : {name, std::string("broker.acl")}) {
-    std::string text = Contents(kPackaging + "/" + file);
+    std::string text = Contents(std::string(kPackaging).append("/").append(file));
     Replace(text, "/run/dorv", run_folder());
     Replace(text, "/etc/dorv", settings_folder());
     std::ofstream(settings_folder() + "/" + (file == name ? "broker.conf" : file)) << text;

@@ -19,7 +19,7 @@ class ShippedPasswords : public BundledBus {
 
   // What is connected from now on, is connected as that user.
   std::string Become(const std::string& user, const std::string& password) {
-    const std::string path = folder_.path() + "/" + user + ".conf";
+    std::string path = folder_.path() + "/" + user + ".conf";
     std::ofstream(path) << "[broker]\nuser=" << user << "\npassword=" << password << '\n';
     setenv("DORV_BUS_SETTINGS", path.c_str(), 1);
     return path;

@@ -12,9 +12,9 @@
 
 #include "contract/bundled_bus.h"
 #include "paths.h"
-#include "support/machine_delay.h"
 #include "reliability/reliability.h"
 #include "support/broker.h"
+#include "support/machine_delay.h"
 
 namespace vptz_test {
 

@@ -19,9 +19,9 @@
 #include <vector>
 
 #include "paths.h"
-#include "support/machine_delay.h"
 #include "reliability/reliability.h"
 #include "settings.h"
+#include "support/machine_delay.h"
 #include "support/recording_bus.h"
 #include "support/recording_log.h"
 #include "support/temp_dir.h"
@@ -233,7 +233,7 @@ TEST_F(KeyFiles, ThatAreDamagedGiveErrorsOrWhatTheySay) {
 
 // One line, and millions of them, of which the first ones alone would do.
 TEST_F(KeyFiles, OfAHundredMegabytesAreRefusedAtOnce) {
-  constexpr std::size_t kHuge = 100 * 1000 * 1000;
+  constexpr std::size_t kHuge = 100'000'000;
   for (const std::string& repeated : {std::string("x"), std::string("key=value\n")}) {
     SCOPED_TRACE(repeated);
     {

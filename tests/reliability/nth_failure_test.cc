@@ -65,7 +65,7 @@ class OneFailure : public testing::Test {
   int FailEach(const std::string& use, const std::string& kind) {
     Figures figures;
     for (int n = 1; n <= kMost && !HasFailure(); n = Next(n)) {
-      SCOPED_TRACE(use + ": " + kind + " " + std::to_string(n));
+      SCOPED_TRACE(testing::Message() << use << ": " << kind << " " << n);
       RemoveDatabaseOf(use);
       const RunResult result = Use(use, kind, n);
       if (result.exit_code == kTooFew) break;

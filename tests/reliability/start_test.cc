@@ -12,10 +12,10 @@
 #include <sstream>
 #include <vector>
 
-#include "support/machine_delay.h"
 #include "reliability/reliability.h"
 #include "support/broker.h"
 #include "support/canary.h"
+#include "support/machine_delay.h"
 #include "support/passwords.h"
 #include "support/process.h"
 #include "support/wait_until.h"

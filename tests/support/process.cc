@@ -57,7 +57,7 @@ std::string FindProgram(const std::string& name) {
   std::string folders = path != nullptr ? path : "/usr/bin:/bin";
   for (std::size_t begin = 0; begin <= folders.size();) {
     const std::size_t end = std::min(folders.find(':', begin), folders.size());
-    const std::string candidate = folders.substr(begin, end - begin) + "/" + name;
+    std::string candidate = folders.substr(begin, end - begin) + "/" + name;
     if (access(candidate.c_str(), X_OK) == 0) return candidate;
     begin = end + 1;
   }

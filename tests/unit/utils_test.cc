@@ -80,7 +80,7 @@ TEST(StrSplitTest, WithoutDelimitersGivesTheWholeText) {
 class FilesTest : public testing::Test {
  protected:
   std::string Make(const std::string& name, const std::string& text = "") {
-    const std::string file = dir.path() + "/" + name;
+    std::string file = dir.path() + "/" + name;
     std::ofstream(file) << text;
     return file;
   }

@@ -11,10 +11,8 @@
 
 namespace {
 
-using testing::ElementsAre;
 using vptz_test::ById;
 using vptz_test::OpenModelTest;
-using vptz_test::Rows;
 
 using ValuesTest = OpenModelTest;
 

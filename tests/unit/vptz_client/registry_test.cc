@@ -18,7 +18,6 @@ using vptz_test::BusCall;
 using vptz_test::ClientTest;
 using vptz_test::ConnectedClientTest;
 using vptz_test::Insert;
-using vptz_test::InsertMediaParameter;
 
 std::string InsertDevice(int id, const std::string& protocol = "NULL") {
   return Insert("device", {{"id", std::to_string(id)}, {"protocol", protocol}});
