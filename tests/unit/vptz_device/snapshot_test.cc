@@ -98,10 +98,7 @@ class RandomRows {
   }
   std::string Text() {
     if (odd_ && Chance(8)) return Odd();
-    return Of({"''", "'a'", "'a'", "'http://h'", "'xhttpx'", "'rs232://s'", "'%s'",
-               "'"
-               "\xc3\xa4"
-               "'"});
+    return Of({"''", "'a'", "'a'", "'http://h'", "'xhttpx'", "'rs232://s'", "'%s'", "'\xc3\xa4'"});
   }
   std::string Flag() {
     if (odd_ && Chance(8)) return Odd();
