@@ -126,7 +126,6 @@ TEST_F(ShippedBrokerTest, PacketsAreAtMost256Kibibytes) {
 TEST_F(ShippedBrokerTest, ConnectionsAreAtMost64AlsoWhenManyHaveGone) {
   for (int round = 0; round < 3; ++round) {
     std::vector<std::unique_ptr<RawMqtt>> connections;
-    // Those of the round before may still be on their way out.
     const auto connects = [&] {
       try {
         connections.push_back(std::make_unique<RawMqtt>(broker_.socket_path(), ""));
@@ -135,8 +134,10 @@ TEST_F(ShippedBrokerTest, ConnectionsAreAtMost64AlsoWhenManyHaveGone) {
       }
       return true;
     };
-    while (connections.size() < 60)
+    // Those of the round before may still be on their way out.
+    while (connections.size() < 60) {
       ASSERT_TRUE(WaitUntil(connects)) << connections.size() << " in round " << round;
+    }
     while (WaitUntil(connects, milliseconds(500)) && connections.size() < 100) continue;
     EXPECT_LE(connections.size(), 64u) << "round " << round;
   }
