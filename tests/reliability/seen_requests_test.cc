@@ -62,11 +62,13 @@ TEST(SeenRequests, ThatCouldNotBeNotedLeaveNothing) {
     SeenRequests seen;
     try {
       const vptz_test::AllocationLimit limit(allocations);
-      seen.Insert(Request(7, 1, std::chrono::seconds(-1)));
+      seen.Insert(Request(7, 1, kFarAway));
     } catch (const std::bad_alloc&) {
     }
     EXPECT_TRUE(seen.Insert(Request(7, 2, kFarAway)));
-    EXPECT_TRUE(seen.Insert(Request(8, 1, kFarAway)));
+    for (std::uint64_t other = 1; other < SeenRequests::kMostCallers; ++other) {
+      seen.Insert(Request(7 + other, 1, kFarAway));
+    }
     EXPECT_FALSE(seen.Insert(Request(7, 2, kFarAway))) << "would be executed twice";
   }
 }

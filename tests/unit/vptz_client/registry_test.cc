@@ -1,3 +1,5 @@
+#include <malloc.h>
+
 #include <gmock/gmock.h>
 
 #include <vptz/model/vptzmodel.h>
@@ -133,11 +135,13 @@ TEST_F(RegistryTest, QueryDeviceByProtocolWantsTheExactName) {
 }
 
 TEST_F(RegistryTest, QueryDeviceByProtocolTakesTheTextOfAHandle) {
-  Store(Insert("protocol", {{"id", "1"}, {"name", "'a name that is too long for the handle itself'"}}) +
-        InsertDevice(1, "1"));
-  const CVptzDevice& handle = *client.QueryDeviceById(1);
-  Store(InsertDevice(2, "1") + InsertDevice(3, "1"));
-  EXPECT_EQ(client.QueryDeviceByProtocol(handle.protocol).size(), 3u);
+  Store(Insert("protocol", {{"id", "1"}, {"name", "'ONVIF'"}}));
+  for (int id = 1; id <= 20; ++id) Store(InsertDevice(id, "1"));
+  const CVptzDevice& handle = *client.QueryDeviceById(10);
+  for (int id = 21; id <= 50; ++id) Store(InsertDevice(id, "1"));
+  mallopt(M_PERTURB, 0x5a);  // what is freed does not keep its bytes
+  EXPECT_EQ(client.QueryDeviceByProtocol(handle.protocol).size(), 50u);
+  mallopt(M_PERTURB, 0);
 }
 
 TEST_F(RegistryTest, ADeviceWithoutProtocolHasTheEmptyName) {
