@@ -15,7 +15,7 @@
 
 namespace vptz_test {
 
-Broker::Broker(std::vector<std::string> extra_configuration) {
+Broker::Broker(const std::vector<std::string>& extra_configuration) {
   std::ofstream file(folder_.path() + "/broker.conf");
   file << "listener 0 " << socket_path() << "\nallow_anonymous true\npersistence false\n"
        << "log_dest file " << folder_.path() << "/broker.log\n";

@@ -15,7 +15,7 @@ class Broker {
  public:
   // Starts it with further lines of configuration. Throws with the broker's
   // log when it does not run.
-  explicit Broker(std::vector<std::string> extra_configuration = {});
+  explicit Broker(const std::vector<std::string>& extra_configuration = {});
   ~Broker();
   Broker(const Broker&) = delete;
   Broker& operator=(const Broker&) = delete;

@@ -118,7 +118,7 @@ void Descriptor::Reset(int descriptor) {
   descriptor_ = descriptor;
 }
 
-Process::Process(std::vector<std::string> argv, std::vector<std::string> extra_env)
+Process::Process(std::vector<std::string> argv, const std::vector<std::string>& extra_env)
     : output_(MemoryFile("output")), errors_(MemoryFile("errors")) {
   int input[2];
   int report[2];
@@ -200,9 +200,9 @@ void Process::Write(const std::string& text) {
 
 void Process::CloseInput() { input_.Reset(); }
 
-RunResult Run(std::vector<std::string> argv, std::vector<std::string> extra_env, const std::string& input,
-              std::chrono::milliseconds limit) {
-  Process process(std::move(argv), std::move(extra_env));
+RunResult Run(std::vector<std::string> argv, const std::vector<std::string>& extra_env,
+              const std::string& input, std::chrono::milliseconds limit) {
+  Process process(std::move(argv), extra_env);
   if (!input.empty()) process.Write(input);
   process.CloseInput();
   const int exit_code = process.Wait(limit);

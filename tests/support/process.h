@@ -32,7 +32,7 @@ class Process {
  public:
   // argv[0] is a path or is looked for along PATH; extra_env holds "NAME=value"
   // entries that replace inherited ones. Throws when it cannot be executed.
-  explicit Process(std::vector<std::string> argv, std::vector<std::string> extra_env = {});
+  explicit Process(std::vector<std::string> argv, const std::vector<std::string>& extra_env = {});
   ~Process();
   Process(const Process&) = delete;
   Process& operator=(const Process&) = delete;
@@ -74,7 +74,7 @@ struct RunResult {
 };
 
 // Runs a program to its end.
-RunResult Run(std::vector<std::string> argv, std::vector<std::string> extra_env = {},
+RunResult Run(std::vector<std::string> argv, const std::vector<std::string>& extra_env = {},
               const std::string& input = "", std::chrono::milliseconds limit = std::chrono::seconds(20));
 
 }  // namespace vptz_test

@@ -20,19 +20,16 @@ using vptz_test::StatusReply;
 
 // ---- PTZ profiles ----------------------------------------------------------
 
+std::string Movement(int id, const std::string& mode, const std::string& position, const std::string& speed) {
+  return Insert("movement", {{"id", std::to_string(id)}, {mode, "1"}}) +
+         InsertMovementParameter(id, "position", position) + InsertMovementParameter(id, "speed", speed);
+}
+
 // Movements 1, 2 and 3, whose numbers begin at 10, 20 and 30.
 std::string Movements() {
-  std::string rows;
-  for (int id = 1; id <= 3; ++id) {
-    const std::string ten = std::to_string(id);
-    rows += Insert("movement", {{"id", ten},
-                                {"have_absolute_move", id == 1 ? "1" : "0"},
-                                {"have_continues_move", id == 2 ? "1" : "0"},
-                                {"have_relative_move", id == 3 ? "1" : "0"}}) +
-            InsertMovementParameter(id, "position", ten + "1," + ten + "0," + ten + "2") +
-            InsertMovementParameter(id, "speed", ten + "4," + ten + "3," + ten + "5");
-  }
-  return rows;
+  return Movement(1, "have_absolute_move", "11,10,12", "14,13,15") +
+         Movement(2, "have_continues_move", "21,20,22", "24,23,25") +
+         Movement(3, "have_relative_move", "31,30,32", "34,33,35");
 }
 
 std::string FullPtz() {
