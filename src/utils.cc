@@ -50,10 +50,13 @@ int ReplaceString(std::string* text, const std::string& pattern, const std::stri
   if (pattern.empty()) {
     return 0;
   }
-  std::size_t at = text->find(pattern);
+  // Either may be the text itself, which changes.
+  const std::string searched = pattern;
+  const std::string inserted = replacement;
+  std::size_t at = text->find(searched);
   while (at != std::string::npos) {
-    text->replace(at, pattern.size(), replacement);
-    at = text->find(pattern, at + replacement.size());
+    text->replace(at, searched.size(), inserted);
+    at = text->find(searched, at + inserted.size());
   }
   return 0;
 }

@@ -116,6 +116,19 @@ class ForeignKeysOff {
   odb::connection& connection_;
 };
 
+void Migrate(odb::database& database, odb::connection& connection, const std::string& schema, int version) {
+  try {
+    odb::transaction transaction(connection.begin());
+    odb::schema_catalog::migrate(database, static_cast<odb::schema_version>(version), schema);
+    transaction.commit();
+  } catch (...) {
+    // The mapper remembers each step's version, also of those that were rolled
+    // back; 0 makes it read the file again.
+    database.schema_version_migration(0, false, schema);
+    throw;
+  }
+}
+
 }  // namespace
 
 // Never destroyed: an open database is not closed when the library is unloaded,
@@ -128,7 +141,13 @@ VptzModel& VptzModel::Instance() { return instance_; }
 bool VptzModel::IsConnected() const { return database_ != nullptr; }
 
 int VptzModel::SchemaVersion(const std::string& schema) {
-  return database_ == nullptr ? -1 : static_cast<int>(database_->schema_version(schema));
+  if (database_ == nullptr) return -1;
+  try {
+    return static_cast<int>(database_->schema_version(schema));
+  } catch (const std::exception& error) {
+    VPTZ_LOG(LogLevel::kError, kModel, "Database exception! (%s)", error.what());
+    return -1;
+  }
 }
 
 void VptzModel::Release() {
@@ -204,7 +223,7 @@ void VptzModel::ReplaceOldFile(const std::string& schema, int* version) {
 }
 
 void VptzModel::UpdateSchema(const std::string& schema) {
-  int version = SchemaVersion(schema);
+  auto version = static_cast<int>(database_->schema_version(schema));
   VPTZ_LOG_AS(kInitialize, LogLevel::kNotice, kModel, "Database schema version is: %d", version);
   ReplaceOldFile(schema, &version);
 
@@ -224,9 +243,7 @@ void VptzModel::UpdateSchema(const std::string& schema) {
   if (version < current) {
     VPTZ_LOG_AS(kInitialize, LogLevel::kNotice, kModel, "Migrate the schema from version %d to %d", version,
                 current);
-    odb::transaction transaction(connection->begin());
-    odb::schema_catalog::migrate(*database_, static_cast<odb::schema_version>(current), schema);
-    transaction.commit();
+    Migrate(*database_, *connection, schema, current);
     VPTZ_LOG_AS(kInitialize, LogLevel::kNotice, kModel, "The schema has been migrated to version %d", current);
   }
 }

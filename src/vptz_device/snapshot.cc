@@ -166,14 +166,15 @@ std::vector<Row> CopyOf(const RowsByOwner<Row>& table, std::uint32_t owner) {
 }  // namespace
 
 void Snapshot::ReadDevices(odb::sqlite::connection& connection, Tables& tables) {
-  ReadTable(connection, R"(SELECT "id", "name" FROM "device_type" ORDER BY "id")", tables.type_names, ReadName);
-  ReadTable(connection, R"(SELECT "id", "name" FROM "protocol" ORDER BY "id")", tables.protocol_names,
-            ReadName);
   Cursor row(connection,
              R"(SELECT "id", "service_uri", "address", "http_uri", "mac", "uuid", "authorization", "authorized",
                 "is_alive", "host_name", "manufacture", "model_name", "firmware_version", "deletable",
                 "is_setting_applied", "tracking", "device_type", "protocol" FROM "device" ORDER BY "id")");
-  while (row.Next()) {
+  if (!row.Next()) return;
+  ReadTable(connection, R"(SELECT "id", "name" FROM "device_type" ORDER BY "id")", tables.type_names, ReadName);
+  ReadTable(connection, R"(SELECT "id", "name" FROM "protocol" ORDER BY "id")", tables.protocol_names,
+            ReadName);
+  do {
     tables.device_ids.push_back(row.Id(0));
     const auto id = row.Key(0);
     if (!id) continue;
@@ -181,7 +182,7 @@ void Snapshot::ReadDevices(odb::sqlite::connection& connection, Tables& tables) 
     ReadDevice(row, device);
     device.device_type = NameOf(tables.type_names, row, 16);
     device.protocol = NameOf(tables.protocol_names, row, 17);
-  }
+  } while (row.Next());
 }
 
 void Snapshot::ReadProfiles(odb::sqlite::connection& connection, Tables& tables) {
@@ -216,7 +217,7 @@ void Snapshot::Read() {
   ModelAccess::Read([this](odb::sqlite::connection& connection) {
     Tables tables;
     ReadDevices(connection, tables);
-    ReadProfiles(connection, tables);
+    if (!tables.device_ids.empty()) ReadProfiles(connection, tables);
     tables_ = std::move(tables);
   });
 }

@@ -19,7 +19,6 @@ using vptz_test::RawDatabase;
 using vptz_test::TempDir;
 using vptz_test::WaitUntil;
 
-constexpr int kKilled = 128 + SIGKILL;
 constexpr char kNoBus[] = "unix:/nowhere/bus.sock";
 
 // Everything that the service writes, without the ids, which another start may
@@ -72,16 +71,30 @@ class KilledService : public testing::Test {
   KilledService() { prctl(PR_SET_CHILD_SUBREAPER, 1); }
   ~KilledService() override { prctl(PR_SET_CHILD_SUBREAPER, 0); }
 
-  // Kills a service without a bus when the condition holds. Its exit code.
-  template <class F>
-  int KillWhen(F condition) {
-    Process service(ServiceCommand(kNoBus, file_), {"ZERK_LOG_LEVEL=notice", "ZERK_LOG_TARGET=stderr"});
-    EXPECT_TRUE(WaitUntil([&] { return condition(service) || !service.Running(); }));
+  // Kills the service when its log has come that far. Its bus keeps it from ending
+  // by itself, its process group tells what it had started.
+  void KillAt(const std::string& line, const std::string& bus) {
+    Process service(InFrontOfTheService({"setsid"}, bus), {"ZERK_LOG_LEVEL=notice", "ZERK_LOG_TARGET=stderr"});
+    const pid_t group = service.pid();
+    EXPECT_TRUE(WaitUntil([&] { return service.Errors().find(line) != std::string::npos; }));
     service.Signal(SIGKILL);
-    const int exit_code = service.Wait();
-    while (wait(nullptr) > 0) {
+    EXPECT_EQ(service.Wait(), 128 + SIGKILL);
+    while (waitpid(-group, nullptr, 0) > 0) {
     }
-    return exit_code;
+  }
+
+  // Starts it without a bus; the system ends it at the first byte that makes a
+  // file larger than that. Its exit code.
+  int RunWithFilesUpTo(std::uintmax_t size) {
+    return vptz_test::Run(
+               InFrontOfTheService({"prlimit", "--core=0", "--fsize=" + std::to_string(size)}, kNoBus))
+        .exit_code;
+  }
+
+  std::vector<std::string> InFrontOfTheService(std::vector<std::string> command, const std::string& bus) const {
+    const std::vector<std::string> service = ServiceCommand(bus, file_);
+    command.insert(command.end(), service.begin(), service.end());
+    return command;
   }
 
   void ExpectWhole() {
@@ -101,10 +114,9 @@ class KilledServiceAt : public KilledService, public testing::WithParamInterface
 TEST_P(KilledServiceAt, LeavesAWholeDatabaseThatTheNextStartCompletes) {
   static const std::vector<std::string> expected = ContentsOfAnUndisturbedStart();
   ASSERT_GT(expected.size(), 500U);
-  EXPECT_EQ(KillWhen([](Process& service) { return service.Errors().find(GetParam()) != std::string::npos; }),
-            kKilled);
-  ExpectWhole();
   const Broker broker;
+  KillAt(GetParam(), broker.address());
+  ExpectWhole();
   Process service(ServiceCommand(broker.address(), file_));
   EXPECT_TRUE(
       WaitUntil([&] { return service.Output().find("serving") != std::string::npos || !service.Running(); }));
@@ -126,14 +138,13 @@ TEST_F(KilledService, AgainAndAgainCompletesItsDatabaseInTheEnd) {
   const std::vector<std::string> expected = ContentsOfAnUndisturbedStart();
   ASSERT_EQ(vptz_test::Run(ServiceCommand(kNoBus, file_, "1")).exit_code, 3);
   int kills = 0;
-  // A page or more each time.
-  for (auto size = std::filesystem::file_size(file_); kills < 200; ++kills) {
-    size += 4096;
-    if (KillWhen([&](Process&) { return std::filesystem::file_size(file_) >= size; }) != kKilled) break;
+  int exit_code = 0;
+  for (auto size = std::filesystem::file_size(file_); (exit_code = RunWithFilesUpTo(size)) != 3; size += 4096) {
+    ASSERT_EQ(exit_code, 128 + SIGXFSZ);
     ExpectWhole();
+    ASSERT_LT(++kills, 200);
   }
   EXPECT_GT(kills, 3);
-  EXPECT_LT(kills, 200);
   EXPECT_EQ(Contents(file_), expected);
 }
 

@@ -15,6 +15,7 @@
 #include "reliability/reliability.h"
 #include "support/process.h"
 #include "support/temp_dir.h"
+#include "support/wait_until.h"
 
 namespace vptz_test {
 namespace {
@@ -185,7 +186,7 @@ class CommandLines : public testing::Test {
   void ExpectEnds(Started& one, int last_code) {
     SCOPED_TRACE(testing::PrintToString(one.words).substr(0, 2000));
     try {
-      const int code = one.process->Wait(kLimit);
+      const int code = one.process->Wait(kLimit * Patience());
       EXPECT_LE(code, last_code) << one.process->Errors();
       if (code != 0) {
         EXPECT_NE(one.process->Errors(), "");

@@ -21,6 +21,7 @@ class EveryMillisecond {
   }
   ~EveryMillisecond() {
     Set(0);
+    signal(SIGALRM, SIG_IGN);  // drops one that is still pending
     sigaction(SIGALRM, &before_, nullptr);
   }
   EveryMillisecond(const EveryMillisecond&) = delete;

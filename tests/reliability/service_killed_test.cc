@@ -11,10 +11,15 @@ constexpr milliseconds kAbsentIsToldIn{100};
 
 class ServiceKilled : public BusReliability {
  protected:
+  // With a watcher half of the time is the bus's own; the rest goes fast where the
+  // client's threads and the broker wait for a processor one after the other.
+  std::chrono::nanoseconds Queued() const { return TimeQueued(getpid()) + TimeQueued(broker_.pid()); }
+
   void ExpectAbsent(VptzClient& client, Longest& longest) {
+    const auto queued = Queued();
     const Clock::time_point begin = Clock::now();
     EXPECT_EQ(CallOnce(client, "echo", "x", 10).code, -ESRCH);
-    EXPECT_TRUE(longest.Keeps(begin, kAbsentIsToldIn));
+    EXPECT_TRUE(longest.Keeps(begin, kAbsentIsToldIn + std::chrono::ceil<milliseconds>(Queued() - queued)));
   }
 };
 

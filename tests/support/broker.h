@@ -20,6 +20,8 @@ class Broker {
   Broker(const Broker&) = delete;
   Broker& operator=(const Broker&) = delete;
 
+  pid_t pid() const { return process_->pid(); }
+
   // What a bus client connects to.
   std::string address() const { return "unix:" + socket_path(); }
   std::string socket_path() const { return folder_.path() + "/bus.sock"; }

@@ -1,6 +1,9 @@
 #include "support/machine_delay.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <string>
 
 namespace vptz_test {
 namespace {
@@ -39,6 +42,19 @@ std::chrono::milliseconds MachineDelay::Between(Clock::time_point begin, Clock::
   for (const Stall& stall : stalls_) add(stall);
   add({due_, Clock::now()});  // one that goes on
   return std::chrono::ceil<std::chrono::milliseconds>(sum);
+}
+
+std::chrono::nanoseconds TimeQueued(pid_t process) {
+  std::chrono::nanoseconds sum{};
+  std::error_code ended;
+  for (const auto& thread :
+       std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/task", ended)) {
+    std::ifstream file(thread.path() / "schedstat");
+    std::int64_t ran = 0;
+    std::int64_t queued = 0;
+    if (file >> ran >> queued) sum += std::chrono::nanoseconds(queued);
+  }
+  return sum;
 }
 
 }  // namespace vptz_test

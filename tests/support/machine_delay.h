@@ -1,6 +1,8 @@
 #ifndef VPTZ_TESTS_SUPPORT_MACHINE_DELAY_H
 #define VPTZ_TESTS_SUPPORT_MACHINE_DELAY_H
 
+#include <sys/types.h>
+
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
@@ -39,6 +41,10 @@ class MachineDelay {
   std::vector<Stall> stalls_;
   std::thread thread_;
 };
+
+// How long the threads of a process that still run have waited for a processor
+// so far, taken together; 0 where the kernel does not tell.
+std::chrono::nanoseconds TimeQueued(pid_t process);
 
 }  // namespace vptz_test
 

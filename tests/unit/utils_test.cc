@@ -54,6 +54,17 @@ TEST(ReplaceStringTest, LeavesATextWithoutThePatternAndAnEmptyPatternAlone) {
   EXPECT_EQ(Replaced("", "a", "y"), "");
 }
 
+TEST(ReplaceStringTest, TakesTheTextItselfAsPatternOrReplacement) {
+  std::string text = "a";
+  EXPECT_EQ(ReplaceString(&text, text, "bc"), 0);
+  EXPECT_EQ(text, "bc");
+  EXPECT_EQ(ReplaceString(&text, text, ""), 0);
+  EXPECT_EQ(text, "");
+  text = "a-a";
+  EXPECT_EQ(ReplaceString(&text, "a", text), 0);
+  EXPECT_EQ(text, "a-a-a-a");
+}
+
 TEST(StrReplaceTest, ReplacesTheFirstOccurrenceOnly) {
   EXPECT_EQ(ReplacedOnce("a-b-c", "-", "+"), "a+b-c");
   EXPECT_EQ(ReplacedOnce("abc", "x", "+"), "abc");

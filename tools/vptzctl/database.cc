@@ -8,8 +8,6 @@
 #include <vptz/model/ptz.h>
 #include <vptz/model/vptzmodel.h>
 
-#include <odb/exception.hxx>
-
 #include "camera.h"
 #include "command.h"
 #include "session.h"
@@ -37,11 +35,9 @@ Field CountOf(const std::string& name) {
 }
 
 int VersionOf(const std::string& file) {
-  try {
-    return VptzModel::Instance().SchemaVersion(kSchema);
-  } catch (const odb::exception& error) {
-    Fail("unusable_database", file + " is no database or cannot be read: " + error.what());
-  }
+  const int version = VptzModel::Instance().SchemaVersion(kSchema);
+  if (version < 0) Fail("unusable_database", file + " is no database or cannot be read");
+  return version;
 }
 
 void Open(const std::string& file) {

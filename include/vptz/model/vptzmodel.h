@@ -74,8 +74,7 @@ class VPTZ_API VptzModel {
   bool IsConnected() const;
 
   // The version that the open file records for `schema`; 0 when none, -1 when no
-  // database is open. Throws odb::exception when the file cannot be read: it is
-  // locked, say, or no database.
+  // database is open or the file cannot be read: it is locked, say, or no database.
   int SchemaVersion(const std::string& schema);
 
   // Inserts an object and gives it its id. The id (0 for a Setting), or -1, and

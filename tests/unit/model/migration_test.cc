@@ -114,6 +114,14 @@ TEST_F(MigrationTest, AnotherSchemasUnreadableVersionDoesNotKeepAnOldFile) {
   EXPECT_THAT(RawDatabase(path).Rows("SELECT * FROM schema_version"), ElementsAre("'vptz'|10|0"));
 }
 
+TEST_F(MigrationTest, AFailedOneLeavesTheVersionThatTheFileHas) {
+  MakeFile(OldSchema(6) + OldRows() + "CREATE TABLE setting (id INTEGER);");
+  EXPECT_EQ(Initialize(), -1);
+  EXPECT_TRUE(model().IsConnected());
+  EXPECT_EQ(model().SchemaVersion("vptz"), 6);
+  EXPECT_EQ(RawDatabase(path).Value("SELECT version, migration FROM schema_version"), "6|0");
+}
+
 // ---- files that a step was interrupted in -------------------------------------
 
 // As a program leaves them that commits within a step: the version is the

@@ -294,6 +294,15 @@ TEST_F(OpeningTest, WithoutADatabaseThereIsNoVersion) {
   EXPECT_EQ(model().SchemaVersion("vptz"), -1);
 }
 
+TEST_F(OpeningTest, AFileThatIsNoDatabaseHasNoVersion) {
+  std::ofstream(path) << std::string(4096, 'x');
+  EXPECT_EQ(model().Connect(path), 0);
+  log.lines.clear();
+  EXPECT_EQ(model().SchemaVersion("vptz"), -1);
+  EXPECT_THAT(Lines(), ElementsAre(AllOf(StartsWith("0 Database exception! ("), HasSubstr("not a database"))));
+  ExpectModelLines(log.lines, "SchemaVersion");
+}
+
 TEST_F(OpeningTest, AnUnreadableFileIsRefusedAndKept) {
   MakeFile(vptz_test::OldSchema(6) + vptz_test::OldRows());
   const std::string before = Bytes(path);

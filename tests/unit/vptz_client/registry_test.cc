@@ -308,6 +308,12 @@ TEST_F(RegistryTest, ADatabaseOfAnotherKindGivesAnEmptyRegistry) {
   EXPECT_EQ(client.QueryDeviceCount(), 0);
 }
 
+TEST_F(RegistryTest, WithoutADeviceNoOtherTableIsAskedFor) {
+  Store("DROP TABLE preset; DROP TABLE media_parameter; DROP TABLE media;");
+  EXPECT_THAT(*client.QueryDeviceAll(), IsEmpty());
+  EXPECT_THAT(log.lines, IsEmpty());
+}
+
 TEST_F(RegistryTest, TextsOf100kBAreLoadedWhole) {
   const std::string text(100000, '%');
   Store(Insert("device", {{"id", "1"}, {"service_uri", "'http" + text + "'"}, {"mac", "'" + text + "'"}}));
