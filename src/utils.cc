@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <utility>
 
 #include "log.h"
 
@@ -50,14 +51,15 @@ int ReplaceString(std::string* text, const std::string& pattern, const std::stri
   if (pattern.empty()) {
     return 0;
   }
-  // Either may be the text itself, which changes.
-  const std::string searched = pattern;
-  const std::string inserted = replacement;
-  std::size_t at = text->find(searched);
-  while (at != std::string::npos) {
-    text->replace(at, searched.size(), inserted);
-    at = text->find(searched, at + inserted.size());
+  // The text stays as it is meanwhile: it may be the pattern or the replacement.
+  std::string result;
+  std::size_t from = 0;
+  for (std::size_t at = text->find(pattern); at != std::string::npos; at = text->find(pattern, from)) {
+    result.append(*text, from, at - from).append(replacement);
+    from = at + pattern.size();
   }
+  result.append(*text, from);
+  *text = std::move(result);
   return 0;
 }
 
