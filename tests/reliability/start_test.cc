@@ -30,8 +30,8 @@ constexpr uid_t kNobody = 65534;
 // A client beside a broker that it cannot use yet.
 class Attempt {
  public:
-  Attempt(std::string what, int error, std::vector<std::string> configuration = {})
-      : what_(std::move(what)), error_(error), broker_(std::move(configuration)) {}
+  Attempt(std::string what, int error, const std::vector<std::string>& configuration = {})
+      : what_(std::move(what)), error_(error), broker_(configuration) {}
 
   Broker& broker() { return broker_; }
   const std::string& what() const { return what_; }
