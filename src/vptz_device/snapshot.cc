@@ -170,6 +170,7 @@ void Snapshot::ReadDevices(odb::sqlite::connection& connection, Tables& tables) 
              R"(SELECT "id", "service_uri", "address", "http_uri", "mac", "uuid", "authorization", "authorized",
                 "is_alive", "host_name", "manufacture", "model_name", "firmware_version", "deletable",
                 "is_setting_applied", "tracking", "device_type", "protocol" FROM "device" ORDER BY "id")");
+  // Without a device, or without their table, nothing else is asked for.
   if (!row.Next()) return;
   ReadTable(connection, R"(SELECT "id", "name" FROM "device_type" ORDER BY "id")", tables.type_names, ReadName);
   ReadTable(connection, R"(SELECT "id", "name" FROM "protocol" ORDER BY "id")", tables.protocol_names,

@@ -1,7 +1,7 @@
 #include "support/machine_delay.h"
 
 #include <algorithm>
-#include <filesystem>
+#include <cstdint>
 #include <fstream>
 #include <string>
 
@@ -44,17 +44,12 @@ std::chrono::milliseconds MachineDelay::Between(Clock::time_point begin, Clock::
   return std::chrono::ceil<std::chrono::milliseconds>(sum);
 }
 
-std::chrono::nanoseconds TimeQueued(pid_t process) {
-  std::chrono::nanoseconds sum{};
-  std::error_code ended;
-  for (const auto& thread :
-       std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/task", ended)) {
-    std::ifstream file(thread.path() / "schedstat");
-    std::int64_t ran = 0;
-    std::int64_t queued = 0;
-    if (file >> ran >> queued) sum += std::chrono::nanoseconds(queued);
-  }
-  return sum;
+std::chrono::nanoseconds TimeQueued(pid_t thread) {
+  std::ifstream file("/proc/" + std::to_string(thread) + "/schedstat");
+  std::int64_t ran = 0;
+  std::int64_t queued = 0;
+  file >> ran >> queued;
+  return std::chrono::nanoseconds(queued);
 }
 
 }  // namespace vptz_test

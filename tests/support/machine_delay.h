@@ -42,9 +42,9 @@ class MachineDelay {
   std::thread thread_;
 };
 
-// How long the threads of a process that still run have waited for a processor
-// so far, taken together; 0 where the kernel does not tell.
-std::chrono::nanoseconds TimeQueued(pid_t process);
+// How long a thread (by a process's number: its first one) has waited for a
+// processor so far; 0 where the kernel does not tell.
+std::chrono::nanoseconds TimeQueued(pid_t thread);
 
 }  // namespace vptz_test
 
