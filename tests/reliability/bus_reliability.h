@@ -3,10 +3,8 @@
 #ifndef VPTZ_TESTS_RELIABILITY_BUS_RELIABILITY_H
 #define VPTZ_TESTS_RELIABILITY_BUS_RELIABILITY_H
 
-#include <unistd.h>
 #include <vptz/vptz_client.h>
 
-#include <atomic>
 #include <cerrno>
 #include <fstream>
 #include <memory>
@@ -29,12 +27,8 @@ class BusReliability : public BundledBus {
     EXPECT_EQ(client->Connect("reliability", broker_.address().c_str()), 0);
     return client;
   }
-  std::unique_ptr<ServedName> Serve(const Handler& handler = &Echo) {
-    const auto noting = [this, handler](bus_service* service, bus_request* request) {
-      service_thread_ = gettid();
-      handler(service, request);
-    };
-    auto service = std::make_unique<ServedName>("vptz", broker_.address(), noting);
+  std::unique_ptr<ServedName> Serve(Handler handler = &Echo) const {
+    auto service = std::make_unique<ServedName>("vptz", broker_.address(), std::move(handler));
     EXPECT_EQ(service->result(), 0);
     return service;
   }
@@ -48,19 +42,8 @@ class BusReliability : public BundledBus {
     return {code, code < 0 ? "" : reply.substr(0, static_cast<std::size_t>(length))};
   }
 
-  // A call goes from this thread to the broker and the service and back: how long
-  // all three have waited for a processor so far.
-  std::chrono::nanoseconds Queued() const {
-    const pid_t service = service_thread_;
-    return TimeQueued(gettid()) + TimeQueued(broker_.pid()) +
-           (service == 0 ? std::chrono::nanoseconds(0) : TimeQueued(service));
-  }
-
   Broker broker_;
   MachineDelay delay_;
-
- private:
-  std::atomic<pid_t> service_thread_{0};
 };
 
 // Notes the longest of many durations, apart from what the machine took.
