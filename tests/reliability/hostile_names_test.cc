@@ -135,9 +135,10 @@ TEST_F(HostileName, NothingGoesOutsideOurTopics) {
     }
     EXPECT_TRUE(TheReceiver(0).WaitFor(8));
   }
+  watcher.WaitFor("dorv/presence/", 2);  // taken back, the last that the service sends
   for (const RawMessage& message : watcher.All())
     EXPECT_EQ(message.topic.rfind("dorv/", 0), 0U) << message.topic;
-  EXPECT_GT(watcher.All().size(), 16U);
+  EXPECT_GE(watcher.All().size(), 3 * 8U) << "requests, replies and signals";
 }
 
 }  // namespace
