@@ -144,14 +144,13 @@ TEST_F(ShippedBrokerTest, ConnectionsAreAtMost64AlsoWhenManyHaveGone) {
 }
 
 TEST_F(ShippedBrokerTest, NothingIsStoredBeyondARestart) {
-  RawMqtt sender(broker_.socket_path(), "");
-  sender.Send({"dorv/presence/camera", "somebody", "", ""}, true);
+  RawMqtt(broker_.socket_path(), "").Send({"dorv/presence/camera", "somebody", "", ""}, true);
   RawMqtt newcomer(broker_.socket_path(), "dorv/#");
   EXPECT_EQ(newcomer.WaitFor("presence").payload, "somebody");
 
   broker_.Restart();
   RawMqtt later(broker_.socket_path(), "dorv/#");
-  sender.Send({"dorv/signal/camera/end", "", "", ""});
+  later.Send({"dorv/signal/camera/end", "", "", ""});
   later.WaitFor("end");
   EXPECT_EQ(later.All().size(), 1u);
   for (const auto& file : fs::recursive_directory_iterator(broker_.run_folder())) {

@@ -85,25 +85,16 @@ RawMqtt::RawMqtt(const std::string& socket_path, const std::string& filter, cons
 
 RawMqtt::~RawMqtt() { Free(); }
 
-// Connects again when the connection is lost. libmosquitto's own thread does so
-// too, but never ends when it is told to while it does.
+// Ends with the connection.
 void RawMqtt::Run() {
-  while (mosquitto_loop(mosquitto_, 100, 1) == MOSQ_ERR_SUCCESS || !leaving_) {
-    if (mosquitto_socket(mosquitto_) >= 0) continue;
-    if (leaving_) return;
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    mosquitto_reconnect(mosquitto_);
-    if (leaving_) mosquitto_disconnect(mosquitto_);
-  }
+  while (mosquitto_loop(mosquitto_, 100, 1) == MOSQ_ERR_SUCCESS) continue;
 }
 
 void RawMqtt::LeaveWithWill() {
-  leaving_ = true;
   mosquitto_disconnect_v5(mosquitto_, MQTT_RC_DISCONNECT_WITH_WILL_MSG, nullptr);
 }
 
 void RawMqtt::Free() {
-  leaving_ = true;
   mosquitto_disconnect(mosquitto_);
   if (thread_.joinable()) thread_.join();
   mosquitto_destroy(mosquitto_);

@@ -3,7 +3,6 @@
 
 #include <mosquitto.h>
 
-#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
@@ -30,7 +29,8 @@ struct RawIdentity {
 };
 
 // Somebody else on the broker, without the bus library: sees every message
-// whose topic fits the filter and sends what it likes.
+// whose topic fits the filter and sends what it likes. Does not connect again
+// when the connection is lost.
 class RawMqtt {
  public:
   // Throws when it cannot connect or is refused. An empty filter subscribes to
@@ -71,7 +71,6 @@ class RawMqtt {
   mosquitto* mosquitto_;
   std::string filter_;
   std::thread thread_;
-  std::atomic<bool> leaving_{false};
   std::mutex mutex_;
   std::condition_variable changed_;
   int refusal_ = 0;     // why the first attempt failed
