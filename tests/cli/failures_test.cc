@@ -10,6 +10,8 @@
 #include <map>
 #include <regex>
 
+#include <vptz/results.h>
+
 #include "cli_test.h"
 #include "fake_service.h"
 
@@ -48,8 +50,10 @@ TEST(FailuresTest, NamesExactlyTheReferenceServicesRefusals) {
     if (std::regex_search(line, match, enumerator)) of_the_service[std::stoi(match[2])] = Underscored(match[1]);
   }
   std::map<int, std::string> of_the_tool;
-  for (const vptzctl::KnownStatus& known : vptzctl::KnownStatuses()) {
-    if (known.exit_code == ExitCode::kRefused) of_the_tool[known.status] = known.name;
+  for (const VptzResultMeaning& known : VptzKnownResults()) {
+    if (Explain(known.result).exit_code == ExitCode::kRefused && known.result != 0) {
+      of_the_tool[known.result] = known.name;
+    }
   }
   EXPECT_GE(of_the_service.size(), 9u);
   EXPECT_EQ(of_the_tool, of_the_service);

@@ -1,11 +1,10 @@
-// What results mean: one table of exit codes, one of results with names.
+// What results mean: their exit codes, and why a command failed.
 #ifndef VPTZCTL_FAILURES_H
 #define VPTZCTL_FAILURES_H
 
 #include <stdexcept>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace vptzctl {
 
@@ -19,17 +18,6 @@ enum class ExitCode {
   kOther = 6,
   kDatabase = 7,
 };
-
-// A result that has a name of its own.
-struct KnownStatus {
-  int status;
-  const char* name;
-  const char* text;
-  ExitCode exit_code;
-};
-
-// The reference service's refusals and the bus library's failures.
-const std::vector<KnownStatus>& KnownStatuses();
 
 // Why something was not done.
 struct Failure {
@@ -49,7 +37,7 @@ class CommandError : public std::runtime_error {
   Failure failure_;
 };
 
-// Explains a result other than 0. Whatever is no errno value is the service's.
+// Explains a result other than 0.
 Failure Explain(int status);
 
 // The exit codes with their meaning, one line each.
