@@ -19,7 +19,7 @@
 #include <vptz/model/vptzmodel.h>
 #include <vptz/vptz_client.h>
 
-#include "paths.h"
+#include "installed_paths.h"
 
 namespace {
 

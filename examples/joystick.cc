@@ -32,13 +32,16 @@ double StickTilt(int step) { return std::sin(step * 0.3); }
 }  // namespace
 
 int main() {
-  constexpr unsigned int kPtz = 1;            // row id of the PTZ node
+  constexpr int kDevice = 1;
   constexpr double kDegreesPerSecond = 25.0;  // at the end of the stick
   VptzClient client;
   if (client.Connect("joystick", nullptr) < 0) return 1;
-  const Stopper stopper(client, kPtz);
+  const CVptzDevice* const device = client.QueryDeviceById(kDevice);
+  if (device == nullptr || device->ptz_list.empty()) return 1;
+  const unsigned int ptz = device->ptz_list[0].id;  // the PTZ node's, which need not be the device's
+  const Stopper stopper(client, ptz);
   for (int step = 0; step < 20; ++step) {
-    const int result = client.ContinuousPanTiltMove(kPtz, kDegreesPerSecond * StickPan(step),
+    const int result = client.ContinuousPanTiltMove(ptz, kDegreesPerSecond * StickPan(step),
                                                     kDegreesPerSecond * StickTilt(step));
     if (result != 0) {
       std::fprintf(stderr, "the camera does not move: %d\n", result);

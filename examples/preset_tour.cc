@@ -1,35 +1,24 @@
 // Goes from preset to preset of the first device that has any.
 #include <chrono>
-#include <cmath>
 #include <cstdio>
-#include <thread>
 
+#include <vptz/results.h>
 #include <vptz/vptz_client.h>
+#include <vptz/wait.h>
 
 namespace {
 
-bool IsStill(const VptzAxisData& axis) { return axis.speed.value == 0.0; }
-
-// Asks for the position until nothing moves; false when that takes too long.
-bool WaitUntilStill(VptzClient& client, const CVptzDevice& device, const VptzPtzData& profile) {
-  for (int tries = 0; tries < 600; ++tries) {
-    VptzPtzData now;
-    if (client.QueryPtzProfiles(device.id, profile.node, &now) != 0) return false;
-    if (IsStill(now.pan) && IsStill(now.tilt) && IsStill(now.zoom)) return true;
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
-  return false;
-}
+constexpr std::chrono::seconds kLongestMove(30);
 
 int Tour(VptzClient& client, CVptzDevice& device) {
   const VptzPtzData& profile = device.ptz_list[0];
   for (const VptzPresetData& preset : profile.presets) {
     std::printf("%s: pan %.1f, tilt %.1f, zoom %.1f\n", preset.name.c_str(), preset.pan, preset.tilt,
                 preset.zoom);
-    const int result =
-        device.GotoPreset(preset.token, kVptzNotCommanded, kVptzNotCommanded, kVptzNotCommanded, 1);
-    if (result != 0 || !WaitUntilStill(client, device, profile)) {
-      std::fprintf(stderr, "the tour ends here: %d\n", result);
+    int result = device.GotoPreset(preset.token, kVptzNotCommanded, kVptzNotCommanded, kVptzNotCommanded, 1);
+    if (result == 0) result = VptzWaitUntilStill(client, device.id, profile.node, kLongestMove);
+    if (result != 0) {
+      std::fprintf(stderr, "the tour ends here: %s\n", VptzExplainResult(result).text);
       return 1;
     }
   }

@@ -8,7 +8,7 @@
 
 #include <vptz/vptz_client.h>
 
-#include "paths.h"
+#include "installed_paths.h"
 
 // A bus that answers with the input, and a log that is not read.
 

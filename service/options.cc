@@ -30,7 +30,7 @@ std::optional<int> ReadOptions(int argc, const char* const* argv, Options* optio
   app.add_option("--cameras", options->cameras,
                  "Number of simulated cameras, unless the fleet file has cameras")
       ->type_name("N")
-      ->check(CLI::Range(std::size_t{1}, World::kMaxCameras))
+      ->check(CLI::Range(std::size_t{1}, World::kMaxBuiltInCameras))
       ->capture_default_str();
   app.add_option("--database", options->database,
                  "Database that is shared with clients; made when it is missing")

@@ -41,8 +41,8 @@ struct Member {
 
 class World {
  public:
-  static constexpr std::size_t kMaxCameras = 64;   // --cameras
-  static constexpr std::size_t kMaxMembers = 512;  // with those that are added
+  static constexpr std::size_t kMaxBuiltInCameras = 64;  // --cameras
+  static constexpr std::size_t kMaxMembers = 512;        // with those that are added
 
   // What a caller can make the service remember is limited: this many ports,
   // named by texts of at most this many bytes.

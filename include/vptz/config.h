@@ -39,7 +39,8 @@ class VPTZ_API Config {
   int GetValue(const char* group, const char* key, std::string& value);
 
   // Copies the raw text of a key, or `default_value` (null counts as empty)
-  // when there is none. Always 0; logs nothing.
+  // when there is none. 0, or -1 and `value` left alone when memory runs out; logs
+  // nothing.
   int GetValue(const char* group, const char* key, const char* default_value, std::string& value);
 
   // Reads a key as a decimal integer. 0 when it holds one other than 0.

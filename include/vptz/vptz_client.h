@@ -3,18 +3,32 @@
 // Results. Every operation that sends a command returns an int:
 //   0            done (for GetStatus and GetDevicesPowerStatus: the answer 0)
 //   -1           the client never connected, an argument cannot be sent, or the
-//                database lacks the row that the operation needs; nothing was
-//                sent
+//                database lacks the row that the operation needs: the command
+//                was not sent. Also when memory runs out; while the reply is
+//                read, that is after the service has executed the command
 //   other < 0    the bus library's negative errno value when the call failed
 //                (-ENOTCONN, -ETIMEDOUT, -ESRCH, -ECONNRESET ...), else the
 //                service's refusal
 //   > 0          a status of the service
 // The service's status comes back unchanged; the reference service refuses with
-// values of -1001 and below.
+// values of -1001 and below. A reply that cannot be read counts as 0: a service
+// that sends rubbish in answer to a move seems to have done it. vptz/results.h
+// gives results names and words.
 //
 // Time-outs. The last argument of an operation is its time-out in seconds; 0,
 // the default, or a negative value selects the configured one (2 s unless the
-// configuration file says otherwise). No operation outlives it.
+// configuration file says otherwise). No call of the bus outlives it. An
+// operation lasts longer than one call where it
+//   - reads the database first: while another program locks the file, that takes
+//     about 4 s more for each query (presets by id, imaging and focus, counts,
+//     and whatever loads handles);
+//   - makes several calls, each with a time-out of its own: EnableNAT, DisableNAT,
+//     SetMediaInfoNAT, SetSlaveDeviceById, and what loads handles, as told there.
+//
+// Ids. Devices, PTZ nodes and media sources are rows of three tables, each with
+// numbers of its own: device 3 may have the PTZ node 5 and the media sources 8 and
+// 9. `device_id`, `ptz_id` and `media_id` tell which is meant; a handle
+// (CVptzDevice) knows those of its profiles, so that its operations need none.
 //
 // Positions, speeds and velocities are passed to the service unchanged and
 // unchecked. With the reference service pan and tilt are degrees (right and up
@@ -63,7 +77,9 @@ class VPTZ_API VptzClient {
 
   // Leaves the bus, closes the database (for every client of the process) and
   // destroys the device handles. Calls that other threads wait in come back
-  // first.
+  // first. Waits for a callback that runs, but at most one second: a callback
+  // that takes longer runs on after the client's end, so what it touches must
+  // outlive it (docs/threads.md shows how).
   ~VptzClient();
 
   VptzClient(const VptzClient&) = delete;
@@ -81,7 +97,7 @@ class VPTZ_API VptzClient {
   // never connected or the bus library fails, which is logged.
   int Disconnect();
 
-  // Disconnect whose result does not matter. Always 0.
+  // Disconnects, ignoring the result. Always 0.
   int Release();
 
   // Connects as "vptz_client" to the default address and loads the registry.
@@ -95,16 +111,19 @@ class VPTZ_API VptzClient {
 
   // Sends `request_length` bytes under a method name to the service and waits.
   // On entry *reply_length is the capacity of `reply` in bytes, on return the
-  // reply's length. The time-out goes to the bus library as it is. Returns the
+  // reply's length: set it before each call, for a capacity that is not set fails
+  // with -EMSGSIZE or -EINVAL, or lets the reply run over the buffer. The time-out
+  // goes to the bus library as it is; to the bundled one 0 and less mean 2 s,
+  // whatever is configured (GetVptzTimeout gives the configured one). Returns the
   // bus library's result: 0 or more, or a negative errno value (-EINVAL for a
   // client that never connected).
   int CallSync(const char* method, const void* request, int request_length, void* reply, int* reply_length,
-               int timeout = 0);
+               int timeout);
 
   // Sends a request and returns at once; the answer goes to `callback`.
   // Results as for CallSync.
   int CallAsync(const char* method, const void* request, int request_length, VptzCallback callback,
-                int timeout = 0);
+                int timeout);
 
   // ---- signals -------------------------------------------------------------
   // Each returns the bus library's result: 0 or more, or a negative errno
@@ -227,9 +246,10 @@ class VPTZ_API VptzClient {
 
   // SetSlaveDevice with the stored address of the device `slave_id`, and with
   // "account" and "credentials" of its stored credentials, a JSON text; 0 ends
-  // the coupling. Rebuilds the registry. The configured time-out is used
-  // whatever `timeout` is. -1 and nothing sent when there is no such device or
-  // its credentials are no JSON object with these two texts.
+  // the coupling. With a slave it rebuilds the registry first, which asks the
+  // service for outside addresses ("query_nat_uri"). The configured time-out is
+  // used whatever `timeout` is. -1 and the command not sent when there is no such
+  // device or its credentials are no JSON object with these two texts.
   int SetSlaveDeviceById(int device_id, int slave_id, int timeout = 0);
 
   // Sets the line of all serial devices: sends "rs232://PORT/BAUD_RATE/UNIT/FLAGS".
@@ -336,7 +356,8 @@ class VPTZ_API VptzClient {
   // and then ask it for the outside addresses of that device ("query_nat_uri"):
   // NAT_MEDIA those of its streams, NAT_SERVICE and NAT_HTTP those of its service
   // and its web page, NAT_ALL all of them in this order. How these queries end
-  // does not change the result.
+  // does not change the result. They take a time-out each, beside that of the
+  // command and what the registry takes: with NAT_ALL and two streams four.
 
   // Opens mappings. The vector is only read; null is logged and sent as no
   // mappings.
@@ -350,7 +371,8 @@ class VPTZ_API VptzClient {
   int QueryNATuri(unsigned int device_id, NATType type, std::string& uri, int timeout = 0);
 
   // Sets each media profile's nat_url to its url and then QueryNATuri's answer
-  // to it. Always 0; -1 when the handle is null.
+  // to it: one call, with its own time-out, for each profile. Always 0; -1 when the
+  // handle is null.
   int SetMediaInfoNAT(CVptzDevice* device, int device_id, NATType type, int timeout = 0);
 
   // Closes all mappings of all devices, and empties the outside addresses in the

@@ -29,11 +29,14 @@ struct VptzValue {
   double value = 0.0;      // in the unit of what it describes
 };
 
-// Limits, both included, that may be unknown.
+// Limits, both included, that may be unknown. Those from the database are valid
+// only when `max` is not below `min`. Those from the service (QueryPtzProfiles) are
+// valid as soon as it tells a `min`; `max` is then as the service sent it, which
+// may be below `min`, or kVptzNotCommanded where the service does not know it.
 struct VptzRange {
-  std::int32_t valid = 0;  // 1 when `min` and `max` are known, else 0
+  std::int32_t valid = 0;  // 1 when `min` is known, else 0
   double min = 0.0;        // in the unit of what they limit
-  double max = 0.0;        // not below `min`
+  double max = 0.0;        // the same
 };
 
 // One device.

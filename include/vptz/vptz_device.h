@@ -10,7 +10,9 @@
 // Operations send what the operation of the same name of VptzClient sends and
 // return its result; vptz_client.h tells results, units, time-outs and threads.
 // `timeout`, in seconds, comes last; 0 selects the configured one. A handle
-// without a client returns -1 and sends nothing.
+// without a client returns -1 and sends nothing. Operations on all media profiles
+// (idx 0) and SetTrackMode make several calls with a time-out each; so do the
+// loaders, with the configured one.
 //
 // Profiles are counted from 1: `idx` is the place in ptz_list (motion, presets)
 // or in media_list (imaging, focus). An index that matches nothing is sent as

@@ -10,7 +10,7 @@ namespace vptzd {
 
 struct AxisView {
   double position = 0;
-  double speed = 0;  // signed, in the axis's units per second
+  double speed = 0;  // how fast it moves, in the axis's units per second; never negative
   double min = 0;
   double max = 0;
 };

@@ -4,9 +4,9 @@
 #include <vptz/model/vptzmodel.h>
 #include <vptz/vptz_client.h>
 
+#include "installed_paths.h"
 #include "log.h"
 #include "no_throw.h"
-#include "paths.h"
 
 namespace {
 

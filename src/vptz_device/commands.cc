@@ -256,6 +256,7 @@ int CVptzDevice::RemovePresetById(unsigned int preset_id, unsigned int idx, int 
 int CVptzDevice::SetImagingSettings(double brightness, double contrast, double sharpness, double backlight_mode,
                                     double auto_focus, std::string auto_focus_mode, unsigned int idx,
                                     int timeout) {
+  if (client_ == nullptr) return -1;
   const auto set = [&](unsigned int media_id) {
     return vptz::NoThrow(-1, [&] {
       return Forward(*this, media_id, &VptzClient::SetImagingSettings, brightness, contrast, sharpness,

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "paths.h"
+#include "installed_paths.h"
 
 namespace vptz {
 namespace {

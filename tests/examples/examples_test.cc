@@ -31,7 +31,9 @@ class ExamplesTest : public ServiceTest {
 };
 
 TEST_F(ExamplesTest, StatusListsTheDevices) {
-  EXPECT_THAT(Example("status"), testing::AllOf(HasSubstr("library 0.1.0, 2 devices"), HasSubstr("ONVIF")));
+  EXPECT_THAT(Example("status"),
+              testing::AllOf(HasSubstr("library 0.1.0, 2 devices"), HasSubstr("device 2: ONVIF"),
+                             HasSubstr("PTZ node 2: ptz0"), HasSubstr("media source 4: sub")));
 }
 
 TEST_F(ExamplesTest, SearchFindsCameras) { EXPECT_THAT(Example("search"), HasSubstr("2 devices were known")); }
@@ -54,6 +56,10 @@ TEST_F(ExamplesTest, NatShowsTheAddressesFromOutside) {
 
 TEST_F(ExamplesTest, TheDatabaseIsReadWithoutTheService) {
   EXPECT_THAT(Example("database", {Database()}), HasSubstr("presets point to the right"));
+}
+
+TEST_F(ExamplesTest, SignalsReachAnObjectThatEndsSafely) {
+  EXPECT_THAT(Example("callbacks"), HasSubstr("time to look again"));
 }
 
 TEST_F(ExamplesTest, TheAsynchronousCallIsAnswered) {

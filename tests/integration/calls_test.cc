@@ -88,7 +88,8 @@ TEST_F(IntegrationCalls, PreparedRequestIsAnsweredLater) {
   answers = 0;
   // A VptzCommand whose first field, the method's name, is "get_status".
   const std::string request = "\x0a\x0aget_status";
-  EXPECT_EQ(client->CallAsync("get_status", request.data(), static_cast<int>(request.size()), &CountAnswer), 0);
+  EXPECT_EQ(client->CallAsync("get_status", request.data(), static_cast<int>(request.size()), &CountAnswer, 0),
+            0);
   ASSERT_TRUE(WaitUntil([] { return answers == 1; }));
   EXPECT_GT(answer_length, 0);
 }

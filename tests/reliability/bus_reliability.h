@@ -11,7 +11,7 @@
 #include <string>
 
 #include "contract/bundled_bus.h"
-#include "paths.h"
+#include "installed_paths.h"
 #include "reliability/reliability.h"
 #include "support/broker.h"
 #include "support/machine_delay.h"

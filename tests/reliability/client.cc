@@ -22,7 +22,7 @@
 #include <fstream>
 #include <string>
 
-#include "paths.h"
+#include "installed_paths.h"
 
 namespace {
 

@@ -18,7 +18,7 @@
 #include <string>
 #include <vector>
 
-#include "paths.h"
+#include "installed_paths.h"
 #include "reliability/reliability.h"
 #include "settings.h"
 #include "support/machine_delay.h"

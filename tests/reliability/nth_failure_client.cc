@@ -25,7 +25,7 @@
 #include <optional>
 #include <string>
 
-#include "paths.h"
+#include "installed_paths.h"
 #include "reliability/nth_failure.h"
 #include "support/wait_until.h"
 

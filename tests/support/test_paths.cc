@@ -1,5 +1,5 @@
 // Linked instead of the product's paths: a folder for every test process.
-#include "paths.h"
+#include "installed_paths.h"
 #include "support/temp_dir.h"
 
 namespace vptz {

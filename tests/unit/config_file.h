@@ -6,7 +6,7 @@
 #include <fstream>
 #include <string>
 
-#include "paths.h"
+#include "installed_paths.h"
 
 namespace vptz_test {
 

@@ -39,9 +39,9 @@ const Operation kOperations[] = {
      [](VptzClient& c) {
        char reply[8];
        int length = sizeof reply;
-       c.CallSync("anything", "", 0, reply, &length);
+       c.CallSync("anything", "", 0, reply, &length, 1);
      }},
-    {"CallAsync", nullptr, [](VptzClient& c) { c.CallAsync("anything", "", 0, Callback); }},
+    {"CallAsync", nullptr, [](VptzClient& c) { c.CallAsync("anything", "", 0, Callback, 1); }},
     {"SubscribeSignal", nullptr, [](VptzClient& c) { c.SubscribeSignal("signal", Callback); }},
     {"SubscribeAllSignal", nullptr, [](VptzClient& c) { c.SubscribeAllSignal(Callback); }},
     {"SubscribeSearchDeviceFinishSignal", nullptr,

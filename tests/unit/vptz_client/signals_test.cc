@@ -3,6 +3,8 @@
 
 #include <cerrno>
 #include <ostream>
+#include <type_traits>
+#include <utility>
 
 #include "vptz_client/command_test.h"
 
@@ -18,6 +20,19 @@ using UnconnectedBusTest = vptz_test::ClientTest;
 void OnSignal(bus_client*, void*, const char*, const void*, std::int32_t) {}
 
 // ---- raw calls -------------------------------------------------------------
+
+// 0 means the bus's default time-out there and the configured one elsewhere, so a
+// caller says what he wants.
+template <class Client, class = void>
+struct TimeOutMayBeLeftOut : std::false_type {};
+template <class Client>
+struct TimeOutMayBeLeftOut<Client,
+                           decltype(void(std::declval<Client&>().CallSync("", "", 0, nullptr, nullptr)))>
+    : std::true_type {};
+template <class Client>
+struct TimeOutMayBeLeftOut<Client, decltype(void(std::declval<Client&>().CallAsync("", "", 0, OnSignal)))>
+    : std::true_type {};
+static_assert(!TimeOutMayBeLeftOut<VptzClient>::value, "raw calls have no default time-out");
 
 TEST_F(RawCallTest, CallSyncHandsEverythingToTheBus) {
   bus.ReplyWithBytes("answer");

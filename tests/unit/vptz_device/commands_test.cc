@@ -236,6 +236,8 @@ TEST_P(HandleCommandTest, ReturnsWhatTheClientReturns) {
 TEST_P(HandleCommandTest, WithoutAClientReturnsMinusOneAndSendsNothing) {
   device.SetVptzClient(nullptr);
   EXPECT_EQ(Call(1), -1);
+  device.media_list.clear();  // for all of none, too
+  EXPECT_EQ(Call(0), -1);
   EXPECT_THAT(bus.calls, IsEmpty());
 }
 

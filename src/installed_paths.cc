@@ -1,5 +1,5 @@
 // Apart from everything else, so that tests link a file of theirs instead.
-#include "paths.h"
+#include "installed_paths.h"
 
 namespace vptz {
 

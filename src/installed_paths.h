@@ -1,6 +1,6 @@
 // Where the installed product keeps its files.
-#ifndef VPTZ_SRC_PATHS_H
-#define VPTZ_SRC_PATHS_H
+#ifndef VPTZ_SRC_INSTALLED_PATHS_H
+#define VPTZ_SRC_INSTALLED_PATHS_H
 
 namespace vptz {
 
