@@ -17,7 +17,8 @@ std::string NameOf(const CameraDescription& description) {
 
 std::vector<std::string> PresetNames(const PresetList& presets) {
   std::vector<std::string> names;
-  for (const StoredPosition& preset : presets.all()) names.push_back(preset.name);
+  for (const StoredPosition& preset : presets.all())
+    names.push_back(preset.name.empty() ? preset.token : preset.name);
   return names;
 }
 
@@ -35,6 +36,7 @@ CameraView ViewOf(const Member& member, bool online) {
   view.protocol = camera.description().protocol;
   view.powered = camera.powered();
   view.online = online;
+  view.logged_in = camera.logged_in();
   view.pan = ViewOf(camera.axis(kPan));
   view.tilt = ViewOf(camera.axis(kTilt));
   view.zoom = ViewOf(camera.axis(kZoom));

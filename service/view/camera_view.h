@@ -12,7 +12,7 @@ struct AxisView {
   double position = 0;
   double speed = 0;  // how fast it moves, in the axis's units per second; never negative
   double min = 0;
-  double max = 0;
+  double max = 0;  // equal to min for an axis that the camera does not have
 };
 
 struct CameraView {
@@ -22,6 +22,7 @@ struct CameraView {
   std::string protocol;
   bool powered = true;
   bool online = true;
+  bool logged_in = true;   // false: the service may not command it
   AxisView pan;            // degrees
   AxisView tilt;           // degrees
   AxisView zoom;           // magnification factor
@@ -31,7 +32,7 @@ struct CameraView {
   bool auto_focus = true;
   double blur = 0;  // how far out of focus: 0 is sharp, 1 as far as can be
   std::uint32_t track_mode = 0;
-  std::vector<std::string> presets;  // for people
+  std::vector<std::string> presets;  // their names, or the token of one without a name
 };
 
 }  // namespace vptzd

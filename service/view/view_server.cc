@@ -23,11 +23,22 @@ Json JsonOf(const AxisView& axis) {
 }
 
 Json JsonOf(const CameraView& camera) {
-  return {{"device", camera.device},         {"ptz", camera.ptz},           {"name", camera.name},
-          {"protocol", camera.protocol},     {"powered", camera.powered},   {"online", camera.online},
-          {"pan", JsonOf(camera.pan)},       {"tilt", JsonOf(camera.tilt)}, {"zoom", JsonOf(camera.zoom)},
-          {"brightness", camera.brightness}, {"contrast", camera.contrast}, {"sharpness", camera.sharpness},
-          {"auto_focus", camera.auto_focus}, {"blur", camera.blur},         {"track_mode", camera.track_mode},
+  return {{"device", camera.device},
+          {"ptz", camera.ptz},
+          {"name", camera.name},
+          {"protocol", camera.protocol},
+          {"powered", camera.powered},
+          {"online", camera.online},
+          {"logged_in", camera.logged_in},
+          {"pan", JsonOf(camera.pan)},
+          {"tilt", JsonOf(camera.tilt)},
+          {"zoom", JsonOf(camera.zoom)},
+          {"brightness", camera.brightness},
+          {"contrast", camera.contrast},
+          {"sharpness", camera.sharpness},
+          {"auto_focus", camera.auto_focus},
+          {"blur", camera.blur},
+          {"track_mode", camera.track_mode},
           {"presets", camera.presets}};
 }
 

@@ -46,6 +46,20 @@ TEST_F(ServiceView, TellsThatACameraIsOffline) {
   EXPECT_EQ(Cameras()[1]["online"], false);
 }
 
+TEST_F(ServiceView, TellsThatItIsNotLoggedIn) {
+  Serve({"--view", "0"});
+  EXPECT_EQ(Cameras()[0]["logged_in"], true);
+  EXPECT_EQ(Connected()->Logout(1), 0);
+  EXPECT_EQ(Cameras()[0]["logged_in"], false);
+  EXPECT_EQ(Cameras()[1]["logged_in"], true);
+}
+
+TEST_F(ServiceView, APresetWithoutANameIsShownByItsToken) {
+  Serve({"--view", "0"});
+  EXPECT_EQ(Connected()->SetPreset(1, "", "door"), 0);
+  EXPECT_EQ(Cameras()[0]["presets"].back(), "door");
+}
+
 TEST_F(ServiceView, APortThatIsTakenEndsTheService) {
   Serve({"--view", "0"});
   vptz_test::Broker another;

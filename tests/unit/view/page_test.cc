@@ -1,12 +1,9 @@
 // The page as a browser shows it.
 #include <gmock/gmock.h>
-#include <unistd.h>
 
 #include <atomic>
-#include <exception>
 
-#include "support/process.h"
-#include "support/temp_dir.h"
+#include "browser.h"
 #include "view/view_server.h"
 
 namespace {
@@ -14,36 +11,9 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 using vptz_test::RunResult;
-using vptz_test::TempDir;
+using vptz_test::Shown;
 using vptzd::CameraView;
 using vptzd::ViewServer;
-
-std::vector<std::string> Browser(const std::string& profile, int port) {
-  std::vector<std::string> words = {VPTZ_CHROMIUM,
-                                    "--headless",
-                                    "--disable-gpu",
-                                    "--disable-dev-shm-usage",
-                                    "--dump-dom",
-                                    "--virtual-time-budget=2000",
-                                    "--user-data-dir=" + profile};
-  if (geteuid() == 0) words.push_back("--no-sandbox");
-  words.push_back("http://127.0.0.1:" + std::to_string(port) + "/");
-  return words;
-}
-
-// What the page has become after two seconds of its own time. A browser that
-// hangs is started anew: it is the page that is tested.
-RunResult Shown(int port) {
-  for (int tries = 3;; --tries) {
-    const TempDir profile;
-    try {
-      return vptz_test::Run(Browser(profile.path(), port), {"HOME=" + profile.path()}, "",
-                            std::chrono::seconds(30));
-    } catch (const std::exception&) {
-      if (tries == 1) throw;
-    }
-  }
-}
 
 CameraView Camera() {
   CameraView camera;
@@ -84,6 +54,17 @@ TEST(PageTest, SaysThatACameraHasNoPower) {
     return std::vector<CameraView>{camera};
   });
   EXPECT_THAT(Shown(server.Start(0)).output, HasSubstr("no power"));
+}
+
+TEST(PageTest, SaysThatTheServiceIsNotLoggedIn) {
+  ViewServer server([] {
+    CameraView camera = Camera();
+    camera.logged_in = false;
+    return std::vector<CameraView>{camera};
+  });
+  const std::string page = Shown(server.Start(0)).output;
+  EXPECT_THAT(page, HasSubstr(">not logged in<"));
+  EXPECT_THAT(page, Not(HasSubstr(">ready<")));
 }
 
 TEST(PageTest, ACameraThatIsGoneDisappears) {

@@ -23,6 +23,7 @@ CameraView Camera() {
   camera.protocol = "ONVIF";
   camera.pan = {12.5, -3, -170, 170};
   camera.zoom = {2, 0, 1, 20};
+  camera.logged_in = false;
   camera.presets = {"desk"};
   return camera;
 }
@@ -53,6 +54,7 @@ TEST(ViewServerTest, TellsWhereTheCamerasAreNow) {
   EXPECT_EQ(first[0]["ptz"], 8);
   EXPECT_EQ(first[0]["name"], "balcony");
   EXPECT_EQ(first[0]["pan"], json({{"position", 12.5}, {"speed", -3.0}, {"min", -170.0}, {"max", 170.0}}));
+  EXPECT_EQ(first[0]["logged_in"], false);
   EXPECT_EQ(first[0]["presets"], json({"desk"}));
   pan = 13;
   EXPECT_EQ(json::parse(browser.Get("/cameras")->body)[0]["pan"]["position"], 13.0);
