@@ -65,6 +65,7 @@ inline bool VptzIsStill(const VptzAxisData& before, const VptzAxisData& now) {
   return before.position.valid && before.position.value == now.position.value;
 }
 
+// Whether all axes of a PTZ profile stand still.
 inline bool VptzIsStill(const VptzPtzData& before, const VptzPtzData& now) {
   return VptzIsStill(before.pan, now.pan) && VptzIsStill(before.tilt, now.tilt) &&
          VptzIsStill(before.zoom, now.zoom);
