@@ -5,8 +5,12 @@
 #include <vptz/model/movement.h>
 #include <vptz/model/protocol.h>
 
+#include <filesystem>
+#include <fstream>
+
 #include "model/model_test.h"
 #include "support/process.h"
+#include "support/temp_dir.h"
 
 namespace {
 
@@ -36,6 +40,23 @@ TEST_F(SchemaTest, ThePictureInTheDocumentationShowsThisSchema) {
 TEST_F(SchemaTest, ThePictureInTheDocumentationShowsNoOtherSchema) {
   raw.Execute("ALTER TABLE event ADD COLUMN another INTEGER");
   EXPECT_EQ(vptz_test::Run({VPTZ_DRAW_SCHEMA, "--check", path}).exit_code, 1);
+}
+
+// A copy of the script and its page, so that what it writes harms nothing.
+TEST_F(SchemaTest, ADatabaseWithoutTablesDoesNotEmptyThePicture) {
+  const vptz_test::TempDir folder;
+  const std::string copy = folder.path() + "/scripts/draw-schema";
+  const std::string empty = folder.path() + "/empty.db";
+  std::filesystem::create_directory(folder.path() + "/scripts");
+  std::filesystem::create_directory(folder.path() + "/docs");
+  std::filesystem::copy_file(VPTZ_DRAW_SCHEMA, copy);
+  std::ofstream(folder.path() + "/docs/database.md") << "# The database\n\n```mermaid\n```\n";
+  std::ofstream(empty).flush();
+  EXPECT_EQ(vptz_test::Run({copy, "--update", path}).exit_code, 0);
+  const vptz_test::RunResult result = vptz_test::Run({copy, "--update", empty});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.errors, testing::HasSubstr("has no tables to draw"));
+  EXPECT_EQ(vptz_test::Run({copy, "--check", path}).exit_code, 0);
 }
 
 TEST_F(SchemaTest, AnotherSchemaHasNoVersion) { EXPECT_EQ(model().SchemaVersion("another"), 0); }
