@@ -109,6 +109,10 @@ const void* bus_request_payload(const bus_request* request, int* length) {
   return empty ? nullptr : request->payload.data();
 }
 
+uint64_t bus_request_caller(const bus_request* request) {
+  return request == nullptr ? 0 : request->identity.caller;
+}
+
 int bus_request_reply(bus_request* request, const void* reply, int length) {
   if (request == nullptr) {
     return -EINVAL;

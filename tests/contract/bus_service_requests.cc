@@ -51,6 +51,28 @@ TEST_F(BundledServiceRequests, TellTheirMethodAndBytesUntilTheyEnd) {
   EXPECT_EQ(Reply(empty, ""), 0);
 }
 
+TEST_F(BundledServiceRequests, TellWhichClientObjectSentThem) {
+  std::vector<std::uint64_t> callers;
+  const ServedName service("camera", broker_.address(), [&](bus_service*, bus_request* request) {
+    callers.push_back(bus_request_caller(request));
+    Reply(request, "");
+  });
+  const ClientPtr first = ConnectedTo(broker_.address());
+  const ClientPtr second = ConnectedTo(broker_.address());
+  EXPECT_EQ(Call(first.get(), "camera", "move").code, 0);
+  EXPECT_EQ(Call(second.get(), "camera", "query").code, 0);
+  // Another connection of the same object, and another kind of call.
+  EXPECT_EQ(bus_connect(first.get(), broker_.address().c_str()), 0);
+  EXPECT_EQ(CallAsync(first.get(), "camera", "stop", "", TheReceiver(0).callback), 0);
+  ASSERT_TRUE(TheReceiver(0).WaitFor(1));
+  ASSERT_EQ(callers.size(), 3U);
+  EXPECT_EQ(callers[2], callers[0]);
+  EXPECT_NE(callers[1], callers[0]);
+  EXPECT_NE(callers[0], 0U);
+  EXPECT_NE(callers[1], 0U);
+  EXPECT_EQ(bus_request_caller(nullptr), 0U);
+}
+
 TEST_F(BundledServiceRequests, AreHandledInOrderOnOneThread) {
   std::vector<std::string> order;
   std::set<std::thread::id> threads;

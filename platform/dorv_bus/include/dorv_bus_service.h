@@ -62,6 +62,14 @@ DORV_BUS_API const char* bus_request_method(const bus_request* request);
 DORV_BUS_API const void* bus_request_payload(const bus_request* request, int* length);
 
 /*
+ * The number of the client object that sent the request: random, and the same
+ * for all requests of that object as long as it lives. It tells honest callers
+ * apart and proves nothing, since a caller can send any number. 0 for a null
+ * request.
+ */
+DORV_BUS_API uint64_t bus_request_caller(const bus_request* request);
+
+/*
  * Answers and ends the request. -ETIMEDOUT when its deadline has passed and
  * nobody waits any more, -EMSGSIZE when the broker does not pass on a reply of
  * that length (the caller is told), -ENOTCONN when the connection over which it

@@ -12,8 +12,8 @@ FakeBusService::FakeBusService() { living = this; }
 
 FakeBusService::~FakeBusService() { living = nullptr; }
 
-void FakeBusService::Request(const std::string& method, const std::string& payload) {
-  requests_.push_back({method, payload});
+void FakeBusService::Request(const std::string& method, const std::string& payload, std::uint64_t caller) {
+  requests_.push_back({method, payload, caller});
   service->handler(service, &requests_.back(), service->user_data);
 }
 
@@ -40,6 +40,8 @@ const void* bus_request_payload(const bus_request* request, int* length) {
   *length = static_cast<int>(request->payload.size());
   return request->payload.empty() ? nullptr : request->payload.data();
 }
+
+uint64_t bus_request_caller(const bus_request* request) { return request->caller; }
 
 int bus_request_reply(bus_request*, const void* reply, int length) {
   ++living->ended;

@@ -3,6 +3,7 @@
 #ifndef VPTZ_TESTS_UNIT_SERVICE_FAKE_BUS_SERVICE_H
 #define VPTZ_TESTS_UNIT_SERVICE_FAKE_BUS_SERVICE_H
 
+#include <cstdint>
 #include <deque>
 #include <optional>
 #include <string>
@@ -19,6 +20,7 @@ struct bus_service {
 struct bus_request {
   std::string method;
   std::string payload;
+  std::uint64_t caller;
 };
 
 namespace vptz_test {
@@ -29,8 +31,8 @@ class FakeBusService {
   FakeBusService();
   ~FakeBusService();
 
-  // Calls the handler with a request, which it ends or keeps.
-  void Request(const std::string& method, const std::string& payload);
+  // Calls the handler with a request of that caller, which it ends or keeps.
+  void Request(const std::string& method, const std::string& payload, std::uint64_t caller = 1);
 
   int start_result = 0;  // what bus_service_new returns
   int reply_result = 0;  // what bus_request_reply returns
