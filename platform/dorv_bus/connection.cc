@@ -13,7 +13,6 @@
 
 #include "dorv_bus.h"
 #include "errors.h"
-#include "log.h"
 #include "process.h"
 
 namespace dorv {
@@ -72,6 +71,13 @@ int Connection::Connect(std::unique_lock<std::mutex>& lock, std::shared_ptr<void
   connecting_.push_back(&waiter);
   const int result = Await(lock, waiter);
   connecting_.erase(std::remove(connecting_.begin(), connecting_.end(), &waiter), connecting_.end());
+  if (result < 0) {
+    // So that whoever sees the failure finds its reason in the log, unless that
+    // is stuck.
+    lock.unlock();
+    log_.Wait(std::min(waiter.deadline, Clock::now() + std::chrono::milliseconds(100)));
+    lock.lock();
+  }
   return result;
 }
 
@@ -116,7 +122,7 @@ void Connection::Fail(int error) {
   const std::chrono::seconds pause(error == -EKEYREJECTED || error == -EACCES ? 10 : 1);
   state_ = State::kRetry;
   retry_at_ = now + pause;
-  trouble_.Report(error, target_->text, now);
+  trouble_.Report(error, target_->text, now, log_);
   Settle(error);
   WakeBackground();
 }
@@ -254,10 +260,11 @@ void Connection::OnSubscribe(mosquitto*, void* self, int message_id, int count, 
   if (result < 0 && message_id == connection->last_subscription_) {
     connection->failure_ = result;
   } else if (result < 0) {
-    DORV_LOG(ZERK_LOG_WARNING, "the broker refused to restore a subscription: %s", ErrorText(result));
+    DORV_LOG_LATER(connection->log_, ZERK_LOG_WARNING, "the broker refused to restore a subscription: %s",
+                   ErrorText(result));
   } else if (message_id == connection->last_subscription_) {
     connection->state_ = State::kReady;
-    connection->trouble_.Over(connection->target_->text);
+    connection->trouble_.Over(connection->target_->text, connection->log_);
     connection->Settle(0);
   }
 }
@@ -271,7 +278,7 @@ void Connection::OnMessage(mosquitto*, void* self, const mosquitto_message* mess
   } catch (const std::bad_alloc&) {
     // Replies are kept without memory of ours; one whose identity libmosquitto
     // cannot copy counts as lost.
-    DORV_LOG(ZERK_LOG_WARNING, "a signal or request was dropped: memory ran out");
+    DORV_LOG_LATER(connection->log_, ZERK_LOG_WARNING, "a signal or request was dropped: memory ran out");
   }
 }
 

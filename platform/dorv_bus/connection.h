@@ -25,6 +25,7 @@
 
 #include "address.h"
 #include "event.h"
+#include "log_writer.h"
 #include "settings.h"
 #include "trouble.h"
 #include "waiter.h"
@@ -89,6 +90,9 @@ class Connection {
 
   // Leaves the broker and no longer tries. Results of bus_disconnect.
   int Disconnect();
+
+  // For lines that come up while the mutex is held.
+  LogWriter& log() { return log_; }
 
   // Publishes at once. 0 or a negative errno value: nothing was sent.
   int Publish(int* message_id, const char* topic, const void* payload, int length, int qos, bool retain,
@@ -188,6 +192,7 @@ class Connection {
   Owner* const owner_;
   const std::string client_id_;
   std::mutex mutex_;
+  LogWriter log_;  // first: its construction may fail
   mosquitto* mosquitto_ = nullptr;
   std::thread thread_;
   std::condition_variable thread_ended_;

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "errors.h"
-#include "log.h"
 #include "names.h"
 #include "process.h"
 #include "properties.h"
@@ -77,7 +76,8 @@ int bus_service::Announce() {
   const int result = connection_.Publish(nullptr, Topic::Presence(name_).c_str(), instance_.data(),
                                          static_cast<int>(instance_.size()), 1, true, nullptr);
   if (result < 0) {
-    DORV_LOG(ZERK_LOG_WARNING, "cannot announce the service %s: %s", name_.c_str(), dorv::ErrorText(result));
+    DORV_LOG_LATER(connection_.log(), ZERK_LOG_WARNING, "cannot announce the service %s: %s", name_.c_str(),
+                   dorv::ErrorText(result));
   }
   return result;
 }
@@ -101,7 +101,8 @@ void bus_service::ReceivePresence(const mosquitto_message& message) {
   if (present.empty()) {
     announce_again_ = true;
   } else if (present != instance_ && connection_.ready()) {
-    DORV_LOG(ZERK_LOG_ERROR, "somebody else serves the name %s as well", name_.c_str());
+    DORV_LOG_LATER(connection_.log(), ZERK_LOG_ERROR, "somebody else serves the name %s as well",
+                   name_.c_str());
   }
 }
 
@@ -113,11 +114,12 @@ void bus_service::ReceiveRequest(const mosquitto_message& message, const mosquit
   // A reply goes to reply topics only: a request must not make the service
   // publish anywhere else.
   if (!identity || !dorv::IsName(request->method.c_str()) || !dorv::IsReplyTopic(request->reply_topic)) {
-    DORV_LOG(ZERK_LOG_NOTICE, "a malformed request was dropped");
+    DORV_LOG_LATER(connection_.log(), ZERK_LOG_NOTICE, "a malformed request was dropped");
     return;
   }
   if (identity->Expired() || !seen_.Insert(*identity)) {
-    DORV_LOG(ZERK_LOG_NOTICE, "a late or repeated request was dropped: %s", request->method.c_str());
+    DORV_LOG_LATER(connection_.log(), ZERK_LOG_NOTICE, "a late or repeated request was dropped: %s",
+                   request->method.c_str());
     return;
   }
   request->identity = *identity;

@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "client.h"
-#include "log.h"
 #include "names.h"
 #include "process.h"
 
@@ -116,7 +115,8 @@ void bus_client::Deliver(int identifier, std::string_view signal, const mosquitt
         }
       });
   if (!taken) {
-    DORV_LOG(ZERK_LOG_ERROR, "a signal was dropped: the application's callbacks do not keep up");
+    DORV_LOG_LATER(connection_.log(), ZERK_LOG_ERROR,
+                   "a signal was dropped: the application's callbacks do not keep up");
   }
 }
 

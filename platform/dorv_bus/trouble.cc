@@ -1,27 +1,25 @@
 #include "trouble.h"
 
 #include "errors.h"
-#include "log.h"
 
 namespace dorv {
 
-void Trouble::Report(int error, const std::string& address, TimePoint now) {
+void Trouble::Report(int error, const std::string& address, TimePoint now, LogWriter& log) {
   constexpr std::chrono::minutes kQuiet{1};
-  const bool known = error_ != 0;
-  if (known && now - reported_at_ < kQuiet) {
+  if (error == error_ && now - reported_at_ < kQuiet) {
     return;
   }
   error_ = error;
   reported_at_ = now;
-  DORV_LOG(ZERK_LOG_WARNING, "no connection to %s: %s", address.c_str(), ErrorText(error));
+  DORV_LOG_LATER(log, ZERK_LOG_WARNING, "no connection to %s: %s", address.c_str(), ErrorText(error));
 }
 
-void Trouble::Over(const std::string& address) {
+void Trouble::Over(const std::string& address, LogWriter& log) {
   if (error_ == 0) {
     return;
   }
   error_ = 0;
-  DORV_LOG(ZERK_LOG_NOTICE, "connected to %s again", address.c_str());
+  DORV_LOG_LATER(log, ZERK_LOG_NOTICE, "connected to %s again", address.c_str());
 }
 
 }  // namespace dorv

@@ -4,16 +4,17 @@
 #include <chrono>
 #include <string>
 
+#include "log_writer.h"
 #include "waiter.h"
 
 namespace dorv {
 
-// Reports why there is no connection: at once, then at
+// Reports why there is no connection: each new reason at once, the same one at
 // most once a minute, and once when it is over.
 class Trouble {
  public:
-  void Report(int error, const std::string& address, TimePoint now);
-  void Over(const std::string& address);
+  void Report(int error, const std::string& address, TimePoint now, LogWriter& log);
+  void Over(const std::string& address, LogWriter& log);
 
  private:
   int error_ = 0;

@@ -1,0 +1,102 @@
+#include "log_writer.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <exception>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+#include "process.h"
+
+namespace dorv {
+
+struct LogWriter::Line {
+  int level;
+  const char* file;
+  int line;
+  const char* function;
+  char text[640];  // an address and a reason, or a method's name, have room
+
+  void Write() const { ZERK_LOG_write_newline(kLogModule, level, file, line, function, "%s", text); }
+};
+
+struct LogWriter::State {
+  std::mutex mutex;
+  std::condition_variable written;
+  std::vector<Line> lines;
+  int missing = 0;
+  bool running = false;  // the thread has lines to write
+};
+
+LogWriter::LogWriter() : state_(std::make_shared<State>()) {}
+
+LogWriter::~LogWriter() { Close(); }
+
+void LogWriter::Add(int level, const char* file, int line, const char* function, const char* format, ...) {
+  constexpr std::size_t kMostLines = 256;
+  Line added{level, file, line, function, {}};
+  va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(added.text, sizeof added.text, format, arguments);
+  va_end(arguments);
+
+  const std::lock_guard<std::mutex> lock(state_->mutex);
+  if (state_->lines.size() >= kMostLines) {
+    ++state_->missing;
+    return;
+  }
+  try {
+    state_->lines.push_back(added);
+    if (!state_->running) {
+      if (thread_.joinable()) {
+        thread_.join();  // it has left its last line behind
+      }
+      thread_ = StartQuietThread([state = state_] { Run(*state); });
+      state_->running = true;
+    }
+  } catch (const std::exception&) {  // no memory, no thread
+    state_->missing += static_cast<int>(state_->lines.size());
+    state_->lines.clear();
+  }
+}
+
+void LogWriter::Run(State& state) {
+  std::unique_lock<std::mutex> lock(state.mutex);
+  while (!state.lines.empty()) {
+    const std::vector<Line> lines = std::exchange(state.lines, {});
+    const int missing = std::exchange(state.missing, 0);
+    lock.unlock();
+    if (missing > 0) {
+      DORV_LOG(ZERK_LOG_WARNING, "%d lines are missing here", missing);
+    }
+    for (const Line& line : lines) {
+      line.Write();
+    }
+    lock.lock();
+  }
+  state.running = false;
+  state.written.notify_all();
+}
+
+void LogWriter::Wait(TimePoint until) const {
+  std::unique_lock<std::mutex> lock(state_->mutex);
+  state_->written.wait_until(lock, until, [this] { return !state_->running; });
+}
+
+void LogWriter::Close() {
+  if (!thread_.joinable()) {
+    return;
+  }
+  Wait(Clock::now() + std::chrono::seconds(1));
+  std::unique_lock<std::mutex> lock(state_->mutex);
+  const bool running = state_->running;
+  lock.unlock();
+  if (running) {
+    thread_.detach();
+  } else {
+    thread_.join();
+  }
+}
+
+}  // namespace dorv
