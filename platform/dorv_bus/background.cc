@@ -20,7 +20,7 @@ thread_local const Connection* background_of = nullptr;
 
 constexpr int kKeepAliveSeconds = 5;
 constexpr std::chrono::seconds kMiscInterval{1};
-constexpr std::chrono::seconds kHandshakeTimeout{5};
+constexpr std::chrono::seconds kShortestHandshake{5};  // that a session is given to begin
 
 int PortOf(const Address& address, const Settings& settings) {
   if (address.is_unix || address.port != 0) {
@@ -170,7 +170,8 @@ void Connection::Dial(std::unique_lock<std::mutex>& lock) {
   state_ = State::kDialing;
   lock.unlock();
   if (error == 0) {
-    error = ConnectInstance(mosquitto_, address, port, kKeepAliveSeconds, wake_background_);
+    error = ConnectInstance(mosquitto_, address, port, kKeepAliveSeconds, target->settings.connect_timeout,
+                            wake_background_);
   }
   lock.lock();
   if (attempt != attempt_ || closing_) {
@@ -193,7 +194,7 @@ void Connection::Dial(std::unique_lock<std::mutex>& lock) {
     Fail(error);
     return;
   }
-  handshake_deadline_ = now + kHandshakeTimeout;
+  handshake_deadline_ = now + std::max(kShortestHandshake, target->settings.connect_timeout);
   misc_at_ = now + kMiscInterval;
   epoll_event interest{};
   interest.data.fd = mosquitto_socket(mosquitto_);

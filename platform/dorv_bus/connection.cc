@@ -14,6 +14,7 @@
 #include "dorv_bus.h"
 #include "errors.h"
 #include "process.h"
+#include "properties.h"
 
 namespace dorv {
 
@@ -67,7 +68,7 @@ int Connection::Connect(std::unique_lock<std::mutex>& lock, std::shared_ptr<void
   retry_at_ = Clock::now();
   WakeBackground();
 
-  Waiter waiter(Clock::now() + std::chrono::seconds(BUS_DEFAULT_TIMEOUT));
+  Waiter waiter(Clock::now() + target_->settings.connect_timeout);
   connecting_.push_back(&waiter);
   const int result = Await(lock, waiter);
   connecting_.erase(std::remove(connecting_.begin(), connecting_.end(), &waiter), connecting_.end());
@@ -119,7 +120,8 @@ void Connection::Fail(int error) {
   EndSession(false);
   const TimePoint now = Clock::now();
   // A password that was wrong once is wrong a second later too.
-  const std::chrono::seconds pause(error == -EKEYREJECTED || error == -EACCES ? 10 : 1);
+  const bool refused = error == -EKEYREJECTED || error == -EACCES || error == -EOPNOTSUPP;
+  const std::chrono::seconds pause(refused ? 10 : 1);
   state_ = State::kRetry;
   retry_at_ = now + pause;
   trouble_.Report(error, target_->text, now, log_);
@@ -231,10 +233,15 @@ void Connection::Confirm(int message_id, int result) {
 // ---- What libmosquitto calls while it reads. It must neither be asked to send
 // nor to end the session from here, so that is only noted for Pump.
 
-void Connection::OnConnect(mosquitto*, void* self, int reason, int, const mosquitto_property*) {
+void Connection::OnConnect(mosquitto*, void* self, int reason, int, const mosquitto_property* properties) {
   auto* connection = static_cast<Connection*>(self);
   connection->had_event_ = true;
-  if (reason == MQTT_RC_SUCCESS) {
+  const char* const missing = reason == MQTT_RC_SUCCESS ? MissingFeature(properties) : nullptr;
+  if (missing != nullptr) {
+    DORV_LOG_LATER(connection->log_, ZERK_LOG_ERROR, "the broker at %s does not offer %s, which the bus needs",
+                   connection->target_->text.c_str(), missing);
+    connection->failure_ = -EOPNOTSUPP;
+  } else if (reason == MQTT_RC_SUCCESS) {
     connection->restore_ = true;
   } else {
     connection->failure_ = ErrorFromConnectReason(reason);

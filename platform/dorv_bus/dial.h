@@ -1,6 +1,8 @@
 #ifndef DORV_BUS_DIAL_H
 #define DORV_BUS_DIAL_H
 
+#include <chrono>
+
 #include "address.h"
 #include "event.h"
 
@@ -9,10 +11,10 @@ struct mosquitto;
 namespace dorv {
 
 // Has the instance connect to a broker and send its greeting. Gives up when
-// `stop` is set (-ECANCELED) and after two seconds an address (-ETIMEDOUT). 0 or a
+// `stop` is set (-ECANCELED) and after `timeout` an address (-ETIMEDOUT). 0 or a
 // negative errno value.
 int ConnectInstance(mosquitto* instance, const Address& address, int port, int keep_alive_seconds,
-                    const Event& stop);
+                    std::chrono::milliseconds timeout, const Event& stop);
 
 }  // namespace dorv
 

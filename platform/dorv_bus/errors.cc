@@ -69,6 +69,9 @@ int ErrorFromConnectReason(int reason) {
     case MQTT_RC_QUOTA_EXCEEDED:
     case MQTT_RC_CONNECTION_RATE_EXCEEDED:
       return -ECONNREFUSED;
+    case MQTT_RC_QOS_NOT_SUPPORTED:
+    case MQTT_RC_RETAIN_NOT_SUPPORTED:
+      return -EOPNOTSUPP;
     default:
       return -EPROTO;
   }

@@ -5,6 +5,24 @@
 
 namespace dorv {
 
+const char* MissingFeature(const mosquitto_property* properties) {
+  constexpr struct {
+    int property;  // 0 tells that it is missing; without the property it is there
+    const char* name;
+  } kFeatures[] = {{MQTT_PROP_MAXIMUM_QOS, "QoS 1"},
+                   {MQTT_PROP_RETAIN_AVAILABLE, "retained messages"},
+                   {MQTT_PROP_WILDCARD_SUB_AVAILABLE, "subscriptions with wildcards"},
+                   {MQTT_PROP_SUBSCRIPTION_ID_AVAILABLE, "subscription identifiers"}};
+  for (const auto& feature : kFeatures) {
+    std::uint8_t offered = 1;
+    mosquitto_property_read_byte(properties, feature.property, &offered, false);
+    if (offered == 0) {
+      return feature.name;
+    }
+  }
+  return nullptr;
+}
+
 int ReadError(const mosquitto_property* properties) {
   char* name = nullptr;
   char* value = nullptr;

@@ -60,6 +60,10 @@ inline std::string ReadResponseTopic(const mosquitto_property* properties) {
   return text == nullptr ? "" : text;
 }
 
+// What the bus needs and a broker that answers a connection with these
+// properties does not offer; null when it offers everything.
+const char* MissingFeature(const mosquitto_property* properties);
+
 // The negative errno value that a reply holds, 0 when it holds bytes.
 int ReadError(const mosquitto_property* properties);
 

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <charconv>
 #include <cstdlib>
 #include <memory>
 #include <string_view>
@@ -65,6 +66,21 @@ bool LoadKeyFile(GKeyFile* file, const char* path) {
          g_key_file_load_from_data(file, text.data(), text.size(), G_KEY_FILE_NONE, nullptr) != FALSE;
 }
 
+// Whole seconds from 1 to 3600. An empty text leaves what is there.
+bool ReadConnectTimeout(const std::string& text, const char* source, std::chrono::seconds* timeout) {
+  if (text.empty()) {
+    return true;
+  }
+  int seconds = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+  if (error != std::errc() || end != text.data() + text.size() || seconds < 1 || seconds > 3600) {
+    DORV_LOG(ZERK_LOG_ERROR, "%s is not a whole number of seconds from 1 to 3600", source);
+    return false;
+  }
+  *timeout = std::chrono::seconds(seconds);
+  return true;
+}
+
 std::optional<Settings> FromFile(const char* path) {
   const KeyFile file(g_key_file_new());
   if (!LoadKeyFile(file.get(), path)) {
@@ -82,17 +98,35 @@ std::optional<Settings> FromFile(const char* path) {
   settings.ca_file = Value(file.get(), "tls", "ca_file");
   settings.certificate = Value(file.get(), "tls", "certificate");
   settings.key = Value(file.get(), "tls", "key");
+  if (!ReadConnectTimeout(Value(file.get(), "broker", "connect_timeout"), "connect_timeout in the bus settings",
+                          &settings.connect_timeout)) {
+    return std::nullopt;
+  }
   return settings;
+}
+
+std::string Environment(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? "" : value;
+}
+
+std::optional<Settings> FromChosenFile() {
+  const std::string chosen = Environment("DORV_BUS_SETTINGS");
+  if (!chosen.empty()) {
+    return FromFile(chosen.c_str());
+  }
+  return access(kDefaultFile, F_OK) == 0 ? FromFile(kDefaultFile) : Settings();
 }
 
 }  // namespace
 
 std::optional<Settings> Settings::Load() {
-  const char* chosen = std::getenv("DORV_BUS_SETTINGS");
-  if (chosen != nullptr && *chosen != '\0') {
-    return FromFile(chosen);
+  std::optional<Settings> settings = FromChosenFile();
+  if (settings && !ReadConnectTimeout(Environment("DORV_BUS_CONNECT_TIMEOUT"), "DORV_BUS_CONNECT_TIMEOUT",
+                                      &settings->connect_timeout)) {
+    return std::nullopt;
   }
-  return access(kDefaultFile, F_OK) == 0 ? FromFile(kDefaultFile) : Settings();
+  return settings;
 }
 
 }  // namespace dorv

@@ -1,14 +1,18 @@
 #ifndef DORV_BUS_SETTINGS_H
 #define DORV_BUS_SETTINGS_H
 
+#include <chrono>
 #include <optional>
 #include <string>
 
+#include "dorv_bus.h"
+
 namespace dorv {
 
-// Credentials and TLS material. They come from a key file: the one that the
-// environment variable DORV_BUS_SETTINGS names, else /etc/dorv/bus.conf if it
-// exists. README.md explains the keys. None of them is ever logged.
+// Credentials, TLS material and the time for connecting. They come from a key
+// file: the one that the environment variable DORV_BUS_SETTINGS names, else
+// /etc/dorv/bus.conf if it exists. README.md explains the keys. No credentials are
+// ever logged.
 struct Settings {
   std::string user;
   std::string password;
@@ -17,8 +21,13 @@ struct Settings {
   std::string certificate;  // the client's own, empty for none
   std::string key;          // belongs to the certificate
 
+  // How long bus_connect waits. The environment variable DORV_BUS_CONNECT_TIMEOUT
+  // comes before the file.
+  std::chrono::seconds connect_timeout{BUS_DEFAULT_TIMEOUT};
+
   // Nothing, with the reason logged, when the file, or the password file that it
-  // names, cannot be read, is no regular file or longer than 1 MiB.
+  // names, cannot be read, is no regular file or longer than 1 MiB, and when the
+  // time for connecting is not 1 to 3600 whole seconds.
   static std::optional<Settings> Load();
 };
 

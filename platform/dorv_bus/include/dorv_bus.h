@@ -111,16 +111,18 @@ DORV_BUS_API void bus_client_free(bus_client* client);
 
 /*
  * Connects to the broker and returns when calls can be made, or with the reason
- * why not, after at most BUS_DEFAULT_TIMEOUT seconds.
+ * why not, after at most BUS_DEFAULT_TIMEOUT seconds. The environment variable
+ * DORV_BUS_CONNECT_TIMEOUT, or else connect_timeout in the settings file, sets
+ * another time: 1 to 3600 whole seconds.
  *
  * address  "mqtt://host[:port]" (port 1883, or 8883 with TLS) or "unix:/path";
  *          null means the environment variable DORV_BUS_ADDRESS, and if that is
  *          unset or empty "unix:/run/dorv/bus.sock"
  *
- * From then on the client keeps itself connected, also when this first attempt
- * failed for any reason but -EINVAL: it tries again each second (each ten
- * seconds when the broker refused it), restores its subscriptions, and calls
- * succeed as soon as the broker is there. bus_disconnect ends that. On a
+ * From then on the client keeps itself connected. A failure other than -EINVAL is
+ * not the end: the client goes on in the background, tries again each second
+ * (each ten seconds when the broker refused it), restores its subscriptions, and
+ * calls succeed as soon as the broker is there. bus_disconnect ends that. On a
  * connected client the old connection is closed first.
  *
  * -ENOENT        there is no such socket or the host name is unknown
@@ -131,9 +133,12 @@ DORV_BUS_API void bus_client_free(bus_client* client);
  * -EACCES        the broker does not allow this client to connect or to
  *                receive replies
  * -EPROTO        whoever answers there speaks no MQTT 5
- * -ETIMEDOUT     no answer within BUS_DEFAULT_TIMEOUT
- * -EINVAL        null client or an address that cannot be read, or a settings
- *                file that cannot be read
+ * -EOPNOTSUPP    the broker does not offer what the bus needs (QoS 1, retained
+ *                messages, wildcards, subscription identifiers); the log tells
+ *                which
+ * -ETIMEDOUT     no answer in time
+ * -EINVAL        null client, an address or a settings file that cannot be read,
+ *                or a time for connecting that is none
  */
 DORV_BUS_API int bus_connect(bus_client* client, const char* address);
 
