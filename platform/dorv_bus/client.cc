@@ -28,7 +28,14 @@ namespace {
 constexpr std::chrono::milliseconds kPresenceGrace{50};
 
 std::chrono::seconds Timeout(int timeout) {
-  return std::chrono::seconds(timeout > 0 ? timeout : BUS_DEFAULT_TIMEOUT);
+  return std::min(std::chrono::seconds(timeout > 0 ? timeout : BUS_DEFAULT_TIMEOUT), dorv::kLongestTimeout);
+}
+
+// Of what tells a service's presence from another's. Never 0.
+std::uint64_t HashOf(const mosquitto_message& presence) {
+  const std::string_view bytes(static_cast<const char*>(presence.payload),
+                               static_cast<std::size_t>(presence.payloadlen));
+  return std::hash<std::string_view>()(bytes) | 1;
 }
 
 // Whether a request like this one has been answered by the service that is there.

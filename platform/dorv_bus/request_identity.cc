@@ -5,6 +5,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <limits>
+#include <string>
 
 namespace dorv {
 namespace {
@@ -15,27 +18,71 @@ std::int64_t Now(clockid_t clock) {
   return static_cast<std::int64_t>(now.tv_sec) * 1000000000 + now.tv_nsec;
 }
 
-// A number drawn from the kernel's boot id: equal on one machine until it
-// boots again. 0, which never counts as equal, when it cannot be read.
-std::uint64_t ReadBootId() {
-  const int file = open("/proc/sys/kernel/random/boot_id", O_RDONLY | O_CLOEXEC);
+// The beginning of a file of the kernel's; empty when it cannot be read.
+std::string ReadKernelFile(const char* path) {
+  const int file = open(path, O_RDONLY | O_CLOEXEC);
   if (file < 0) {
-    return 0;
+    return "";
   }
-  char text[64];
+  char text[256];
   const ssize_t length = read(file, text, sizeof text);
   close(file);
-  std::uint64_t hash = 14695981039346656037u;
-  for (ssize_t i = 0; i < length; ++i) {
-    hash = (hash ^ static_cast<unsigned char>(text[i])) * 1099511628211u;
-  }
-  return length > 0 ? hash : 0;
+  return std::string(text, length > 0 ? static_cast<std::size_t>(length) : 0);
 }
 
-std::uint64_t BootId() {
-  static const std::uint64_t boot_id = ReadBootId();
-  return boot_id;
+std::uint64_t Hash(const std::string& text) {
+  std::uint64_t hash = 14695981039346656037u;
+  for (const char c : text) {
+    hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211u;
+  }
+  return hash;
 }
+
+std::string ReadLink(const char* path) {
+  char target[64];
+  const ssize_t length = readlink(path, target, sizeof target);
+  return std::string(target, length > 0 ? static_cast<std::size_t>(length) : 0);
+}
+
+// What this process's time namespace adds to the clock since boot, in
+// nanoseconds. Nothing when that is unknown: the kernel tells it of the namespace
+// of a process's children, which is another one after unshare(CLONE_NEWTIME).
+std::optional<std::int64_t> ReadBootOffset() {
+  const std::string offsets = ReadKernelFile("/proc/self/timens_offsets");
+  if (offsets.empty()) {
+    return access("/proc/self/ns/time", F_OK) == 0 ? std::nullopt : std::optional<std::int64_t>(0);
+  }
+  long long seconds = 0;
+  long long nanoseconds = 0;
+  const std::size_t line = offsets.find("boottime");
+  if (line == std::string::npos ||
+      std::sscanf(offsets.c_str() + line, "boottime %lld %lld", &seconds, &nanoseconds) != 2 ||
+      ReadLink("/proc/self/ns/time") != ReadLink("/proc/self/ns/time_for_children")) {
+    return std::nullopt;
+  }
+  return seconds * 1000000000 + nanoseconds;
+}
+
+// The machine's clock since boot.
+struct BootClock {
+  // Drawn from the kernel's boot id: equal on one machine until it boots again. 0,
+  // which never counts as equal, when this process cannot tell.
+  std::uint64_t id = 0;
+  std::int64_t offset = 0;
+};
+
+BootClock ReadBootClock() {
+  const std::string boot_id = ReadKernelFile("/proc/sys/kernel/random/boot_id");
+  const std::optional<std::int64_t> offset = ReadBootOffset();
+  return boot_id.empty() || !offset ? BootClock() : BootClock{Hash(boot_id), *offset};
+}
+
+const BootClock& TheBootClock() {
+  static const BootClock clock = ReadBootClock();
+  return clock;
+}
+
+std::int64_t NowSinceBoot() { return Now(CLOCK_BOOTTIME) - TheBootClock().offset; }
 
 void Put(unsigned char* out, std::uint64_t number) {
   for (int i = 0; i < 8; ++i) {
@@ -57,8 +104,8 @@ RequestIdentity RequestIdentity::Make(std::uint64_t caller, std::uint64_t sequen
   RequestIdentity identity;
   identity.caller = caller;
   identity.sequence = sequence;
-  identity.boot_id = BootId();
-  identity.boot_deadline = Now(CLOCK_BOOTTIME);
+  identity.boot_id = TheBootClock().id;
+  identity.boot_deadline = NowSinceBoot();
   identity.wall_deadline = Now(CLOCK_REALTIME);
   // Read last, so that the two above can only come out early.
   const auto left = std::chrono::duration_cast<std::chrono::nanoseconds>(deadline - Clock::now()).count();
@@ -91,11 +138,19 @@ RequestIdentity::Bytes RequestIdentity::Encode() const {
   return bytes;
 }
 
-bool RequestIdentity::Expired() const {
-  if (boot_id != 0 && boot_id == BootId()) {
-    return Now(CLOCK_BOOTTIME) >= boot_deadline;
-  }
-  return Now(CLOCK_REALTIME) >= wall_deadline;
+// A deadline before the beginning of time has passed too.
+std::int64_t RequestIdentity::NanosecondsLeft() const {
+  const bool same_clock = boot_id != 0 && boot_id == TheBootClock().id;
+  std::int64_t left = 0;
+  const bool overflown = same_clock ? __builtin_sub_overflow(boot_deadline, NowSinceBoot(), &left)
+                                    : __builtin_sub_overflow(wall_deadline, Now(CLOCK_REALTIME), &left);
+  return overflown ? std::numeric_limits<std::int64_t>::min() : left;
+}
+
+bool RequestIdentity::Expired() const { return NanosecondsLeft() <= 0; }
+
+bool RequestIdentity::IsTooFar() const {
+  return NanosecondsLeft() > std::chrono::nanoseconds(kLongestTimeout).count();
 }
 
 bool SeenRequests::Insert(const RequestIdentity& identity) {

@@ -4,6 +4,7 @@
 #define DORV_BUS_REQUEST_IDENTITY_H
 
 #include <array>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <list>
@@ -13,6 +14,10 @@
 #include "waiter.h"
 
 namespace dorv {
+
+// The longest that a call waits, and the farthest that a request's deadline may lie
+// ahead.
+constexpr std::chrono::seconds kLongestTimeout{3600};
 
 struct RequestIdentity {
   // Encoded: the five numbers below, big-endian, in this order.
@@ -24,7 +29,8 @@ struct RequestIdentity {
 
   // The deadline on two clocks. On the machine on which the request was sent
   // (the boot ids agree) the one that counts since boot, in nanoseconds, holds:
-  // nobody can set it. Elsewhere wall-clock time, in nanoseconds since 1970.
+  // nobody can set it, and a time namespace's own offset is taken off. Elsewhere
+  // wall-clock time, in nanoseconds since 1970.
   std::uint64_t boot_id = 0;
   std::int64_t boot_deadline = 0;
   std::int64_t wall_deadline = 0;
@@ -36,6 +42,12 @@ struct RequestIdentity {
 
   Bytes Encode() const;
   bool Expired() const;
+  // Whether the deadline lies farther ahead than a caller can wait: then it is a
+  // mistake, or another clock's.
+  bool IsTooFar() const;
+
+ private:
+  std::int64_t NanosecondsLeft() const;
 };
 
 // Remembers which requests came, so that none is executed twice.

@@ -113,7 +113,8 @@ void bus_service::ReceiveRequest(const mosquitto_message& message, const mosquit
   const auto identity = dorv::ReadIdentity(properties);
   // A reply goes to reply topics only: a request must not make the service
   // publish anywhere else.
-  if (!identity || !dorv::IsName(request->method.c_str()) || !dorv::IsReplyTopic(request->reply_topic)) {
+  if (!identity || identity->IsTooFar() || !dorv::IsName(request->method.c_str()) ||
+      !dorv::IsReplyTopic(request->reply_topic)) {
     DORV_LOG_LATER(connection_.log(), ZERK_LOG_NOTICE, "a malformed request was dropped");
     return;
   }

@@ -2,6 +2,7 @@
 // none twice, and never more than so much.
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <new>
 #include <random>
 #include <vector>
@@ -70,6 +71,24 @@ TEST(SeenRequests, ThatCouldNotBeNotedLeaveNothing) {
       seen.Insert(Request(7 + other, 1, kFarAway));
     }
     EXPECT_FALSE(seen.Insert(Request(7, 2, kFarAway))) << "would be executed twice";
+  }
+}
+
+TEST(RequestIdentity, DeadlineIsAtMostAnHourAhead) {
+  using std::chrono::seconds;
+  EXPECT_FALSE(Request(7, 1, kLongestTimeout).IsTooFar());
+  EXPECT_TRUE(Request(7, 1, kLongestTimeout + seconds(20)).IsTooFar());
+  EXPECT_FALSE(Request(7, 1, seconds(-1)).IsTooFar());
+  for (const bool same_machine : {true, false}) {
+    RequestIdentity identity = Request(7, 1, seconds(1));
+    if (!same_machine) identity.boot_id = 0;
+    EXPECT_FALSE(identity.IsTooFar());
+    EXPECT_FALSE(identity.Expired());
+    identity.boot_deadline = identity.wall_deadline = std::numeric_limits<std::int64_t>::max();
+    EXPECT_TRUE(identity.IsTooFar());
+    identity.boot_deadline = identity.wall_deadline = std::numeric_limits<std::int64_t>::min();
+    EXPECT_FALSE(identity.IsTooFar());
+    EXPECT_TRUE(identity.Expired());
   }
 }
 

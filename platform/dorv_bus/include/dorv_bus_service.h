@@ -27,7 +27,7 @@ typedef struct bus_request bus_request;
  * Receives one request and owns it: the handler, or whoever it hands the
  * request to, ends it with exactly one bus_request_reply or bus_request_fail.
  * A request that came past its deadline, came before, or carries neither is
- * dropped without a call.
+ * dropped without a call, and so is one whose deadline is more than an hour away.
  */
 typedef void (*bus_method_handler)(bus_service* service, bus_request* request, void* user_data);
 
