@@ -202,7 +202,8 @@ int bus_client::Watch(std::string_view service, ServiceWatch** watch) {
   }
   *watch = &entry->second;
   if (!entry->second.watched) {
-    const int result = connection_.Subscribe(dorv::Topic::Presence(service).c_str(), 0, 0);
+    const int result =
+        connection_.Subscribe(dorv::Topic::Presence(service).c_str(), 0, 0, dorv::Connection::Kept::kLast);
     if (result < 0) {
       return result;
     }

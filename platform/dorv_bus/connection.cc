@@ -189,15 +189,16 @@ int Connection::Publish(int* message_id, const char* topic, const void* payload,
   return Sent(mosquitto_publish_v5(mosquitto_, message_id, topic, length, payload, qos, retain, properties));
 }
 
-int Connection::Subscribe(const char* topic, int qos, int identifier) {
+int Connection::Subscribe(const char* topic, int qos, int identifier, Kept kept) {
   mosquitto_property* properties = nullptr;
   if (identifier > 0 &&
       mosquitto_property_add_varint(&properties, MQTT_PROP_SUBSCRIPTION_IDENTIFIER,
                                     static_cast<std::uint32_t>(identifier)) != MOSQ_ERR_SUCCESS) {
     return -ENOMEM;
   }
+  const int options = kept == Kept::kLast ? MQTT_SUB_OPT_SEND_RETAIN_ALWAYS : MQTT_SUB_OPT_SEND_RETAIN_NEVER;
   int message_id = 0;
-  const int result = Sent(mosquitto_subscribe_v5(mosquitto_, &message_id, topic, qos, 0, properties));
+  const int result = Sent(mosquitto_subscribe_v5(mosquitto_, &message_id, topic, qos, options, properties));
   mosquitto_property_free_all(&properties);
   return result < 0 ? result : message_id;
 }

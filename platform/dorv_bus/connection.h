@@ -98,11 +98,14 @@ class Connection {
   int Publish(int* message_id, const char* topic, const void* payload, int length, int qos, bool retain,
               const mosquitto_property* properties);
 
+  // What a subscription brings of the messages that the broker has kept.
+  enum class Kept { kNone, kLast };
+
   // Subscribes without waiting; `identifier` comes with each message, 0 for
   // none. The message id, or a negative errno value.
-  int Subscribe(const char* topic, int qos, int identifier);
+  int Subscribe(const char* topic, int qos, int identifier, Kept kept = Kept::kNone);
 
-  // Subscribe that waits for the broker's confirmation.
+  // Subscribe, without kept messages, that waits for the broker's confirmation.
   int SubscribeAndWait(std::unique_lock<std::mutex>& lock, const char* topic, int qos, int identifier,
                        TimePoint deadline);
 

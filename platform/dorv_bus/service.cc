@@ -68,7 +68,8 @@ int bus_service::Restore() {
   if (announced < 0) {
     return announced;
   }
-  const int watched = connection_.Subscribe(Topic::Presence(name_).c_str(), 0, 0);
+  const int watched =
+      connection_.Subscribe(Topic::Presence(name_).c_str(), 0, 0, dorv::Connection::Kept::kLast);
   return watched < 0 ? watched : connection_.Subscribe(Topic::Calls(name_).c_str(), 0, 0);
 }
 

@@ -83,16 +83,18 @@ int bus_client::Restore() {
     }
   }
   for (auto& [service, watch] : services_) {
-    watch.watched = connection_.Subscribe(dorv::Topic::Presence(service).c_str(), 0, 0) >= 0;
+    watch.watched =
+        connection_.Subscribe(dorv::Topic::Presence(service).c_str(), 0, 0, dorv::Connection::Kept::kLast) >= 0;
   }
   return connection_.Subscribe(dorv::Topic::Reply(connection_.client_id()).c_str(), 0, 0);
 }
 
+// A signal is news: one that the broker has kept tells of something that is over.
 // The broker may send a signal once for each matching subscription or once with
 // the identifiers of all; each callback is called once either way.
 void bus_client::ReceiveSignal(const mosquitto_message& message, const mosquitto_property* properties) {
   const std::string_view signal = dorv::SignalOf(message.topic);
-  if (signal.empty()) {
+  if (signal.empty() || message.retain) {
     return;
   }
   std::uint32_t identifier = 0;

@@ -161,6 +161,28 @@ TEST_F(BundledWire, RepliesThatBelongToNothingAreDropped) {
   EXPECT_EQ(Call(client.get(), "camera", "move", "2").reply, "2");
 }
 
+// What somebody made the broker keep tells of something that is over.
+TEST_F(BundledWire, KeptSignalsAreNoNews) {
+  RawMqtt other(broker_.socket_path(), "");
+  other.Send({"dorv/signal/camera/finish/search_device", "kept", "", ""}, true);
+  const ServedName service("camera", broker_.address(), Recorder());
+  const ClientPtr client = ConnectedTo(broker_.address());
+  const auto subscribe = [&] {
+    EXPECT_EQ(bus_signal_subscribe(client.get(), "camera", "finish/search_device", TheReceiver(0).callback), 0);
+    EXPECT_EQ(bus_signal_subscribe_all(client.get(), "camera", TheReceiver(1).callback), 0);
+  };
+  subscribe();
+  EXPECT_EQ(bus_signal_unsubscribe(client.get(), "camera", "finish/search_device"), 0);
+  subscribe();
+  EXPECT_EQ(bus_connect(client.get(), broker_.address().c_str()), 0);
+  EXPECT_EQ(Emit(service.get(), "finish/search_device", "new"), 0);
+  for (const int index : {0, 1}) {
+    ASSERT_TRUE(TheReceiver(index).WaitFor(1));
+    EXPECT_EQ(TheReceiver(index).All()[0].payload, "new");
+    EXPECT_EQ(TheReceiver(index).Count(), 1U);
+  }
+}
+
 TEST_F(BundledWire, EveryConnectionHasAnIdOfItsOwn) {
   const ServedName service("camera", broker_.address(), Recorder());
   std::vector<ClientPtr> clients;

@@ -173,8 +173,9 @@ DORV_BUS_API int bus_method_call_async(bus_client* client, const char* service, 
 
 /*
  * Has `callback` called for each signal of that name. Returns when the broker
- * has confirmed, so that a signal emitted afterwards is received. A second
- * subscription of the same name replaces the callback.
+ * has confirmed, so that a signal emitted afterwards is received; one that the
+ * broker has kept from before (retained) is not. A second subscription of the same
+ * name replaces the callback.
  */
 DORV_BUS_API int bus_signal_subscribe(bus_client* client, const char* service, const char* signal,
                                       bus_callback callback);
