@@ -190,6 +190,7 @@ void Connection::Dial(std::unique_lock<std::mutex>& lock) {
   failure_ = 0;
   disconnected_ = false;
   restore_ = false;
+  restored_ = false;
   if (error != 0) {
     Fail(error);
     return;

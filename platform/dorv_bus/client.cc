@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <functional>
 #include <new>
 #include <utility>
 
@@ -22,9 +23,10 @@ using dorv::TimePoint;
 
 namespace {
 
-// How long a presence message may come after the confirmation of a request
-// before its absence means that nobody serves the name. A service announces
-// itself before it takes requests, so what arrived there has a presence.
+// How long the answer, or word of a service that has been there before, may come
+// after the broker has taken a request for a service without a presence. A service
+// executes only what the broker takes after its presence, so nobody serves that
+// request. The time is for brokers that hold back what they have kept.
 constexpr std::chrono::milliseconds kPresenceGrace{50};
 
 std::chrono::seconds Timeout(int timeout) {
@@ -41,7 +43,7 @@ std::uint64_t HashOf(const mosquitto_message& presence) {
 // Whether a request like this one has been answered by the service that is there.
 bool Trusts(const ServiceWatch& service, std::string_view method, int length) {
   const auto answered = service.answered.find(method);
-  return service.present && answered != service.answered.end() && length <= answered->second;
+  return service.instance != 0 && answered != service.answered.end() && length <= answered->second;
 }
 
 bool IsBytes(const void* data, int length) { return length >= 0 && (data != nullptr || length == 0); }
@@ -202,14 +204,17 @@ int bus_client::Watch(std::string_view service, ServiceWatch** watch) {
   }
   *watch = &entry->second;
   if (!entry->second.watched) {
-    const int result =
-        connection_.Subscribe(dorv::Topic::Presence(service).c_str(), 0, 0, dorv::Connection::Kept::kLast);
+    const int result = WatchPresence(service);
     if (result < 0) {
       return result;
     }
     entry->second.watched = true;
   }
   return 0;
+}
+
+int bus_client::WatchPresence(std::string_view service) {
+  return connection_.Subscribe(dorv::Topic::Presence(service).c_str(), 0, 0, dorv::Connection::Kept::kLast);
 }
 
 void bus_client::Finish(std::uint64_t sequence, int result) {
@@ -249,7 +254,7 @@ void bus_client::Receive(const mosquitto_message& message, const mosquitto_prope
   }
   const std::string_view service = dorv::PresenceOf(message.topic);
   if (!service.empty()) {
-    ReceivePresence(service, message.payloadlen > 0);
+    ReceivePresence(service, message);
   } else {
     ReceiveSignal(message, properties);
   }
@@ -293,27 +298,40 @@ void bus_client::NoteAnswered(const PendingCall& call) {
   }
 }
 
-void bus_client::ReceivePresence(std::string_view service, bool present) {
+void bus_client::ReceivePresence(std::string_view service, const mosquitto_message& message) {
   const auto entry = services_.find(service);
   if (entry == services_.end()) {
     return;
   }
   ServiceWatch& watch = entry->second;
-  const bool left = watch.present && !present;
-  watch.present = present;
-  if (left) {
+  const std::uint64_t instance = message.payloadlen > 0 ? HashOf(message) : 0;
+  const std::uint64_t before = std::exchange(watch.instance, instance);
+  if (before == 0 && message.retain) {
+    TakeTime(watch);
+  } else if (before != 0 && instance != before) {
     watch.answered.clear();
+    EndCalls(watch);
   }
-  for (auto next = calls_.begin(); next != calls_.end();) {
-    const auto [sequence, call] = *next++;
-    if (call->service != &watch) {
-      continue;
-    }
-    if (left) {
-      Finish(sequence, -ECONNRESET);
-    } else if (present) {
+}
+
+// The service was there before the calls' requests: they have all their time.
+void bus_client::TakeTime(const ServiceWatch& watch) {
+  for (const auto& [sequence, call] : calls_) {
+    if (call->service == &watch) {
       call->waiter.deadline = call->last_moment;
       call->waiter.expiry_result = -ETIMEDOUT;
+    }
+  }
+}
+
+// The service is gone, and with it the calls that it may have had. Those that the
+// broker has yet to take go to the one that is there instead.
+void bus_client::EndCalls(const ServiceWatch& watch) {
+  for (auto next = calls_.begin(); next != calls_.end();) {
+    const auto [sequence, call] = *next++;
+    const bool under_way = watch.instance != 0 && call->message_id != 0;
+    if (call->service == &watch && !under_way) {
+      Finish(sequence, -ECONNRESET);
     }
   }
 }
@@ -334,8 +352,9 @@ void bus_client::Acknowledge(int message_id, int reason) {
     Finish(entry->first, -ESRCH);
   } else if (reason >= MQTT_RC_UNSPECIFIED) {
     Finish(entry->first, dorv::ErrorFromReason(reason));
-  } else if (!call->service->present) {
-    // Somebody took it, but perhaps only a monitor that subscribes to everything.
+  } else if (call->service->instance == 0) {
+    // Somebody took it, but only a monitor that subscribes to everything, or a
+    // service that is about to announce itself and drops it.
     call->waiter.deadline = std::min(call->last_moment, Clock::now() + kPresenceGrace);
     call->waiter.expiry_result = -ESRCH;
     call->waiter.wake.notify_one();

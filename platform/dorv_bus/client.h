@@ -18,8 +18,8 @@ namespace dorv {
 
 // What is known of a service in this session.
 struct ServiceWatch {
-  bool watched = false;  // its retained presence message is subscribed
-  bool present = false;  // and there is one
+  bool watched = false;        // its presence is subscribed
+  std::uint64_t instance = 0;  // a hash of the presence, which tells one service from the next; 0 without one
   // The longest request that it has answered for each method. Requests up to
   // that length need no confirmation by the broker: as long as the service is
   // present they are sent at QoS 0, which saves the caller a wake-up. Forgotten
@@ -92,6 +92,7 @@ struct bus_client final : dorv::Connection::Owner, std::enable_shared_from_this<
 
   // Connection::Owner
   int Restore() override;
+  int Restored() override;
   void Receive(const mosquitto_message& message, const mosquitto_property* properties) override;
   void Acknowledge(int message_id, int reason) override;
   void Lose() override;
@@ -100,12 +101,15 @@ struct bus_client final : dorv::Connection::Owner, std::enable_shared_from_this<
   int Send(dorv::PendingCall* call, const char* service, const char* method, const void* request, int length,
            std::uint64_t* sequence);
   int Watch(std::string_view service, dorv::ServiceWatch** watch);
+  int WatchPresence(std::string_view service);
   void NoteAnswered(const dorv::PendingCall& call);
   void Finish(std::uint64_t sequence, int result);
   void Finish(dorv::PendingCall* call, int result);
   void FinishLater(dorv::PendingCall* call, int result, const void* payload);
   void ReceiveReply(const mosquitto_message& message, const mosquitto_property* properties);
-  void ReceivePresence(std::string_view service, bool present);
+  void ReceivePresence(std::string_view service, const mosquitto_message& message);
+  void TakeTime(const dorv::ServiceWatch& watch);
+  void EndCalls(const dorv::ServiceWatch& watch);
   void ReceiveSignal(const mosquitto_message& message, const mosquitto_property* properties);
   void Deliver(int identifier, std::string_view signal, const mosquitto_message& message);
   bool Subscribed(int identifier, bus_callback* callback);

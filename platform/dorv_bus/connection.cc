@@ -161,6 +161,12 @@ void Connection::Restore() {
   }
 }
 
+void Connection::Open() {
+  state_ = State::kReady;
+  trouble_.Over(target_->text, log_);
+  Settle(0);
+}
+
 // Gives those who wait for a connection their result.
 void Connection::Settle(int result) {
   for (Waiter* waiter : connecting_) {
@@ -271,9 +277,7 @@ void Connection::OnSubscribe(mosquitto*, void* self, int message_id, int count, 
     DORV_LOG_LATER(connection->log_, ZERK_LOG_WARNING, "the broker refused to restore a subscription: %s",
                    ErrorText(result));
   } else if (message_id == connection->last_subscription_) {
-    connection->state_ = State::kReady;
-    connection->trouble_.Over(connection->target_->text, connection->log_);
-    connection->Settle(0);
+    connection->restored_ = true;
   }
 }
 

@@ -36,7 +36,7 @@ class Connection {
  public:
   // What a client or a service adds to a connection. Everything but Serve is
   // called with the mutex held, from the background or a driving thread, and
-  // must not block; only Restore and Serve may send.
+  // must not block; only Restore, Restored and Serve may send.
   class Owner {
    public:
     virtual ~Owner() = default;
@@ -45,9 +45,12 @@ class Connection {
     virtual int Prepare(mosquitto*) { return 0; }
 
     // A session has begun: subscribes. Returns the message id of the last
-    // subscription, with whose confirmation the connection is ready, or a
-    // negative errno value.
+    // subscription, or a negative errno value.
     virtual int Restore() = 0;
+
+    // The broker has confirmed that one: calls Open, at once or when it has
+    // done what else is to be done. 0, or a negative errno value.
+    virtual int Restored() = 0;
 
     virtual void Receive(const mosquitto_message& message, const mosquitto_property* properties) = 0;
 
@@ -90,6 +93,13 @@ class Connection {
 
   // Leaves the broker and no longer tries. Results of bus_disconnect.
   int Disconnect();
+
+  // The session can be used: the connection is ready.
+  void Open();
+
+  // The session cannot be used: it ends for that reason when what has been read
+  // is dealt with.
+  void Refuse(int error) { failure_ = error; }
 
   // For lines that come up while the mutex is held.
   LogWriter& log() { return log_; }
@@ -215,6 +225,7 @@ class Connection {
   bool had_event_ = false;     // a callback ran during the last read
   bool disconnected_ = false;  // the session has ended during the last read
   bool restore_ = false;       // a session has begun during the last read
+  bool restored_ = false;      // its subscriptions have been confirmed during the last read
   std::vector<Waiter*> connecting_;
   std::vector<Confirmation> confirmations_;
   Trouble trouble_;

@@ -124,6 +124,10 @@ void Connection::Pump() {
   if (restore_ && failure_ == 0) {
     Restore();
   }
+  if (restored_ && failure_ == 0) {
+    restored_ = false;
+    failure_ = owner_->Restored();
+  }
   if (result == MOSQ_ERR_SUCCESS && failure_ == 0 && mosquitto_want_write(mosquitto_)) {
     result = mosquitto_loop_write(mosquitto_, 1);
   }

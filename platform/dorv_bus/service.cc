@@ -1,5 +1,7 @@
 #include "service.h"
 
+#include <mqtt_protocol.h>
+
 #include <cerrno>
 #include <utility>
 
@@ -7,16 +9,17 @@
 #include "names.h"
 #include "process.h"
 #include "properties.h"
+#include "random.h"
 
 using dorv::TimePoint;
 using dorv::Topic;
 
 bus_service::bus_service(const char* name, bus_method_handler handler, void* user_data)
     : name_(name),
-      instance_(dorv::MakeClientId(name)),
+      instance_(std::to_string(dorv::RandomNumber())),
       handler_(handler),
       user_data_(user_data),
-      connection_(this, instance_) {}
+      connection_(this, dorv::MakeClientId(name)) {}
 
 bus_service::~bus_service() { dorv::ReleaseLibrary(); }
 
@@ -61,26 +64,52 @@ int bus_service::Prepare(mosquitto* instance) {
   return result == MOSQ_ERR_SUCCESS ? 0 : -ENOMEM;
 }
 
-// Announces itself before it takes requests: whoever's request arrives here can
-// know of the presence.
 int bus_service::Restore() {
-  const int announced = Announce();
-  if (announced < 0) {
-    return announced;
-  }
   const int watched =
       connection_.Subscribe(Topic::Presence(name_).c_str(), 0, 0, dorv::Connection::Kept::kLast);
   return watched < 0 ? watched : connection_.Subscribe(Topic::Calls(name_).c_str(), 0, 0);
 }
 
+// Announces itself when requests reach it, so that none is lost that somebody
+// sends to a service that is present.
+int bus_service::Restored() { return Announce(); }
+
 int bus_service::Announce() {
-  const int result = connection_.Publish(nullptr, Topic::Presence(name_).c_str(), instance_.data(),
+  const int result = connection_.Publish(&announcement_, Topic::Presence(name_).c_str(), instance_.data(),
                                          static_cast<int>(instance_.size()), 1, true, nullptr);
   if (result < 0) {
+    announcement_ = 0;
     DORV_LOG_LATER(connection_.log(), ZERK_LOG_WARNING, "cannot announce the service %s: %s", name_.c_str(),
                    dorv::ErrorText(result));
   }
   return result;
+}
+
+// The broker has taken the presence: it, and every client, gets what comes from
+// now on after that.
+void bus_service::Acknowledge(int message_id, int reason) {
+  if (message_id != announcement_) {
+    return;
+  }
+  announcement_ = 0;
+  if (reason >= MQTT_RC_UNSPECIFIED) {
+    const int error = dorv::ErrorFromReason(reason);
+    DORV_LOG_LATER(connection_.log(), ZERK_LOG_ERROR,
+                   "the broker does not let the service %s announce itself: %s", name_.c_str(),
+                   dorv::ErrorText(error));
+    connection_.Refuse(error);
+    return;
+  }
+  present_ = true;
+  if (!connection_.ready()) {
+    connection_.Open();
+  }
+}
+
+void bus_service::Lose() {
+  announcement_ = 0;
+  present_ = false;
+  announce_again_ = false;
 }
 
 void bus_service::Receive(const mosquitto_message& message, const mosquitto_property* properties) {
@@ -95,12 +124,15 @@ void bus_service::Receive(const mosquitto_message& message, const mosquitto_prop
 }
 
 // The will of an earlier service of this name may come late and clear the
-// presence that this one has announced.
+// presence that this one has announced. Callers take this one for gone then,
+// until it has announced itself anew.
 void bus_service::ReceivePresence(const mosquitto_message& message) {
   const std::string_view present(static_cast<const char*>(message.payload),
                                  static_cast<std::size_t>(message.payloadlen));
   if (present.empty()) {
-    announce_again_ = true;
+    present_ = false;
+    // An announcement that is under way comes after what has cleared the last.
+    announce_again_ = connection_.ready() && announcement_ == 0;
   } else if (present != instance_ && connection_.ready()) {
     DORV_LOG_LATER(connection_.log(), ZERK_LOG_ERROR, "somebody else serves the name %s as well",
                    name_.c_str());
@@ -124,6 +156,11 @@ void bus_service::ReceiveRequest(const mosquitto_message& message, const mosquit
                    request->method.c_str());
     return;
   }
+  if (!present_) {
+    DORV_LOG_LATER(connection_.log(), ZERK_LOG_NOTICE,
+                   "a request from before the service's presence was dropped: %s", request->method.c_str());
+    return;
+  }
   request->identity = *identity;
   request->session = connection_.session();
   request->payload.assign(static_cast<const char*>(message.payload),
@@ -135,8 +172,8 @@ TimePoint bus_service::Tick(TimePoint) { return TimePoint::max(); }
 
 void bus_service::Serve() {
   std::unique_lock<std::mutex> lock(connection_.mutex());
-  if (std::exchange(announce_again_, false) && connection_.ready()) {
-    Announce();
+  if (announce_again_ && connection_.ready()) {
+    announce_again_ = Announce() < 0 && connection_.ready();
   }
   serving_ = true;
   while (!requests_.empty() && !freed_) {

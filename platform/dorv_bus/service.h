@@ -42,9 +42,10 @@ struct bus_service final : dorv::Connection::Owner, std::enable_shared_from_this
   // Connection::Owner
   int Prepare(mosquitto* instance) override;
   int Restore() override;
+  int Restored() override;
   void Receive(const mosquitto_message& message, const mosquitto_property* properties) override;
-  void Acknowledge(int, int) override {}
-  void Lose() override {}
+  void Acknowledge(int message_id, int reason) override;
+  void Lose() override;
   dorv::TimePoint Tick(dorv::TimePoint now) override;
   void Serve() override;
 
@@ -55,12 +56,14 @@ struct bus_service final : dorv::Connection::Owner, std::enable_shared_from_this
 
   const unsigned process_ = dorv::ProcessNumber();
   const std::string name_;
-  const std::string instance_;  // tells this service's presence from another's
+  const std::string instance_;  // tells this service's presence from another's; anybody may read it
   const bus_method_handler handler_;
   void* const user_data_;
   dorv::Connection connection_;
   dorv::SeenRequests seen_;
   std::deque<Request> requests_;
+  int announcement_ = 0;  // message id of a presence that the broker has yet to confirm
+  bool present_ = false;  // what the broker takes now, it takes after the presence
   bool announce_again_ = false;
   bool serving_ = false;
   bool freed_ = false;

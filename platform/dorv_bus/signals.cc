@@ -83,10 +83,14 @@ int bus_client::Restore() {
     }
   }
   for (auto& [service, watch] : services_) {
-    watch.watched =
-        connection_.Subscribe(dorv::Topic::Presence(service).c_str(), 0, 0, dorv::Connection::Kept::kLast) >= 0;
+    watch.watched = WatchPresence(service) >= 0;
   }
   return connection_.Subscribe(dorv::Topic::Reply(connection_.client_id()).c_str(), 0, 0);
+}
+
+int bus_client::Restored() {
+  connection_.Open();
+  return 0;
 }
 
 // A signal is news: one that the broker has kept tells of something that is over.

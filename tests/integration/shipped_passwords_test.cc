@@ -2,6 +2,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <fstream>
+#include <set>
 
 #include "contract/bundled_bus.h"
 #include "integration/shipped_broker.h"
@@ -129,6 +130,34 @@ TEST_F(ShippedPasswords, OnlyTheServicesUserRepliesSignalsAndIsPresent) {
   EXPECT_EQ(presence->All().size(), 1u);
   LeaveWithWill("vptzd", "dorv/presence/vptz");
   EXPECT_EQ(presence->WaitFor("vptz", 2).payload, "");
+}
+
+// Whoever connects with another connection's client id throws it off the broker.
+TEST_F(ShippedPasswords, NothingThatACallerReadsIsAClientIdOfOthers) {
+  const auto service = ServedBy("vptzd");
+  const auto presence = RawAs("right", "dorv/presence/#");
+  const ClientPtr right = ConnectedAs("right");
+  const auto spy = RawAs("left", "#");
+  for (const char* filter : {"dorv/#", "dorv/presence/#", "dorv/call/#", "dorv/reply/#", "$SYS/#"}) {
+    spy->Subscribe(filter);
+  }
+  EXPECT_EQ(Call(right.get(), "vptz", "echo", "first").reply, "first");
+  EXPECT_EQ(Emit(service->get(), "moved", "payload"), 0);
+  spy->WaitFor("dorv/signal/vptz/moved");
+  spy->WaitFor("dorv/presence/vptz");
+
+  std::set<std::string> words;
+  for (const RawMessage& message : spy->All()) {
+    words.insert({message.payload, message.response_topic, message.correlation, message.topic});
+    words.insert(message.topic.substr(message.topic.rfind('/') + 1));
+  }
+  words.erase("");
+  EXPECT_GE(words.size(), 5u);
+  for (const std::string& word : words) RawAs("left", "", word);
+
+  EXPECT_EQ(Call(right.get(), "vptz", "echo", "second").reply, "second");
+  presence->Subscribe("dorv/presence/none");  // its answer comes after what the broker has sent before
+  EXPECT_EQ(presence->All().size(), 1u) << "the service has lost its connection";
 }
 
 TEST_F(ShippedPasswords, AnotherUserServesNothing) {

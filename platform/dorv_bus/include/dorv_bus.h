@@ -17,6 +17,8 @@
  *   -ECONNRESET  the connection, or the service, was lost while waiting; the
  *                request may or may not have been executed
  *   -EACCES      the broker does not allow it to this client
+ *   -EPROTO      the failure that a reply tells is no errno value, or the broker
+ *                refused the request for a reason of its own
  *   -ENOMEM      memory ran out
  *   -ENOENT      bus_signal_unsubscribe: there is no such subscription
  *
