@@ -167,6 +167,13 @@ void Connection::Open() {
   Settle(0);
 }
 
+void Connection::Refuse(int error, const char* what, const char* of_what) {
+  failure_ = error;
+  if (trouble_.IsNew(error, Clock::now())) {
+    DORV_LOG_LATER(log_, ZERK_LOG_ERROR, "%s: %s", what, of_what);
+  }
+}
+
 // Gives those who wait for a connection their result.
 void Connection::Settle(int result) {
   for (Waiter* waiter : connecting_) {
@@ -245,9 +252,7 @@ void Connection::OnConnect(mosquitto*, void* self, int reason, int, const mosqui
   connection->had_event_ = true;
   const char* const missing = reason == MQTT_RC_SUCCESS ? MissingFeature(properties) : nullptr;
   if (missing != nullptr) {
-    DORV_LOG_LATER(connection->log_, ZERK_LOG_ERROR, "the broker at %s does not offer %s, which the bus needs",
-                   connection->target_->text.c_str(), missing);
-    connection->failure_ = -EOPNOTSUPP;
+    connection->Refuse(-EOPNOTSUPP, "the broker does not offer what the bus needs", missing);
   } else if (reason == MQTT_RC_SUCCESS) {
     connection->restore_ = true;
   } else {

@@ -98,8 +98,9 @@ class Connection {
   void Open();
 
   // The session cannot be used: it ends for that reason when what has been read
-  // is dealt with.
-  void Refuse(int error) { failure_ = error; }
+  // is dealt with. What is to be said about it goes to the log as often as the
+  // reason itself.
+  void Refuse(int error, const char* what, const char* of_what);
 
   // For lines that come up while the mutex is held.
   LogWriter& log() { return log_; }

@@ -93,11 +93,8 @@ void bus_service::Acknowledge(int message_id, int reason) {
   }
   announcement_ = 0;
   if (reason >= MQTT_RC_UNSPECIFIED) {
-    const int error = dorv::ErrorFromReason(reason);
-    DORV_LOG_LATER(connection_.log(), ZERK_LOG_ERROR,
-                   "the broker does not let the service %s announce itself: %s", name_.c_str(),
-                   dorv::ErrorText(error));
-    connection_.Refuse(error);
+    connection_.Refuse(dorv::ErrorFromReason(reason), "the broker does not let the service announce itself",
+                       name_.c_str());
     return;
   }
   present_ = true;

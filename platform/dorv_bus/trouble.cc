@@ -4,9 +4,13 @@
 
 namespace dorv {
 
-void Trouble::Report(int error, const std::string& address, TimePoint now, LogWriter& log) {
+bool Trouble::IsNew(int error, TimePoint now) const {
   constexpr std::chrono::minutes kQuiet{1};
-  if (error == error_ && now - reported_at_ < kQuiet) {
+  return error != error_ || now - reported_at_ >= kQuiet;
+}
+
+void Trouble::Report(int error, const std::string& address, TimePoint now, LogWriter& log) {
+  if (!IsNew(error, now)) {
     return;
   }
   error_ = error;

@@ -13,6 +13,8 @@ namespace dorv {
 // most once a minute, and once when it is over.
 class Trouble {
  public:
+  // Whether Report would write a line.
+  bool IsNew(int error, TimePoint now) const;
   void Report(int error, const std::string& address, TimePoint now, LogWriter& log);
   void Over(const std::string& address, LogWriter& log);
 

@@ -31,8 +31,8 @@
  * name holds no '/'. Any other name is -EINVAL before anything is sent.
  *
  * Time-outs are in seconds and begin with the call; 0 or less selects
- * BUS_DEFAULT_TIMEOUT, and more than 3600 counts as 3600. A call never outlives its time-out, whatever the broker
- * does.
+ * BUS_DEFAULT_TIMEOUT, and more than 3600 counts as 3600. A call never outlives
+ * its time-out, whatever the broker does.
  *
  * Threads: every function may be called from every thread at any time, also
  * from a callback. Callbacks of one client, for signals and for asynchronous
