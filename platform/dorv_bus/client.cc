@@ -353,7 +353,7 @@ void bus_client::Acknowledge(int message_id, int reason) {
   } else if (reason >= MQTT_RC_UNSPECIFIED) {
     Finish(entry->first, dorv::ErrorFromReason(reason));
   } else if (call->service->instance == 0) {
-    // Somebody took it, but only a monitor that subscribes to everything, or a
+    // There was a taker, but only a monitor that subscribes to everything, or a
     // service that is about to announce itself and drops it.
     call->waiter.deadline = std::min(call->last_moment, Clock::now() + kPresenceGrace);
     call->waiter.expiry_result = -ESRCH;

@@ -73,8 +73,8 @@ int Connection::Connect(std::unique_lock<std::mutex>& lock, std::shared_ptr<void
   const int result = Await(lock, waiter);
   connecting_.erase(std::remove(connecting_.begin(), connecting_.end(), &waiter), connecting_.end());
   if (result < 0) {
-    // So that whoever sees the failure finds its reason in the log, unless that
-    // is stuck.
+    // A caller that sees the failure finds its reason in the log, unless that is
+    // stuck.
     lock.unlock();
     log_.Wait(std::min(waiter.deadline, Clock::now() + std::chrono::milliseconds(100)));
     lock.lock();

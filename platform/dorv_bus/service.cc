@@ -70,8 +70,8 @@ int bus_service::Restore() {
   return watched < 0 ? watched : connection_.Subscribe(Topic::Calls(name_).c_str(), 0, 0);
 }
 
-// Announces itself when requests reach it, so that none is lost that somebody
-// sends to a service that is present.
+// Announces itself when requests reach it: none is lost that a caller sends to a
+// service that is present.
 int bus_service::Restored() { return Announce(); }
 
 int bus_service::Announce() {

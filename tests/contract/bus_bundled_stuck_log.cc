@@ -16,7 +16,8 @@
 namespace vptz_test {
 namespace {
 
-// Keeps every line; while it is stuck, whoever writes one waits, for 20 s at most.
+// Keeps every line; while it is stuck, a thread that writes one waits, for 20 s at
+// most.
 class Log {
  public:
   void Write(const std::string& line) {

@@ -161,7 +161,7 @@ TEST_F(BundledWire, RepliesThatBelongToNothingAreDropped) {
   EXPECT_EQ(Call(client.get(), "camera", "move", "2").reply, "2");
 }
 
-// What somebody made the broker keep tells of something that is over.
+// A signal that the broker was made to keep tells of something that is over.
 TEST_F(BundledWire, KeptSignalsAreNoNews) {
   RawMqtt other(broker_.socket_path(), "");
   other.Send({"dorv/signal/camera/finish/search_device", "kept", "", ""}, true);

@@ -132,7 +132,7 @@ TEST_F(ShippedPasswords, OnlyTheServicesUserRepliesSignalsAndIsPresent) {
   EXPECT_EQ(presence->WaitFor("vptz", 2).payload, "");
 }
 
-// Whoever connects with another connection's client id throws it off the broker.
+// A client that connects with another one's client id throws that one off the broker.
 TEST_F(ShippedPasswords, NothingThatACallerReadsIsAClientIdOfOthers) {
   const auto service = ServedBy("vptzd");
   const auto presence = RawAs("right", "dorv/presence/#");
