@@ -36,7 +36,9 @@
 // are these units per second. kVptzNotCommanded leaves an axis alone.
 //
 // Threads. A client is meant for one thread at a time and holds no lock. Clients
-// share the process's configuration: make them one after the other.
+// may be made, used and destroyed side by side. They share the process's one
+// database: one that is made opens it anew, which costs no other client anything;
+// one that is destroyed closes it for all. Destroy clients last, or make another.
 // Callbacks run on a thread of the bus library, which tells what they may do.
 // Nothing is thrown.
 #ifndef VPTZ_VPTZ_CLIENT_H
@@ -77,9 +79,11 @@ class VPTZ_API VptzClient {
 
   // Leaves the bus, closes the database (for every client of the process) and
   // destroys the device handles. Calls that other threads wait in come back
-  // first. Waits for a callback that runs, but at most one second: a callback
-  // that takes longer runs on after the client's end, so what it touches must
-  // outlive it (docs/threads.md shows how).
+  // first. Lookups that run in other clients end as if nothing had happened; those
+  // that begin afterwards find no database until a client is made. Waits for a
+  // callback that runs, but at most one second: a callback that takes longer runs
+  // on after the client's end, so what it touches must outlive it (docs/threads.md
+  // shows how).
   ~VptzClient();
 
   VptzClient(const VptzClient&) = delete;

@@ -1,26 +1,28 @@
 #include <vptz/model/vptzmodel.h>
 
+#include <pthread.h>
 #include <sqlite3.h>
 #include <unistd.h>
 #include <odb/connection.hxx>
 #include <odb/exceptions.hxx>
-#include <odb/schema-catalog.hxx>
-#include <odb/sqlite/connection-factory.hxx>
-#include <odb/sqlite/database.hxx>
 #include <odb/transaction.hxx>
 
-#include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <filesystem>
 #include <new>
 
 #include <vptz/utils.h>
 
 #include "log.h"
+#include "model/open_database.h"
+#include "model/schema_update.h"
 #include "model/sql_script.h"
 #include "no_throw.h"
 
+using vptz::kInitialize;
 using vptz::LogLevel;
+using vptz::OpenDatabase;
 using vptz::log_source::kModel;
 using vptz::log_source::kModelTemplates;
 
@@ -29,11 +31,8 @@ namespace {
 constexpr int kAttempts = 402;
 constexpr std::chrono::microseconds kPause{10000};
 
-// Files of this version or an older one hold nothing worth keeping.
-constexpr int kLastWorthlessVersion = 3;
-
-// Its parts log under its name.
-constexpr char kInitialize[] = "Initialize";
+constexpr int kExisting = SQLITE_OPEN_READWRITE;
+constexpr int kExistingOrNew = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
 
 // Says that no database is open, in the way in which the mapper's own
 // exceptions say what is wrong.
@@ -42,8 +41,7 @@ struct NoOpenDatabase : odb::exception {
   odb::exception* clone() const override { return new NoOpenDatabase(*this); }
 };
 
-// In full: signals that the application's thread handles meanwhile do not make
-// the wait for a lock any shorter.
+// Sleeps the whole pause even when signals interrupt it.
 void Pause() {
   using std::chrono::steady_clock;
   const auto end = steady_clock::now() + kPause;
@@ -53,80 +51,18 @@ void Pause() {
   }
 }
 
-// Who has opened the database. In a child made by fork() it is the parent's: to
-// close it there could roll back what the parent is just writing.
-std::atomic<pid_t> opener{0};
-
-// Where such a database is left; never closed.
-odb::database* inherited = nullptr;
-
-// The mapper takes a version that cannot be read, for the table is damaged, for
-// none. That is no reason to throw the file away.
-struct UnreadableVersion : odb::exception {
-  const char* what() const noexcept override { return "the schema's version cannot be read"; }
-  odb::exception* clone() const override { return new UnreadableVersion(*this); }
-};
-
-// Throws when the schema's row in the table of versions does not tell one. Other
-// schemas may have rows there too.
-void RequireReadableVersion(odb::connection& connection, const std::string& schema) {
-  if (connection.execute("SELECT 1 FROM sqlite_master WHERE name = 'schema_version'") > 0 &&
-      connection.execute("SELECT 1 FROM schema_version WHERE name = '" + schema +
-                         "' AND typeof(version) <> 'integer'") > 0) {
-    throw UnreadableVersion();
-  }
-}
-
-// Has room for all its connections from the moment each is made: to give one back
-// is part of its destruction and must not run out of memory.
-class ConnectionPool : public odb::sqlite::connection_pool_factory {
- private:
-  pooled_connection_ptr create() override {
-    connections_.reserve(++made_);
-    return connection_pool_factory::create();
-  }
-
-  std::size_t made_ = 0;
-};
+// What a child made by fork() found open; never used nor closed.
+OpenDatabase* inherited = nullptr;
 
 // A line of an object operation; those come from the templates in the header.
 void LogFailure(LogLevel level, const char* function, const char* format, const char* description) {
   VPTZ_LOG_AS(function, level, kModelTemplates, format, description);
 }
 
-// Switches the checks of references off for a connection, and on again however
-// the scope is left.
-class ForeignKeysOff {
- public:
-  explicit ForeignKeysOff(odb::connection& connection) : connection_(connection) {
-    connection_.execute("PRAGMA foreign_keys=OFF");
-  }
-  ~ForeignKeysOff() {
-    try {
-      connection_.execute("PRAGMA foreign_keys=ON");
-    } catch (const odb::exception& error) {
-      VPTZ_LOG_AS(kInitialize, LogLevel::kError, kModel, "Failed to new a database instance! (%s)",
-                  error.what());
-    }
-  }
-  ForeignKeysOff(const ForeignKeysOff&) = delete;
-  ForeignKeysOff& operator=(const ForeignKeysOff&) = delete;
-
- private:
-  odb::connection& connection_;
-};
-
-void Migrate(odb::database& database, odb::connection& connection, const std::string& schema, int version) {
-  try {
-    odb::transaction transaction(connection.begin());
-    odb::schema_catalog::migrate(database, static_cast<odb::schema_version>(version), schema);
-    transaction.commit();
-  } catch (...) {
-    // The mapper remembers each step's version, also of those that were rolled
-    // back; 0 makes it read the file again.
-    database.schema_version_migration(0, false, schema);
-    throw;
-  }
+// For what was open when Initialize failed: all its connections check references.
+std::shared_ptr<OpenDatabase> OpenAnew(const std::string& path) {
+  return vptz::NoThrow(std::shared_ptr<OpenDatabase>(),
+                       [&] { return std::make_shared<OpenDatabase>(path, kExistingOrNew); });
 }
 
 }  // namespace
@@ -136,14 +72,48 @@ void Migrate(odb::database& database, odb::connection& connection, const std::st
 VptzModel& VptzModel::instance_ = *new VptzModel;
 std::mutex VptzModel::lock_;
 
+VptzModel::VptzModel() { pthread_atfork(nullptr, nullptr, &VptzModel::ForgetInChild); }
+
+VptzModel::~VptzModel() = default;
+
 VptzModel& VptzModel::Instance() { return instance_; }
 
-bool VptzModel::IsConnected() const { return database_ != nullptr; }
+// In a child made by fork() the database is the parent's: to use or to close it
+// could roll back or damage what the parent is just writing. Threads that are not
+// here may hold the locks and be in the middle of the members. So all of it is made
+// anew where it is, without a look at what was there.
+void VptzModel::ForgetInChild() {
+  inherited = instance_.database_.get();
+  new (&instance_.database_) std::shared_ptr<OpenDatabase>;
+  new (&instance_.path_) std::string;
+  new (&instance_.holding_) std::mutex;
+  new (&lock_) std::mutex;
+}
+
+std::shared_ptr<OpenDatabase> VptzModel::Current() const {
+  const std::lock_guard<std::mutex> lock(holding_);
+  return database_;
+}
+
+// What was there ends with the parameters, which outlive the lock.
+void VptzModel::Replace(std::string path, std::shared_ptr<OpenDatabase> database) {
+  const std::lock_guard<std::mutex> lock(holding_);
+  path_.swap(path);
+  database_.swap(database);
+}
+
+std::string VptzModel::Path() const {
+  const std::lock_guard<std::mutex> lock(holding_);
+  return path_;
+}
+
+bool VptzModel::IsConnected() const { return Current() != nullptr; }
 
 int VptzModel::SchemaVersion(const std::string& schema) {
-  if (database_ == nullptr) return -1;
+  const std::shared_ptr<OpenDatabase> database = Current();
+  if (database == nullptr) return -1;
   try {
-    return static_cast<int>(database_->schema_version(schema));
+    return database->SchemaVersion(schema);
   } catch (const std::exception& error) {
     VPTZ_LOG(LogLevel::kError, kModel, "Database exception! (%s)", error.what());
     return -1;
@@ -151,108 +121,92 @@ int VptzModel::SchemaVersion(const std::string& schema) {
 }
 
 void VptzModel::Release() {
-  if (opener != 0 && opener != getpid()) {
-    inherited = database_.release();
-    opener = 0;
-  }
   const std::lock_guard<std::mutex> lock(lock_);
-  database_.reset();
-  path_.clear();
-}
-
-void VptzModel::Open(const std::string& path, int flags) {
-  opener = getpid();
-  database_ = std::make_unique<odb::sqlite::database>(vptz::AsPath(path), flags, true, "",
-                                                      std::make_unique<ConnectionPool>());
+  Replace("", nullptr);
 }
 
 int VptzModel::Connect(const std::string& path) {
-  Release();
   const std::lock_guard<std::mutex> lock(lock_);
+  std::string kept;
   try {
-    path_ = path;
+    kept = path;
     VPTZ_LOG(LogLevel::kNotice, kModel, "Connect database: %s", path.c_str());
-    Open(path, SQLITE_OPEN_READWRITE);
-    database_->connection();  // the object by itself opens no file
+    auto database = std::make_shared<OpenDatabase>(path, kExisting);
+    database->mapper().connection();  // the object by itself opens no file
+    Replace(std::move(kept), std::move(database));
     return 0;
   } catch (const std::exception& error) {
     VPTZ_LOG(LogLevel::kError, kModel, "Failed to connect to the database! (%s)", error.what());
-    database_.reset();
+    Replace(std::move(kept), nullptr);
     return -1;
   }
 }
 
 int VptzModel::Initialize(const std::string& path, const std::string& schema, const std::string& data_file) {
-  Release();
   const std::lock_guard<std::mutex> lock(lock_);
+  std::string kept;
+  std::shared_ptr<OpenDatabase> database;
   try {
     // Kept: the mode lacks the execute bits; the outcome does not matter.
     MakeDirByFilePath(path, 0644, 0);
-    path_ = path;
+    kept = path;
     VPTZ_LOG(LogLevel::kNotice, kModel, "Create database: %s", path.c_str());
-    Open(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
-    UpdateSchema(schema);
-    if (data_file.empty()) {
-      return 0;
-    }
-    VPTZ_LOG(LogLevel::kNotice, kModel, "Load database initial data from: %s", data_file.c_str());
-    if (ExecuteFromFile(data_file) < 0) {
-      VPTZ_LOG(LogLevel::kError, kModel, "Failed to load the initial data from %s", data_file.c_str());
-      return -1;
-    }
-    return 0;
+    database = std::make_shared<OpenDatabase>(path, kExistingOrNew);
+    BringUpToDate(path, schema, &database);
+    Replace(std::move(kept), std::move(database));
+    return LoadInitialData(data_file);
   } catch (const std::bad_alloc&) {
     VPTZ_LOG(LogLevel::kError, kModel, "Failed to new a database instance!");
   } catch (const std::exception& error) {
     VPTZ_LOG(LogLevel::kError, kModel, "Failed to new a database instance! (%s)", error.what());
   }
+  Replace(std::move(kept), database == nullptr ? nullptr : OpenAnew(path));
   return -1;
 }
 
-// Replaces the file of an old version, and an empty one, by a new one.
-void VptzModel::ReplaceOldFile(const std::string& schema, int* version) {
-  if (*version > kLastWorthlessVersion) {
-    return;
+void VptzModel::BringUpToDate(const std::string& path, const std::string& schema,
+                              std::shared_ptr<OpenDatabase>* database) {
+  int version = (*database)->SchemaVersion(schema);
+  VPTZ_LOG_AS(kInitialize, LogLevel::kNotice, kModel, "Database schema version is: %d", version);
+  if (vptz::IsWorthless(version)) {
+    vptz::RequireReadableVersion(**database, schema);
+    VPTZ_LOG_AS(kInitialize, LogLevel::kNotice, kModel, "Database schema is too old, remove it.");
+    database->reset();
+    CloseAndWait(path);
+    Remove(path);
+    *database = std::make_shared<OpenDatabase>(path, kExistingOrNew);
+    version = 0;
   }
-  RequireReadableVersion(*database_->connection(), schema);
-  VPTZ_LOG_AS(kInitialize, LogLevel::kNotice, kModel, "Database schema is too old, remove it.");
-  database_.reset();
-  Remove(path_);
-  Open(path_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
-  *version = 0;
+  vptz::UpdateSchema(**database, schema, version);
 }
 
-void VptzModel::UpdateSchema(const std::string& schema) {
-  auto version = static_cast<int>(database_->schema_version(schema));
-  VPTZ_LOG_AS(kInitialize, LogLevel::kNotice, kModel, "Database schema version is: %d", version);
-  ReplaceOldFile(schema, &version);
+// Until nothing uses that file, if it is the one that was open: a connection to a
+// file that is removed must not meet the journal of the file that takes its place.
+void VptzModel::CloseAndWait(const std::string& path) {
+  std::error_code differs;
+  if (!std::filesystem::equivalent(Path(), path, differs)) return;
+  const std::weak_ptr<OpenDatabase> former = Current();
+  Replace("", nullptr);
+  while (!former.expired()) Pause();
+}
 
-  const odb::connection_ptr connection(database_->connection());
-  const ForeignKeysOff foreign_keys_off(*connection);
-  if (version == 0) {
-    // Kept: the grammar of the message.
-    VPTZ_LOG_AS(kInitialize, LogLevel::kNotice, kModel,
-                "Database schema does not exists. Create database schema: %s", schema.c_str());
-    odb::transaction transaction(connection->begin());
-    odb::schema_catalog::create_schema(*database_, schema, false);
-    transaction.commit();
-    return;
-  }
-  const int current = static_cast<int>(odb::schema_catalog::current_version(*database_, schema));
-  VPTZ_LOG_AS(kInitialize, LogLevel::kNotice, kModel, "The embedded schema version is: %d", current);
-  if (version < current) {
-    VPTZ_LOG_AS(kInitialize, LogLevel::kNotice, kModel, "Migrate the schema from version %d to %d", version,
-                current);
-    Migrate(*database_, *connection, schema, current);
-    VPTZ_LOG_AS(kInitialize, LogLevel::kNotice, kModel, "The schema has been migrated to version %d", current);
-  }
+int VptzModel::LoadInitialData(const std::string& data_file) {
+  if (data_file.empty()) return 0;
+  VPTZ_LOG_AS(kInitialize, LogLevel::kNotice, kModel, "Load database initial data from: %s", data_file.c_str());
+  if (ExecuteFromFile(data_file) == 0) return 0;
+  VPTZ_LOG_AS(kInitialize, LogLevel::kError, kModel, "Failed to load the initial data from %s",
+              data_file.c_str());
+  return -1;
 }
 
 int VptzModel::ExecuteFromFile(const std::string& script) {
   int wait_status = 0;
   // Without a file the program would run the script in a database of its own
   // and report success.
-  const auto run = [&] { return !path_.empty() && vptz::RunSqlScript(path_, script, &wait_status); };
+  const auto run = [&] {
+    const std::string path = Path();
+    return !path.empty() && vptz::RunSqlScript(path, script, &wait_status);
+  };
   if (!vptz::NoThrow(false, run)) {
     VPTZ_LOG(LogLevel::kError, kModel, "Failed to execute SQL file from: (%s)", script.c_str());
     return -1;
@@ -265,22 +219,22 @@ int VptzModel::ExecuteFromFile(const std::string& script) {
   return 0;
 }
 
-bool VptzModel::RunInTransaction(const Operation& operation) {
-  odb::database* database = instance_.database_.get();
+bool VptzModel::RunInTransaction(OpenDatabase* database, const Operation& operation) {
   if (database == nullptr) {
     throw NoOpenDatabase();
   }
-  const odb::connection_ptr connection(database->connection());
+  const odb::connection_ptr connection(database->mapper().connection());
   odb::transaction transaction(connection->begin());
-  const bool done = operation(*database);
+  const bool done = operation(database->mapper());
   transaction.commit();
   return done;
 }
 
 bool VptzModel::Retry(const vptz::OperationMessages& messages, const Operation& operation) {
+  const std::shared_ptr<OpenDatabase> database = instance_.Current();
   for (int attempts = kAttempts;;) {
     try {
-      return RunInTransaction(operation);
+      return RunInTransaction(database.get(), operation);
     } catch (const odb::recoverable& conflict) {
       if (--attempts == 0) {
         LogFailure(LogLevel::kDetail, messages.function, messages.retry_limit, conflict.what());
@@ -295,8 +249,9 @@ bool VptzModel::Retry(const vptz::OperationMessages& messages, const Operation& 
 }
 
 bool VptzModel::Once(const vptz::OperationMessages& messages, const Operation& operation) {
+  const std::shared_ptr<OpenDatabase> database = instance_.Current();
   try {
-    return RunInTransaction(operation);
+    return RunInTransaction(database.get(), operation);
   } catch (const odb::exception& error) {
     LogFailure(LogLevel::kError, messages.function, messages.exception, error.what());
     return false;

@@ -17,19 +17,23 @@ constexpr char kService[] = "vptz";
 constexpr char kSearchDeviceFinishSignal[] = "finish/search_device";
 constexpr char kUpdateDevicesSignal[] = "update_devices";
 
-// The process's one configuration; every client loads it anew.
-Config configuration(vptz::ConfigFile());
-
 }  // namespace
 
+// Each client reads the configuration by itself, so that threads may make clients
+// side by side.
 VptzClient::VptzClient() {
   bus_init();
-  if (configuration.Load() < 0) {
-    VPTZ_LOG(LogLevel::kError, kClient, "Failed to load the config file: %s", configuration.GetPath());
+  const int loaded = vptz::NoThrow(-1, [this] {
+    Config configuration(vptz::ConfigFile());
+    if (configuration.Load() < 0) return -1;
+    configuration.GetValue("MQTT", "timeout", 2, timeout_);
+    configuration.GetValue("VPTZ", "ndi_preset_shift", 0, ndi_preset_shift_);
+    return 0;
+  });
+  if (loaded < 0) {
+    VPTZ_LOG(LogLevel::kError, kClient, "Failed to load the config file: %s", vptz::ConfigFile());
     return;
   }
-  configuration.GetValue("MQTT", "timeout", 2, timeout_);
-  configuration.GetValue("VPTZ", "ndi_preset_shift", 0, ndi_preset_shift_);
   vptz::NoThrow(-1, [] { return VptzModel::Instance().Connect(vptz::DatabaseFile()); });
 }
 

@@ -9,8 +9,8 @@ namespace vptz {
 
 // What every row class with an id offers. Each operation is one transaction on
 // the open database and waits for other programs' locks for about four
-// seconds. -1 when it fails, which is logged, or when no database is open.
-// May be called from any thread, except while the database is opened or closed.
+// seconds. -1 when it fails or when no database is open, which is logged.
+// May be called from any thread at any time; an object is for one thread at a time.
 template <class Row>
 class VPTZ_API StoredRow {
  public:

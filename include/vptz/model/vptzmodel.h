@@ -23,6 +23,7 @@
 namespace vptz {
 
 struct ModelAccess;
+class OpenDatabase;
 
 // What an operation writes to the log when it gives up.
 struct OperationMessages {
@@ -35,25 +36,32 @@ struct OperationMessages {
 
 // The process's one open database, and the operations on the rows in it.
 //
-// Opening and closing (Connect, Initialize, Release) are serialised. The object
-// operations may be called from any thread, but not while the database is
-// opened or closed. Each is a transaction on a connection of its own; when
-// another program holds a lock it is tried again, 402 times in all with 10 ms
-// between, about four seconds. What goes wrong is logged and told by the
-// result; of exceptions only std::bad_alloc leaves them.
+// Threads. Everything here may be called from any thread at any time. Opening and
+// closing (Connect, Initialize, Release) wait for each other. An operation keeps
+// the database that is open when it begins, until it ends: to open another one, or
+// the same file anew, costs no other thread an operation. One that begins while
+// no database is open fails.
+//
+// Operations. Each is a transaction on a connection of its own; when another
+// program holds a lock it is tried again, 402 times in all with 10 ms between,
+// about four seconds. What goes wrong is logged and told by the result; of
+// exceptions only std::bad_alloc leaves them.
+//
+// fork(). In a child no database is open, whatever the parent has open, until the
+// child opens one. Fork while no other thread is in the middle of an operation:
+// SQLite would take that operation's locks for the child's.
 class VPTZ_API VptzModel {
  public:
   // The process's one instance. Clients share it: destroying a VptzClient
   // closes the database for all.
   static VptzModel& Instance();
 
-  VptzModel() = default;
-  ~VptzModel() = default;
   VptzModel(const VptzModel&) = delete;
   VptzModel& operator=(const VptzModel&) = delete;
 
-  // Opens an existing database file; closes the one that was open. 0, or -1 when
-  // it is missing or cannot be opened; then none is open.
+  // Opens an existing database file in place of the one that was open: until it
+  // is open, operations find the former. 0, or -1 when it is missing or cannot be
+  // opened; then none is open.
   int Connect(const std::string& path);
 
   // Opens or creates a database file, brings it to the current version of
@@ -61,13 +69,18 @@ class VPTZ_API VptzModel {
   // with ExecuteFromFile. A file of version 0 to 3 is replaced by a new one; a
   // newer file than this library knows is used as it is. The script runs every
   // time. 0, or -1; the database may be open even then.
+  //
+  // Until the schema is current, operations find the database that was open; none
+  // while that very file is replaced. A lock that one of them holds in the same file is in
+  // the way as another program's would be.
   int Initialize(const std::string& path, const std::string& schema, const std::string& data_file);
 
   // Runs an SQL script against the open file with the sqlite3 program, which
   // must be on the search path. No shell is involved. 0, or -1.
   int ExecuteFromFile(const std::string& script);
 
-  // Closes the database.
+  // Closes the database, as soon as the operations that use it have ended: it does
+  // not wait for them.
   void Release();
 
   // Whether a database is open.
@@ -108,7 +121,9 @@ class VPTZ_API VptzModel {
   static int QueryObjects(const odb::query<T>& query, std::vector<T*>* results);
 
   // The object behind a reference, loaded if need be; it belongs to the
-  // reference. Null when there is none or it cannot be loaded.
+  // reference. Null when there is none or it cannot be loaded. Objects may outlive
+  // the database that they were read from: a reference is loaded from the one that
+  // is open then.
   template <class T>
   static T* LoadLazyPtr(odb::lazy_shared_ptr<T>& reference);
 
@@ -125,7 +140,7 @@ class VPTZ_API VptzModel {
   // it was committed and what it returned.
   static bool Retry(const vptz::OperationMessages& messages, const Operation& operation);
   static bool Once(const vptz::OperationMessages& messages, const Operation& operation);
-  static bool RunInTransaction(const Operation& operation);
+  VPTZ_HIDDEN static bool RunInTransaction(vptz::OpenDatabase* database, const Operation& operation);
   static void LogEmptyResult();
   static const vptz::OperationMessages& QueryObjectsMessages();
 
@@ -144,19 +159,30 @@ class VPTZ_API VptzModel {
     void Keep() {}
   };
 
-  void Open(const std::string& path, int flags);
-  void UpdateSchema(const std::string& schema);
-  void ReplaceOldFile(const std::string& schema, int* version);
+  VPTZ_HIDDEN VptzModel();
+  VPTZ_HIDDEN ~VptzModel();
 
-  std::string path_;
-  std::unique_ptr<odb::database> database_;
+  VPTZ_HIDDEN std::shared_ptr<vptz::OpenDatabase> Current() const;
+  VPTZ_HIDDEN void Replace(std::string path, std::shared_ptr<vptz::OpenDatabase> database);
+  VPTZ_HIDDEN std::string Path() const;
+  VPTZ_HIDDEN void BringUpToDate(const std::string& path, const std::string& schema,
+                                 std::shared_ptr<vptz::OpenDatabase>* database);
+  VPTZ_HIDDEN void CloseAndWait(const std::string& path);
+  VPTZ_HIDDEN int LoadInitialData(const std::string& data_file);
+  VPTZ_HIDDEN static void ForgetInChild();
 
-  static VptzModel& instance_;
-  static std::mutex lock_;
+  std::string path_;                              // guarded by holding_, as is
+  std::shared_ptr<vptz::OpenDatabase> database_;  // this
+  mutable std::mutex holding_;                    // never held for longer than it takes to copy these
+
+  VPTZ_HIDDEN static VptzModel& instance_;
+  VPTZ_HIDDEN static std::mutex lock_;  // held while a database is opened or closed
 };
 
+// For objects that have numbers for ids.
 template <class T>
 struct VptzModel::Ids<T, decltype(std::declval<T&>().set_id(0))> {
+  // Notes the ids of `count` objects that lie one behind the other.
   Ids(T* first, int count) : objects(first) {
     for (int i = 0; i < count; ++i) ids.push_back(first[i].id());
   }
@@ -165,8 +191,11 @@ struct VptzModel::Ids<T, decltype(std::declval<T&>().set_id(0))> {
   }
   Ids(const Ids&) = delete;
   Ids& operator=(const Ids&) = delete;
+
+  // The objects keep what they have now.
   void Keep() { ids.clear(); }
 
+  // The objects, and the ids to give back.
   T* objects;
   std::vector<std::uint32_t> ids;
 };
