@@ -27,15 +27,16 @@ class Cursor {
     return false;
   }
 
-  // NULL reads as 0, false, the empty text and NaN, as in the entity classes.
+  // NULL reads as 0, false, the empty text and NaN, as in the entity classes. A
+  // column's type can be told only until its value is read.
   std::uint32_t Id(int column) const {
     return static_cast<std::uint32_t>(sqlite3_column_int64(statement_, column));
   }
   // What an id compares equal to: none for NULL, for a number that is too large
   // for an id, and for what is no whole number.
   std::optional<std::uint32_t> Key(int column) const {
-    const std::int64_t number = sqlite3_column_int64(statement_, column);
     if (sqlite3_column_type(statement_, column) != SQLITE_INTEGER) return std::nullopt;
+    const std::int64_t number = sqlite3_column_int64(statement_, column);
     if (number < 0 || number > std::numeric_limits<std::uint32_t>::max()) return std::nullopt;
     return static_cast<std::uint32_t>(number);
   }
@@ -49,12 +50,19 @@ class Cursor {
   }
   void Text(int column, std::string& text) const {
     const auto* const bytes = reinterpret_cast<const char*>(sqlite3_column_text(statement_, column));
-    text.assign(bytes == nullptr ? "" : bytes,
-                static_cast<std::size_t>(sqlite3_column_bytes(statement_, column)));
+    if (bytes == nullptr) return ClearUnlessMemoryRanOut(text);
+    text.assign(bytes, static_cast<std::size_t>(sqlite3_column_bytes(statement_, column)));
   }
 
  private:
-  // Throws the mapper's exception for the code.
+  // There is no text for NULL, and none for one that lacked the memory to be
+  // converted, whose length would then be that of nothing to read.
+  void ClearUnlessMemoryRanOut(std::string& text) const {
+    if (sqlite3_errcode(connection_.handle()) == SQLITE_NOMEM) Check(SQLITE_NOMEM);
+    text.clear();
+  }
+
+  // Throws the mapper's exception for the code; std::bad_alloc where memory ran out.
   void Check(int result) const {
     if (result != SQLITE_OK) odb::sqlite::translate_error(result, connection_);
   }
@@ -176,8 +184,8 @@ void Snapshot::ReadDevices(odb::sqlite::connection& connection, Tables& tables) 
   ReadTable(connection, R"(SELECT "id", "name" FROM "protocol" ORDER BY "id")", tables.protocol_names,
             ReadName);
   do {
-    tables.device_ids.push_back(row.Id(0));
     const auto id = row.Key(0);
+    tables.device_ids.push_back(row.Id(0));
     if (!id) continue;
     VptzDeviceData& device = tables.devices.Add(*id);
     ReadDevice(row, device);

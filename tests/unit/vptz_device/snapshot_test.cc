@@ -2,14 +2,18 @@
 // themselves row by row: what callers see is the same, whatever the database
 // holds.
 #include <gmock/gmock.h>
+#include <sqlite3.h>
 
 #include <vptz/model/device.h>
 #include <vptz/model/vptzmodel.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <random>
 #include <sstream>
 
+#include "model/raw_database.h"
+#include "paths.h"
 #include "vptz_device/device_test.h"
 
 namespace {
@@ -307,6 +311,43 @@ TEST_F(SnapshotTest, ANameThatIsABlobNamesNoParameter) {
       Compare(owner + Insert("media_parameter", {{"media", "1"}, {"name", "x'7769647468'"}, {"value", "5"}})),
       1u);
   EXPECT_EQ(client.QueryDeviceById(1)->media_list.at(0).width.valid, 0);
+}
+
+// ---- lack of memory --------------------------------------------------------
+
+// SQLite gets no more than that much memory beside what it has now.
+class HeapLimit {
+ public:
+  explicit HeapLimit(sqlite3_int64 bytes) : before_(sqlite3_hard_heap_limit64(sqlite3_memory_used() + bytes)) {}
+  ~HeapLimit() { sqlite3_hard_heap_limit64(before_); }
+  HeapLimit(const HeapLimit&) = delete;
+  HeapLimit& operator=(const HeapLimit&) = delete;
+
+ private:
+  const sqlite3_int64 before_;
+};
+
+// In a file of another encoding a text takes memory twice: to be read, and to be
+// converted.
+TEST_F(SnapshotTest, ATextThatLacksTheMemoryToBeConvertedFailsTheLoad) {
+  VptzModel::Instance().Release();
+  std::remove(vptz::DatabaseFile());
+  vptz_test::RawDatabase(vptz::DatabaseFile())
+      .Execute(
+          "PRAGMA encoding = 'UTF-16le'; CREATE TABLE device (id INTEGER PRIMARY KEY, service_uri, address, "
+          "http_uri, mac, uuid, authorization, authorized, is_alive, host_name, manufacture, model_name, "
+          "firmware_version, deletable, is_setting_applied, tracking, device_type, protocol);"
+          "INSERT INTO device(id, mac) VALUES (1, printf('%.*c', 8000000, 'x'));");
+  EXPECT_EQ(VptzModel::Instance().Connect(vptz::DatabaseFile()), 0);
+  log.lines.clear();
+  {
+    const HeapLimit limit(24000000);
+    EXPECT_EQ(client.LoadDevices(), -1);
+  }
+  ASSERT_FALSE(log.lines.empty());
+  EXPECT_EQ(log.lines.back().message, "Failed to load the devices: memory ran out");
+  ASSERT_EQ(client.QueryDeviceAll()->size(), 1u);
+  EXPECT_EQ(client.QueryDeviceAll()->at(0).mac.size(), 8000000u);
 }
 
 }  // namespace
