@@ -3,21 +3,13 @@
 #ifndef VPTZ_SRC_VPTZ_CLIENT_EXCHANGE_H
 #define VPTZ_SRC_VPTZ_CLIENT_EXCHANGE_H
 
-#include <cstdint>
-
 #include <vptz/vptz.pb.h>
 #include <vptz/vptz_client.h>
 
+#include "client_access.h"
 #include "no_throw.h"
 
 namespace vptz {
-
-// How the library's own code reaches a client's private fields.
-struct ClientAccess {
-  static bool HasBusClient(const VptzClient& client) { return client.bus_client_ != nullptr; }
-  static std::int32_t NdiPresetShift(const VptzClient& client) { return client.ndi_preset_shift_; }
-  static std::vector<CVptzDevice>& Devices(VptzClient& client) { return client.devices_; }
-};
 
 // Names the method in the command, sends it and parses the reply. Returns a
 // negative value when the call failed; `response` is then as it was.

@@ -5,9 +5,9 @@
 
 #include <vptz/vptz_client.h>
 
+#include "client_access.h"
 #include "log.h"
 #include "no_throw.h"
-#include "vptz_client/exchange.h"
 #include "vptz_device/access.h"
 
 using vptz::DeviceAccess;
