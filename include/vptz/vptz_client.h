@@ -197,7 +197,10 @@ class VPTZ_API VptzClient {
   // Handles of the devices in the database, in the order of their rows. They
   // need no connection; with one, the service is asked for the outside
   // addresses of each device's web pages and streams ("query_nat_uri"), one call
-  // after the other, each with the configured time-out. The three lookups build
+  // after the other. All of them together wait for the configured time-out, and
+  // for less than a second more; calls that take less than 10 ms don't count. An
+  // address that is then left is not asked for and stays the stored one, like
+  // one whose query fails. The three lookups build
   // the registry anew, so that it shows what is stored now; every pointer that
   // an earlier lookup gave is invalid afterwards.
 
@@ -359,9 +362,9 @@ class VPTZ_API VptzClient {
   // rebuild the registry once the service has answered, whatever it answered,
   // and then ask it for the outside addresses of that device ("query_nat_uri"):
   // NAT_MEDIA those of its streams, NAT_SERVICE and NAT_HTTP those of its service
-  // and its web page, NAT_ALL all of them in this order. How these queries end
-  // does not change the result. They take a time-out each, beside that of the
-  // command and what the registry takes: with NAT_ALL and two streams four.
+  // and its web page, NAT_ALL all of them in this order, and waits for them
+  // together for `timeout`, as a lookup does. How these queries end does not change
+  // the result.
 
   // Opens mappings. The vector is only read; null is logged and sent as no
   // mappings.
@@ -375,8 +378,8 @@ class VPTZ_API VptzClient {
   int QueryNATuri(unsigned int device_id, NATType type, std::string& uri, int timeout = 0);
 
   // Sets each media profile's nat_url to its url and then QueryNATuri's answer
-  // to it: one call, with its own time-out, for each profile. Always 0; -1 when the
-  // handle is null.
+  // to it; waits for the answers together for `timeout`, as a lookup does. Always
+  // 0; -1 when the handle is null.
   int SetMediaInfoNAT(CVptzDevice* device, int device_id, NATType type, int timeout = 0);
 
   // Closes all mappings of all devices, and empties the outside addresses in the

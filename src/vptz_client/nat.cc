@@ -1,4 +1,5 @@
 #include "log.h"
+#include "time_budget.h"
 #include "vptz_client/exchange.h"
 #include "vptz_client/method_names.h"
 
@@ -6,6 +7,7 @@ namespace method = vptz::method;
 using tutorial::NATCommand;
 using tutorial::VptzResponse;
 using vptz::LogLevel;
+using vptz::TimeBudget;
 using vptz::log_source::kClient;
 
 namespace {
@@ -45,20 +47,29 @@ void AddMappings(const std::vector<VptzNATData>* mappings, NATCommand& nat) {
   for (const VptzNATData& mapping : *mappings) AddMapping(mapping, nat);
 }
 
-void RefreshServiceUri(VptzClient& client, CVptzDevice& device, int timeout) {
+void RefreshMedia(VptzClient& client, CVptzDevice& device, unsigned int id, NATType type, TimeBudget& budget) {
+  for (VptzMediaData& media : device.media_list) {
+    media.nat_url = media.url;
+    budget.Spend([&](int timeout) { return client.QueryNATuri(id, type, media.nat_url, timeout); });
+  }
+}
+
+void RefreshServiceUri(VptzClient& client, CVptzDevice& device, TimeBudget& budget) {
   device.nat_service_uri = device.service_uri;
-  client.QueryNATuri(device.id, NAT_SERVICE, device.nat_service_uri, timeout);
+  budget.Spend(
+      [&](int timeout) { return client.QueryNATuri(device.id, NAT_SERVICE, device.nat_service_uri, timeout); });
 }
 
-void RefreshHttpUri(VptzClient& client, CVptzDevice& device, int timeout) {
+void RefreshHttpUri(VptzClient& client, CVptzDevice& device, TimeBudget& budget) {
   device.nat_http_uri = device.http_uri;
-  client.QueryNATuri(device.id, NAT_HTTP, device.nat_http_uri, timeout);
+  budget.Spend(
+      [&](int timeout) { return client.QueryNATuri(device.id, NAT_HTTP, device.nat_http_uri, timeout); });
 }
 
-void RefreshAll(VptzClient& client, CVptzDevice& device, int timeout) {
-  client.SetMediaInfoNAT(&device, static_cast<int>(device.id), NAT_MEDIA, timeout);
-  RefreshServiceUri(client, device, timeout);
-  RefreshHttpUri(client, device, timeout);
+void RefreshAll(VptzClient& client, CVptzDevice& device, TimeBudget& budget) {
+  RefreshMedia(client, device, device.id, NAT_MEDIA, budget);
+  RefreshServiceUri(client, device, budget);
+  RefreshHttpUri(client, device, budget);
 }
 
 // What EnableNAT and DisableNAT do once the service has answered. Kept: also
@@ -66,16 +77,16 @@ void RefreshAll(VptzClient& client, CVptzDevice& device, int timeout) {
 void Refresh(VptzClient& client, const char* operation, unsigned int device_id, NATType type, int timeout) {
   CVptzDevice* const device = client.QueryDeviceById(static_cast<int>(device_id));
   if (device == nullptr) return;
+  TimeBudget budget(client.GetVptzTimeout(timeout));
   switch (type) {
     case NAT_ALL:
-      return RefreshAll(client, *device, timeout);
+      return RefreshAll(client, *device, budget);
     case NAT_MEDIA:
-      client.SetMediaInfoNAT(device, static_cast<int>(device_id), NAT_MEDIA, timeout);
-      return;
+      return RefreshMedia(client, *device, device_id, NAT_MEDIA, budget);
     case NAT_SERVICE:
-      return RefreshServiceUri(client, *device, timeout);
+      return RefreshServiceUri(client, *device, budget);
     case NAT_HTTP:
-      return RefreshHttpUri(client, *device, timeout);
+      return RefreshHttpUri(client, *device, budget);
   }
   // Kept: the spelling of the message.
   VPTZ_LOG_AS(operation, LogLevel::kNotice, kClient, "Unknow nat_type : %d", static_cast<int>(type));
@@ -122,10 +133,8 @@ int VptzClient::QueryNATuri(unsigned int device_id, NATType type, std::string& u
 int VptzClient::SetMediaInfoNAT(CVptzDevice* device, int device_id, NATType type, int timeout) {
   if (device == nullptr) return -1;
   return vptz::NoThrow(-1, [&] {
-    for (VptzMediaData& media : device->media_list) {
-      media.nat_url = media.url;
-      QueryNATuri(static_cast<unsigned int>(device_id), type, media.nat_url, timeout);
-    }
+    TimeBudget budget(GetVptzTimeout(timeout));
+    RefreshMedia(*this, *device, static_cast<unsigned int>(device_id), type, budget);
     return 0;
   });
 }

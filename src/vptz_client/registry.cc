@@ -16,13 +16,14 @@ using vptz::NoThrow;
 
 namespace {
 
-CVptzDevice NewHandle(VptzClient* client, std::uint32_t id, const vptz::RowSource& rows) {
+CVptzDevice NewHandle(VptzClient* client, std::uint32_t id, const vptz::RowSource& rows,
+                      vptz::TimeBudget& budget) {
   CVptzDevice device;
   device.SetVptzClient(client);
   device.id = id;
-  vptz::LoadDeviceInfo(device, rows);
+  vptz::LoadDeviceInfo(device, rows, budget);
   vptz::LoadPtzInfo(device, rows);
-  vptz::LoadMediaInfo(device, rows);
+  vptz::LoadMediaInfo(device, rows, budget);
   return device;
 }
 
@@ -36,7 +37,8 @@ int VptzClient::LoadDevices() {
     vptz::Snapshot rows;
     rows.Read();
     devices_.reserve(before + rows.DeviceIds().size());
-    for (const std::uint32_t id : rows.DeviceIds()) devices_.push_back(NewHandle(this, id, rows));
+    vptz::TimeBudget budget(GetVptzTimeout(0));
+    for (const std::uint32_t id : rows.DeviceIds()) devices_.push_back(NewHandle(this, id, rows, budget));
     return true;
   });
   if (loaded) return 0;

@@ -83,19 +83,27 @@ void SetPtz(const RowSource& rows, const PtzRow& row, bool has_client, VptzPtzDa
   for (VptzPresetData& preset : rows.Presets(row.id)) ptz.presets.push_back(std::move(preset));
 }
 
-int QueryOutside(const CVptzDevice& device, NATType type, const std::string& inside, std::string& outside) {
+int QueryOutside(const CVptzDevice& device, NATType type, const std::string& inside, std::string& outside,
+                 TimeBudget& budget) {
   VptzClient* const client = DeviceAccess::Client(device);
   outside = inside;
-  return client == nullptr ? 0 : client->QueryNATuri(device.id, type, outside);
+  if (client == nullptr) return 0;
+  return budget.Spend([&](int timeout) { return client->QueryNATuri(device.id, type, outside, timeout); });
+}
+
+// For a handle that loads itself.
+TimeBudget BudgetOf(const CVptzDevice& device) {
+  const VptzClient* const client = DeviceAccess::Client(device);
+  return TimeBudget(client == nullptr ? 0 : client->GetVptzTimeout(0));
 }
 
 }  // namespace
 
-int LoadDeviceInfo(CVptzDevice& device, const RowSource& rows) {
+int LoadDeviceInfo(CVptzDevice& device, const RowSource& rows, TimeBudget& budget) {
   const int result = rows.Device(device.id, device);
   if (result != 0 || device.service_uri.find("http") == std::string::npos) return result;
-  QueryOutside(device, NAT_SERVICE, device.service_uri, device.nat_service_uri);
-  QueryOutside(device, NAT_HTTP, device.http_uri, device.nat_http_uri);
+  QueryOutside(device, NAT_SERVICE, device.service_uri, device.nat_service_uri, budget);
+  QueryOutside(device, NAT_HTTP, device.http_uri, device.nat_http_uri, budget);
   return 0;
 }
 
@@ -110,7 +118,7 @@ int LoadPtzInfo(CVptzDevice& device, const RowSource& rows) {
   return static_cast<int>(nodes.size());
 }
 
-int LoadMediaInfo(CVptzDevice& device, const RowSource& rows) {
+int LoadMediaInfo(CVptzDevice& device, const RowSource& rows, TimeBudget& budget) {
   int result = 0;
   for (MediaRow& row : rows.Media(device.id)) {
     VptzMediaData* media = device.GetMediaById(static_cast<int>(row.id));
@@ -120,7 +128,7 @@ int LoadMediaInfo(CVptzDevice& device, const RowSource& rows) {
     media->url = std::move(row.url);
     media->is_enable = row.is_enable;
     SetMediaParameters(rows, *media);
-    result = QueryOutside(device, NAT_MEDIA, media->url, media->nat_url);
+    result = QueryOutside(device, NAT_MEDIA, media->url, media->nat_url, budget);
   }
   return result;
 }
@@ -128,7 +136,8 @@ int LoadMediaInfo(CVptzDevice& device, const RowSource& rows) {
 }  // namespace vptz
 
 int CVptzDevice::LoadDeviceInfo() {
-  return vptz::NoThrow(-1, [this] { return vptz::LoadDeviceInfo(*this, vptz::DatabaseRows()); });
+  vptz::TimeBudget budget = vptz::BudgetOf(*this);
+  return vptz::NoThrow(-1, [&] { return vptz::LoadDeviceInfo(*this, vptz::DatabaseRows(), budget); });
 }
 
 int CVptzDevice::LoadPtzInfo() {
@@ -136,5 +145,6 @@ int CVptzDevice::LoadPtzInfo() {
 }
 
 int CVptzDevice::LoadMediaInfo() {
-  return vptz::NoThrow(-1, [this] { return vptz::LoadMediaInfo(*this, vptz::DatabaseRows()); });
+  vptz::TimeBudget budget = vptz::BudgetOf(*this);
+  return vptz::NoThrow(-1, [&] { return vptz::LoadMediaInfo(*this, vptz::DatabaseRows(), budget); });
 }
