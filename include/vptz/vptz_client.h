@@ -22,8 +22,8 @@
 //   - reads the database first: while another program locks the file, that takes
 //     about 4 s more for each query (presets by id, imaging and focus, counts,
 //     and whatever loads handles);
-//   - makes several calls, each with a time-out of its own: EnableNAT, DisableNAT,
-//     SetMediaInfoNAT, SetSlaveDeviceById, and what loads handles, as told there.
+//   - makes several calls: EnableNAT, DisableNAT, SetSlaveDeviceById, and what loads
+//     handles, as told there.
 //
 // Ids. Devices, PTZ nodes and media sources are rows of three tables, each with
 // numbers of its own: device 3 may have the PTZ node 5 and the media sources 8 and
