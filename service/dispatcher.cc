@@ -11,17 +11,18 @@ bool IsFocusDrive(std::string_view method) {
   return method == "focus_far" || method == "focus_near" || method == "focus_stop";
 }
 
-// A call about a camera tells that somebody still cares for it, and for the one
-// that follows it.
+// A call about a camera tells that its caller is still there: for what this
+// caller drives, of that camera and of the one that follows it.
 void GiveSignOfLife(World& world, const Call& call) {
   Member* member = NamedMember(world, call);
-  if (member == nullptr || world.grace() == std::chrono::nanoseconds(0)) return;
-  member->camera.GiveSignOfLife(world.grace());
+  if (member == nullptr) return;
+  member->camera.GiveSignOfLife(call.caller);
   Member* follower = world.MemberOfDevice(member->follower);
-  if (follower != nullptr) follower->camera.GiveSignOfLife(world.grace());
+  if (follower != nullptr) follower->camera.GiveSignOfLife(call.caller);
 }
 
 tutorial::VptzResponse AnswerStoring(Service& service, const Call& call) {
+  service.caller = call.caller;
   try {
     return call.method->storing_handler(service, call.command);
   } catch (const StorageError& error) {
@@ -56,6 +57,7 @@ tutorial::VptzResponse Answer(Service& service, const Call& call) {
   {
     const auto lock = service.world.Enter();
     GiveSignOfLife(service.world, call);
+    service.world.set_caller(call.caller);
     if (call.method->handler != nullptr) return call.method->handler(service.world, call.command);
   }
   return AnswerStoring(service, call);

@@ -2,6 +2,7 @@
 #ifndef VPTZ_SERVICE_DISPATCHER_H
 #define VPTZ_SERVICE_DISPATCHER_H
 
+#include <cstdint>
 #include <string_view>
 
 #include <vptz/vptz.pb.h>
@@ -15,6 +16,7 @@ namespace vptzd {
 struct Call {
   const Method* method = nullptr;
   tutorial::VptzCommand command;
+  std::uint64_t caller = 0;  // tells callers apart; 0 where the bus does not
 };
 
 // kUnknownMethod when there is no such method; kBadRequest when the bytes cannot

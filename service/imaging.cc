@@ -90,7 +90,8 @@ VptzResponse DriveFocus(Service& service, const VptzCommand& command, double dir
   {
     const auto lock = service.world.Enter();
     was_automatic = member->camera.FindMediaProfile(token)->image.auto_focus != 0.0;
-    status = member->camera.DriveFocus(token, direction * DriveSpeed(device.token()));
+    status = member->camera.DriveFocus(token, direction * DriveSpeed(device.token()),
+                                       service.world.DriverFor(service.caller));
     image = member->camera.FindMediaProfile(token)->image;
   }
   if (status != Status::kDone || !was_automatic) return Answer(status);

@@ -32,8 +32,9 @@ VptzResponse AbsoluteMove(World& world, const VptzCommand& command) {
 }
 
 VptzResponse ContinuousMove(World& world, const VptzCommand& command) {
-  return Moving(world, command, OnPtz(world, command, [](Camera& camera, const PtzCommand& ptz) {
-                  return camera.MoveAt(Velocities(ptz));
+  const Driver driver = world.DriverFor(world.caller());
+  return Moving(world, command, OnPtz(world, command, [&](Camera& camera, const PtzCommand& ptz) {
+                  return camera.MoveAt(Velocities(ptz), driver);
                 }));
 }
 

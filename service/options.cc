@@ -39,9 +39,9 @@ std::optional<int> ReadOptions(int argc, const char* const* argv, Options* optio
   app.add_option("--fleet", options->fleet,
                  "JSON file with the cameras and the faults; SIGHUP reads the faults again")
       ->type_name("FILE");
-  app.add_option(
-         "--grace", options->grace,
-         "What moves until it is stopped is stopped after so long without a call about the camera; 0 never")
+  app.add_option("--grace", options->grace,
+                 "Stop what runs until it is stopped when its driver has made no call about the camera for "
+                 "this long; 0 never")
       ->type_name("SECONDS")
       ->check(CLI::Validator([](std::string& text) { return CheckGrace(text); }, ""))
       ->capture_default_str();

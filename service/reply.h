@@ -2,6 +2,7 @@
 #ifndef VPTZ_SERVICE_REPLY_H
 #define VPTZ_SERVICE_REPLY_H
 
+#include <cstdint>
 #include <string>
 #include <utility>
 
@@ -19,6 +20,7 @@ class Request {
 
   const std::string& method() const { return method_; }
   std::string payload() const;
+  std::uint64_t caller() const { return bus_request_caller(request_); }
 
   // Each ends the request.
   void Reply(const std::string& bytes);

@@ -41,6 +41,7 @@ void Server::OnRequest(bus_service*, bus_request* request, void* server) noexcep
 void Server::Receive(const Held& request) {
   const std::string payload = request->payload();
   Call call;
+  call.caller = request->caller();
   const Status status = ReadCall(request->method(), payload.data(), static_cast<int>(payload.size()), &call);
   if (status != Status::kDone) {
     VPTZD_LOG(ZERK_LOG_NOTICE, "%s is refused with %d", request->method().c_str(), static_cast<int>(status));

@@ -3,6 +3,7 @@
 #define VPTZ_SERVICE_SERVICE_H
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -19,6 +20,7 @@ struct Service {
   World& world;
   Agenda& agenda;
   std::chrono::milliseconds search_time{1000};
+  std::uint64_t caller = 0;  // of the command that a storing handler carries out; the agenda's alone
   Emit emit = [](const char*, const std::string&) {};
 
   // Tells everybody that rows of the database have changed.

@@ -92,10 +92,15 @@ class World {
   void PowerOn();
   void PowerOff();
 
-  // How long motion goes on until it is stopped, and the focus is driven,
-  // without a call that names the camera; 0: for ever.
-  std::chrono::nanoseconds grace() const { return grace_; }
+  // How long an axis or the focus that is driven until it is stopped goes on
+  // without a call about the camera from the caller that drives it; 0: for ever.
   void set_grace(std::chrono::nanoseconds grace) { grace_ = grace; }
+  Driver DriverFor(std::uint64_t caller) const { return {caller, grace_}; }
+
+  // The caller whose command is carried out while the world is entered: set
+  // before a handler that answers at once, and for this one only.
+  std::uint64_t caller() const { return caller_; }
+  void set_caller(std::uint64_t caller) { caller_ = caller; }
 
   void SetFaults(std::vector<Fault> faults) { faults_ = std::move(faults); }
   // The member may be null: a call about no camera.
@@ -132,6 +137,7 @@ class World {
   std::chrono::nanoseconds present_;
   std::vector<std::unique_ptr<Member>> members_;
   std::chrono::nanoseconds grace_{0};
+  std::uint64_t caller_ = 0;
   std::vector<Fault> faults_;
   bool searching_ = false;
   NatTable nat_;

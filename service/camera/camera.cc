@@ -70,12 +70,12 @@ Status Camera::MoveTo(const AxisValues& positions, const AxisValues& speeds) {
   for (const AxisIndex i : kAxes) {
     if (!positions[i]) continue;
     axes_[i].MoveTo(*positions[i], speeds[i].value_or(axes_[i].limits().top_speed));
-    continuous_[i] = false;
+    drives_[i].reset();
   }
   return Status::kDone;
 }
 
-Status Camera::MoveAt(const AxisValues& velocities) {
+Status Camera::MoveAt(const AxisValues& velocities, const Driver& driver) {
   if (!powered_) return Status::kPoweredOff;
   for (const AxisIndex i : kAxes) {
     if (velocities[i] && !HasAxis(i)) return Status::kUnsupportedAxis;
@@ -84,7 +84,7 @@ Status Camera::MoveAt(const AxisValues& velocities) {
   for (const AxisIndex i : kAxes) {
     if (!velocities[i]) continue;
     axes_[i].MoveAt(*velocities[i]);
-    continuous_[i] = true;
+    drives_[i].emplace(driver);
   }
   return Status::kDone;
 }
@@ -107,7 +107,7 @@ void Camera::SetHome(const PerAxis<double>& position) {
 
 void Camera::Stop(const PerAxis<bool>& axes) {
   for (const AxisIndex i : kAxes) {
-    if (axes[i]) axes_[i].Stop();
+    if (axes[i]) EndDrive(i);
   }
 }
 
@@ -130,27 +130,43 @@ Status Camera::SetImage(const std::string& token, const ImageSettings& image) {
   MediaProfile* profile = FindProfile(token);
   const bool focuses = image.auto_focus == 1.0 && profile->image.auto_focus == 0.0;
   profile->image = image;
-  if (focuses && powered_) focus_.MoveTo(kSharp, kFocusLimits.top_speed);
+  if (focuses && powered_) {
+    drives_[kFocus].reset();
+    focus_.MoveTo(kSharp, kFocusLimits.top_speed);
+  }
   return Status::kDone;
 }
 
-Status Camera::DriveFocus(const std::string& token, double velocity) {
+Status Camera::DriveFocus(const std::string& token, double velocity, const Driver& driver) {
   if (!powered_) return Status::kPoweredOff;
   FindProfile(token)->image.auto_focus = 0.0;
   focus_.MoveAt(velocity * kFocusLimits.top_speed);
-  focus_driven_ = true;
+  drives_[kFocus].emplace(driver);
   return Status::kDone;
 }
 
-void Camera::StopFocus() {
-  focus_.Stop();
-  focus_driven_ = false;
+void Camera::StopFocus() { EndDrive(kFocus); }
+
+void Camera::Drive::Renew() {
+  if (driver.grace > nanoseconds(0)) left = driver.grace;
+}
+
+void Camera::GiveSignOfLife(std::uint64_t caller) {
+  for (auto& drive : drives_) {
+    if (drive && drive->driver.caller == caller) drive->Renew();
+  }
+}
+
+void Camera::EndDrive(std::size_t index) {
+  drives_[index].reset();
+  (index == kFocus ? focus_ : axes_[index]).Stop();
 }
 
 void Camera::PowerOff() {
   powered_ = false;
   for (Axis& axis : axes_) axis.Halt();
   focus_.Halt();
+  drives_ = {};
 }
 
 bool Camera::Moving() const {
@@ -158,22 +174,26 @@ bool Camera::Moving() const {
 }
 
 void Camera::AdvanceAxes(nanoseconds elapsed) {
-  if (grace_left_) *grace_left_ -= elapsed;
+  for (auto& drive : drives_) {
+    if (drive && drive->left) *drive->left -= elapsed;
+  }
   if (power_left_ && Moving()) *power_left_ -= elapsed;
   for (Axis& axis : axes_) axis.Advance(elapsed);
   focus_.Advance(elapsed);
 }
 
 nanoseconds Camera::UntilNextEvent(nanoseconds limit) const {
-  if (grace_left_) limit = std::min(limit, *grace_left_);
+  for (const auto& drive : drives_) {
+    if (drive && drive->left) limit = std::min(limit, *drive->left);
+  }
   if (power_left_ && Moving()) limit = std::min(limit, *power_left_);
   return limit;
 }
 
-void Camera::EndWhatNobodyWatches() {
-  grace_left_.reset();
-  Stop(continuous_);
-  if (focus_driven_) StopFocus();
+void Camera::EndDrivesRunOut() {
+  for (std::size_t i = 0; i < drives_.size(); ++i) {
+    if (drives_[i] && drives_[i]->left && *drives_[i]->left <= nanoseconds(0)) EndDrive(i);
+  }
 }
 
 void Camera::Advance(nanoseconds elapsed) {
@@ -183,7 +203,7 @@ void Camera::Advance(nanoseconds elapsed) {
     power_left_.reset();
     PowerOff();
   }
-  if (grace_left_ && *grace_left_ <= nanoseconds(0)) EndWhatNobodyWatches();
+  EndDrivesRunOut();
   if (step < elapsed) Advance(elapsed - step);
 }
 

@@ -1,6 +1,10 @@
 // Faults on demand, and cameras as a fleet file describes them.
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 
 #include "integration/service_host.h"
 #include "support/canary.h"
@@ -90,8 +94,7 @@ TEST_F(ServiceFaults, MotionOfAClientThatHasGoneIsStopped) {
   Serve({"--grace", "0.5"});
   const auto client = Connected();
   EXPECT_EQ(Connected()->ContinuousPanMove(1, 10), 0);
-  // Until the time of grace is over nothing may be asked: a call would be a sign
-  // of life.
+  // Not before the grace is over: the camera stands still at the very beginning too.
   const auto over = std::chrono::steady_clock::now() + std::chrono::milliseconds(500);
   EXPECT_TRUE(WaitUntil([&] { return std::chrono::steady_clock::now() > over; }));
   VptzPtzData ptz;
@@ -100,6 +103,58 @@ TEST_F(ServiceFaults, MotionOfAClientThatHasGoneIsStopped) {
     return ptz.pan.speed.value == 0;
   }));
   EXPECT_NEAR(ptz.pan.position.value, 5, 0.1);
+}
+
+// A process of its own that drives a camera until it is killed.
+class DriverProcess {
+ public:
+  explicit DriverProcess(const std::string& address) : pid_(fork()) {
+    if (pid_ != 0) return;
+    VptzClient client;
+    const bool drives = client.Connect("driver", address.c_str()) == 0 && client.ContinuousPanMove(1, 10) == 0;
+    if (!drives) _exit(1);
+    while (client.GetStatus(1) == 0 && client.ContinuousTiltMove(1, 5) == 0) Breathe();
+    _exit(1);
+  }
+  ~DriverProcess() { Kill(); }
+  DriverProcess(const DriverProcess&) = delete;
+  DriverProcess& operator=(const DriverProcess&) = delete;
+
+  void Kill() {
+    if (pid_ <= 0) return;
+    kill(pid_, SIGKILL);
+    waitpid(pid_, nullptr, 0);
+    pid_ = -1;
+  }
+
+ private:
+  pid_t pid_;
+};
+
+TEST_F(ServiceFaults, OnlookerKeepsNoCameraMovingWhoseDriverWasKilled) {
+  Serve({"--grace", "1"});
+  DriverProcess driver(broker_.address());
+  const auto onlooker = Connected();
+  VptzPtzData ptz;
+  const auto look = [&] { EXPECT_EQ(onlooker->QueryPtzProfiles(1, "ptz0", &ptz), 0); };
+  const auto looked_at = [&](auto condition) {
+    auto next = std::chrono::steady_clock::now();
+    return WaitUntil([&] {
+      if (std::chrono::steady_clock::now() < next) return false;
+      next += std::chrono::milliseconds(200);
+      look();
+      return condition();
+    });
+  };
+  // Longer than the grace: the driver is there, so the camera goes on.
+  ASSERT_TRUE(looked_at([&] { return ptz.pan.position.value > 15 && ptz.tilt.position.value > 5; }));
+  EXPECT_GT(ptz.pan.speed.value, 0);
+  driver.Kill();
+  const auto killed = std::chrono::steady_clock::now();
+  EXPECT_TRUE(looked_at([&] { return ptz.pan.speed.value == 0 && ptz.tilt.speed.value == 0; }));
+  const std::chrono::duration<double> ran_on = std::chrono::steady_clock::now() - killed;
+  EXPECT_LT(ran_on.count(), 2) << "the grace, one look and slack";
+  RecordProperty("ran_on_ms", static_cast<int>(ran_on.count() * 1000));
 }
 
 TEST_F(ServiceFaults, FleetDescribesItsCameras) {

@@ -61,6 +61,9 @@ class Simulation {
   vptzd::World& world() { return world_; }
   vptzd::Service& service() { return service_; }
 
+  // Whose calls come from now on; 0 at first, as from a bus that does not tell.
+  void SpeakFor(std::uint64_t caller) { caller_ = caller; }
+
   // Lets time pass, and does what is to be done until then.
   void Wait(std::chrono::nanoseconds elapsed) {
     clock_.Advance(elapsed);
@@ -75,6 +78,7 @@ class Simulation {
 
   tutorial::VptzResponse Dispatch(std::string_view method, const void* payload, int length) {
     vptzd::Call call;
+    call.caller = caller_;
     const vptzd::Status status = vptzd::ReadCall(method, payload, length, &call);
     return status == vptzd::Status::kDone ? vptzd::Answer(service_, call) : vptzd::Answer(status);
   }
@@ -96,6 +100,7 @@ class Simulation {
   vptzd::World world_;
   vptzd::Agenda agenda_{clock_};
   vptzd::Service service_{world_, agenda_};
+  std::uint64_t caller_ = 0;
 };
 
 }  // namespace vptz_test
