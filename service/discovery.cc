@@ -48,6 +48,7 @@ bool IsWanted(const World& world, const Member& member, const std::vector<std::s
 struct Search {
   std::vector<Member*> found;
   std::size_t next = 0;
+  bool lost = false;  // the database has not taken a camera
   std::chrono::nanoseconds step{0};
 };
 
@@ -64,28 +65,30 @@ void MakeKnown(Service& service, Member* member) {
     const auto lock = service.world.Enter();
     member->ids = ids;
   }
-  service.AnnounceRows();
+  service.AnnounceRowsOf(ids.device);
 }
 
-void EndSearch(Service& service, std::size_t found) {
+// Tells how many cameras were found, or that not all of them could be stored.
+void EndSearch(Service& service, const Search& search) {
   {
     const auto lock = service.world.Enter();
     service.world.set_searching(false);
   }
-  VptzResponse result = Answer(Status::kDone);
-  result.set_status_code(static_cast<int>(found));
+  VptzResponse result = Answer(Status::kNotStored);
+  if (!search.lost) result.set_status_code(static_cast<int>(search.found.size()));
   service.emit("finish/search_device", result.SerializeAsString());
 }
 
 void GoOn(Service& service, const std::shared_ptr<Search>& search) {
   if (search->next == search->found.size()) {
-    EndSearch(service, search->found.size());
+    EndSearch(service, *search);
     return;
   }
   try {
     MakeKnown(service, search->found[search->next]);
   } catch (const StorageError& error) {
     VPTZD_LOG(ZERK_LOG_ERROR, "a camera that was found is lost: %s", error.what());
+    search->lost = true;
   }
   ++search->next;
   service.agenda.PostIn(search->step, [&service, search] { GoOn(service, search); });
@@ -204,7 +207,7 @@ VptzResponse DeclareAnew(Service& service, const VptzCommand& command, const Cam
     member->camera.description() = camera->description();
     member->camera.set_logged_in(camera->logged_in());
   }
-  service.AnnounceRows();
+  service.AnnounceRowsOf(member->ids.device);
   return Answer(Status::kDone);
 }
 
@@ -280,15 +283,16 @@ VptzResponse RemoveDevice(Service& service, const VptzCommand& command) {
     if (!member->camera.description().removable) return Answer(Status::kNotRemovable);
     service_uri = member->camera.description().service_uri;
   }
-  StoreFollower(member->ids.device, 0);
-  ForgetHome(member->ids.ptz);
+  const CameraIds ids = member->ids;
+  StoreFollower(ids.device, 0);
+  ForgetHome(ids.ptz);
   if (member->in_fleet) StoreRemoval(service_uri, true);
-  RemoveCamera(member->ids.device);
+  RemoveCamera(ids.device);
   {
     const auto lock = service.world.Enter();
     service.world.Forget(member);
   }
-  service.AnnounceRows();
+  service.AnnounceRowsOf(ids.device);
   return Answer(Status::kDone);
 }
 

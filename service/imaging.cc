@@ -65,7 +65,7 @@ VptzResponse Store(Service& service, std::uint32_t media, Member* member, const 
     const auto lock = service.world.Enter();
     member->camera.SetImage(token, image);
   }
-  service.AnnounceRows();
+  service.AnnounceRowsOf(member->ids.device);
   return Answer(Status::kDone);
 }
 
@@ -96,7 +96,7 @@ VptzResponse DriveFocus(Service& service, const VptzCommand& command, double dir
   }
   if (status != Status::kDone || !was_automatic) return Answer(status);
   StoreImage(device.device_id(), image);
-  service.AnnounceRows();
+  service.AnnounceRowsOf(member->ids.device);
   return Answer(Status::kDone);
 }
 
@@ -115,7 +115,7 @@ VptzResponse GetCapabilities(Service& service, const VptzCommand& command) {
   for (std::size_t i = 0; i < member->ids.media.size(); ++i) {
     StoreImage(member->ids.media[i], camera->media_profiles()[i].image);
   }
-  service.AnnounceRows();
+  service.AnnounceRowsOf(member->ids.device);
   return Answer(Status::kDone);
 }
 

@@ -17,8 +17,8 @@ using tutorial::VptzResponse;
 
 namespace {
 
-VptzResponse Announced(Service& service) {
-  service.AnnounceRows();
+VptzResponse Announced(Service& service, const Member& member) {
+  service.AnnounceRowsOf(member.ids.device);
   return Answer(Status::kDone);
 }
 
@@ -53,7 +53,7 @@ void FillState(const Camera& camera, Device* row) {
 // The rows of a camera that does not answer tell so.
 VptzResponse Unreachable(Service& service, const Member& member) {
   ChangeDevice(member.ids.device, [](Device& row) { row.set_is_alive(false); });
-  service.AnnounceRows();
+  service.AnnounceRowsOf(member.ids.device);
   return Answer(Status::kOffline);
 }
 
@@ -135,7 +135,7 @@ VptzResponse UpdateDeviceControlProtocol(Service& service, const VptzCommand& co
     const auto lock = service.world.Enter();
     member->camera.description().protocol = protocol;
   }
-  return Announced(service);
+  return Announced(service, *member);
 }
 
 VptzResponse Login(Service& service, const VptzCommand& command) {
@@ -148,7 +148,7 @@ VptzResponse Login(Service& service, const VptzCommand& command) {
   if (refusal != Status::kDone) return Answer(refusal);
   StoreLogin(member->ids.device, credentials);
   SetLoggedIn(service, member, true);
-  return Announced(service);
+  return Announced(service, *member);
 }
 
 VptzResponse Logout(Service& service, const VptzCommand& command) {
@@ -157,7 +157,7 @@ VptzResponse Logout(Service& service, const VptzCommand& command) {
   if (status != Status::kDone) return Answer(status);
   StoreLogin(member->ids.device, std::nullopt);
   SetLoggedIn(service, member, false);
-  return Announced(service);
+  return Announced(service, *member);
 }
 
 VptzResponse UpdateDeviceInfo(Service& service, const VptzCommand& command) {
@@ -167,7 +167,7 @@ VptzResponse UpdateDeviceInfo(Service& service, const VptzCommand& command) {
   if (status != Status::kDone) return Answer(status);
   const Camera camera = Copy(service, *member);
   ChangeDevice(member->ids.device, [&](Device& row) { FillState(camera, &row); });
-  return Announced(service);
+  return Announced(service, *member);
 }
 
 VptzResponse UpdateDeviceInfoFull(Service& service, const VptzCommand& command) {
@@ -186,7 +186,7 @@ VptzResponse UpdateDeviceInfoFull(Service& service, const VptzCommand& command) 
     row.set_firmware_version(description.firmware);
     row.update_http_uri();
   });
-  return Announced(service);
+  return Announced(service, *member);
 }
 
 VptzResponse SetSlaveDevice(Service& service, const VptzCommand& command) {
@@ -207,7 +207,7 @@ VptzResponse SetSlaveDevice(Service& service, const VptzCommand& command) {
     const auto lock = world.Enter();
     leader->follower = follower;
   }
-  return Announced(service);
+  return Announced(service, *leader);
 }
 
 VptzResponse UpdatePtzStatus(Service& service, const VptzCommand& command) {
@@ -217,7 +217,7 @@ VptzResponse UpdatePtzStatus(Service& service, const VptzCommand& command) {
   const Camera camera = Copy(service, *member);
   StoreAxes(member->ids.ptz, camera);
   StoreTrackMode(member->ids, camera.track_mode());
-  return Announced(service);
+  return Announced(service, *member);
 }
 
 VptzResponse UpdateAllRs232Devices(Service& service, const VptzCommand& command) {
@@ -227,7 +227,9 @@ VptzResponse UpdateAllRs232Devices(Service& service, const VptzCommand& command)
   int unit = settings->unit;
   const std::vector<Member*> serial = SerialMembers(service);
   for (Member* member : serial) MoveToLine(service, member, *settings, unit++);
-  return serial.empty() ? Answer(Status::kDone) : Announced(service);
+  if (serial.size() == 1) return Announced(service, *serial.front());
+  if (!serial.empty()) service.AnnounceRows();
+  return Answer(Status::kDone);
 }
 
 }  // namespace vptzd

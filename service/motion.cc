@@ -87,7 +87,7 @@ VptzResponse SetTrackMode(Service& service, const VptzCommand& command) {
     const auto lock = world.Enter();
     world.FindPtz(ids.ptz)->set_track_mode(ptz.track_mode());
   }
-  service.AnnounceRows();
+  service.AnnounceRowsOf(ids.device);
   return Answer(Status::kDone);
 }
 

@@ -23,7 +23,7 @@ VptzResponse Update(Service& service, const VptzCommand& command, Member* member
     if (Forgets(service.world, *member, command.method_name())) member->camera.presets().Clear();
     presets = member->camera.presets();
   }
-  if (StorePresets(member->ids.ptz, presets)) service.AnnounceRows();
+  if (StorePresets(member->ids.ptz, presets)) service.AnnounceRowsOf(member->ids.device);
   return Answer(Status::kDone);
 }
 
@@ -67,7 +67,7 @@ VptzResponse SetPreset(Service& service, const VptzCommand& command) {
     member->camera.presets().Store(preset);
     if (Forgets(service.world, *member, command.method_name())) member->camera.presets().Clear();
   }
-  service.AnnounceRows();
+  service.AnnounceRowsOf(member->ids.device);
   return Answer(Status::kDone);
 }
 
@@ -85,7 +85,7 @@ VptzResponse RemovePreset(Service& service, const VptzCommand& command) {
     const auto lock = service.world.Enter();
     member->camera.presets().Remove(token);
   }
-  service.AnnounceRows();
+  service.AnnounceRowsOf(member->ids.device);
   return Answer(Status::kDone);
 }
 

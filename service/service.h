@@ -7,6 +7,8 @@
 #include <functional>
 #include <string>
 
+#include <vptz/vptz.pb.h>
+
 #include "agenda.h"
 #include "world.h"
 
@@ -23,7 +25,12 @@ struct Service {
   std::uint64_t caller = 0;  // of the command that a storing handler carries out; the agenda's alone
   Emit emit = [](const char*, const std::string&) {};
 
-  // Tells everybody that rows of the database have changed.
+  // Tells everybody that rows have changed: those of one device, or of several.
+  void AnnounceRowsOf(std::uint32_t device) const {
+    tutorial::DeviceCommand changed;
+    changed.set_device_id(device);
+    emit("update_devices", changed.SerializeAsString());
+  }
   void AnnounceRows() const { emit("update_devices", ""); }
 };
 

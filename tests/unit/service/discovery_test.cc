@@ -47,6 +47,52 @@ TEST_F(DiscoveryTest, SearchTellsEachCameraAndItsEnd) {
   EXPECT_FALSE(RowOf<Device>(4)->authorized());
 }
 
+TEST_F(DiscoveryTest, EndOfASearchTellsHowManyCamerasWereFound) {
+  EXPECT_EQ(Status("search_device", SearchFor("ONVIF,NDI")), 0);
+  for (int i = 0; i < 3; ++i) Wait(334ms);
+  tutorial::VptzResponse end;
+  ASSERT_TRUE(end.ParseFromString(TakePayloads().back()));
+  EXPECT_EQ(end.status_code(), 2);
+}
+
+TEST_F(DiscoveryTest, EndOfASearchTellsThatACameraCouldNotBeStored) {
+  EXPECT_EQ(Status("search_device", SearchFor("ONVIF,NDI")), 0);
+  Wait(334ms);
+  VptzModel::Instance().Release();
+  Wait(334ms);
+  Wait(334ms);
+  EXPECT_THAT(TakeSignals(), ElementsAre("update_devices", "finish/search_device"));
+  tutorial::VptzResponse end;
+  ASSERT_TRUE(end.ParseFromString(TakePayloads().back()));
+  EXPECT_EQ(end.status_code(), -1011);
+}
+
+TEST_F(DiscoveryTest, SignalOfAChangeTellsTheDeviceWhereItIsOne) {
+  const auto told = [this] {
+    tutorial::DeviceCommand changed;
+    const std::string payload = TakePayloads().at(0);
+    EXPECT_TRUE(changed.ParseFromString(payload));
+    tutorial::DeviceCommand expected;
+    if (changed.has_device_id()) expected.set_device_id(changed.device_id());
+    EXPECT_EQ(payload, expected.SerializeAsString()) << "nothing but the id";
+    return changed.device_id();
+  };
+  EXPECT_EQ(Status("add_device", Added("ONVIF", "198.51.100.7")), 0);
+  EXPECT_EQ(told(), 3U);
+  EXPECT_EQ(Status("set_preset", OfPreset(2, "door")), 0);
+  EXPECT_EQ(told(), 2U);
+  EXPECT_EQ(Status("logout", OfDevice(2)), 0);
+  EXPECT_EQ(told(), 2U);
+  EXPECT_EQ(Status("remove_device", OfDevice(3)), 0);
+  EXPECT_EQ(told(), 3U) << "the id that it had";
+  Put(vptzd::FaultKind::kOffline);
+  EXPECT_EQ(Status("update_device_info", OfDevice(1)), -1010);
+  EXPECT_EQ(told(), 1U);
+  world().SetFaults({});
+  EXPECT_EQ(Status("config_devices"), 0);
+  EXPECT_EQ(TakePayloads(), std::vector<std::string>{""});
+}
+
 TEST_F(DiscoveryTest, SearchThatFindsNothingTakesItsTimeAsWell) {
   EXPECT_EQ(Status("search_device", SearchFor("RS232")), 0);
   Wait(999ms);

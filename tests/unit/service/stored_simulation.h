@@ -30,8 +30,9 @@ class StoredSimulation : public testing::Test {
     simulation_ = std::make_unique<Simulation>(fleet);
     vptzd::StoreCameras(world());
     vptzd::RestoreAdditions(world());
-    simulation_->service().emit = [this](const char* signal, const std::string&) {
+    simulation_->service().emit = [this](const char* signal, const std::string& payload) {
       signals_.emplace_back(signal);
+      payloads_.push_back(payload);
     };
   }
 
@@ -41,8 +42,9 @@ class StoredSimulation : public testing::Test {
   }
   void Wait(std::chrono::nanoseconds elapsed) { simulation_->Wait(elapsed); }
 
-  // The signals since the last time.
+  // The signals since the last time, and what they brought.
   std::vector<std::string> TakeSignals() { return std::exchange(signals_, {}); }
+  std::vector<std::string> TakePayloads() { return std::exchange(payloads_, {}); }
 
   void Put(vptzd::FaultKind kind) { world().SetFaults({{kind, 1, "", "", std::chrono::milliseconds(500)}}); }
 
@@ -74,6 +76,7 @@ class StoredSimulation : public testing::Test {
  private:
   TempDir folder_;
   std::vector<std::string> signals_;
+  std::vector<std::string> payloads_;
 };
 
 }  // namespace vptz_test
