@@ -1,5 +1,6 @@
 #include "camera_rows.h"
 
+#include <algorithm>
 #include <memory>
 #include <set>
 #include <vector>
@@ -13,15 +14,20 @@
 #include <vptz/model/preset.h>
 #include <vptz/model/protocol.h>
 #include <vptz/model/ptz.h>
+#include <vptz/model/device-odb.hxx>
+#include <vptz/model/media-odb.hxx>
 #include <vptz/model/media_parameter-odb.hxx>
+#include <vptz/model/movement-odb.hxx>
 #include <vptz/model/movement_parameter-odb.hxx>
 #include <vptz/model/preset-odb.hxx>
+#include <vptz/model/ptz-odb.hxx>
 
 #include "fleet.h"
 #include "log.h"
 #include "rows.h"
 #include "settings.h"
 #include "storage.h"
+#include "transaction.h"
 
 namespace vptzd {
 namespace {
@@ -32,7 +38,7 @@ std::unique_ptr<Device> NewDevice(const Camera& camera, DeviceType* type, Protoc
   const CameraDescription& description = camera.description();
   auto device = std::make_unique<Device>(description.service_uri.c_str(), description.address.c_str(), type,
                                          protocol, "", camera.logged_in(), description.mac.c_str(),
-                                         description.uuid.c_str(), true, description.removable, false, false);
+                                         description.uuid.c_str(), true, description.removable, true, false);
   device->set_host_name(description.name);
   device->set_manufacture(description.manufacturer);
   device->set_model_name(description.model);
@@ -44,42 +50,39 @@ std::unique_ptr<Device> NewDevice(const Camera& camera, DeviceType* type, Protoc
   return device;
 }
 
-// All or none, in one transaction.
 template <class Row>
-void InsertRows(std::vector<Row>* rows, const char* what) {
-  if (VptzModel::AddAll(rows->data(), static_cast<int>(rows->size())) < 0) {
-    throw StorageError(std::string("the database takes no ") + what);
-  }
+void InsertRows(Transaction& transaction, std::vector<Row>* rows, const char* what) {
+  for (Row& row : *rows) transaction.Insert(&row, what);
 }
 
 // An axis of a simulated camera moves to positions and at velocities, not by
 // distances. None for an axis that the camera does not have.
-std::unique_ptr<Movement> StoreMovement(const Camera& camera, AxisIndex index,
-                                        std::vector<MovementParameter>* parameters) {
+std::unique_ptr<Movement> InsertMovement(Transaction& transaction, const Camera& camera, AxisIndex index,
+                                         std::vector<MovementParameter>* parameters) {
   if (!camera.HasAxis(index)) return nullptr;
   const Axis& axis = camera.axis(index);
   auto movement = std::make_unique<Movement>(true, true, false);
-  InsertRow(movement.get(), "movement");
+  transaction.Insert(movement.get(), "movement");
   parameters->emplace_back(movement.get(), "position", axis.position(), axis.limits().min, axis.limits().max);
   parameters->emplace_back(movement.get(), "speed", 0.0, 0.0, axis.limits().top_speed);
   return movement;
 }
 
-std::uint32_t StorePtz(Device* device, const Camera& camera) {
+std::uint32_t InsertPtz(Transaction& transaction, Device* device, const Camera& camera) {
   std::vector<MovementParameter> parameters;
-  const auto pan = StoreMovement(camera, kPan, &parameters);
-  const auto tilt = StoreMovement(camera, kTilt, &parameters);
-  const auto zoom = StoreMovement(camera, kZoom, &parameters);
-  InsertRows(&parameters, "movement parameters");
+  const auto pan = InsertMovement(transaction, camera, kPan, &parameters);
+  const auto tilt = InsertMovement(transaction, camera, kTilt, &parameters);
+  const auto zoom = InsertMovement(transaction, camera, kZoom, &parameters);
+  InsertRows(transaction, &parameters, "movement parameter");
   Ptz ptz(device, pan.get(), tilt.get(), zoom.get(), camera.ptz_token(), "", true,
           static_cast<int>(camera.track_mode()));
-  InsertRow(&ptz, "PTZ node");
+  transaction.Insert(&ptz, "PTZ node");
   std::vector<Preset> presets;
   for (const StoredPosition& preset : camera.presets().all()) {
     presets.emplace_back(&ptz, preset.id, preset.token, preset.name, preset.position[kPan],
                          preset.position[kTilt], preset.position[kZoom]);
   }
-  InsertRows(&presets, "presets");
+  InsertRows(transaction, &presets, "preset");
   return ptz.id();
 }
 
@@ -94,9 +97,10 @@ std::string StreamUri(const CameraDescription& camera, const std::string& token)
   return IsSerial(camera.protocol) ? "" : "rtsp://" + camera.address + "/" + token;
 }
 
-std::uint32_t StoreMedia(Device* device, const CameraDescription& camera, const MediaProfile& profile) {
+std::uint32_t InsertMedia(Transaction& transaction, Device* device, const CameraDescription& camera,
+                          const MediaProfile& profile) {
   Media media(device, profile.token, StreamUri(camera, profile.token), "", true);
-  InsertRow(&media, "media source");
+  transaction.Insert(&media, "media source");
   const VideoEncoder& video = profile.encoder;
   const ImageSettings& image = profile.image;
   const NamedValue values[] = {
@@ -110,27 +114,52 @@ std::uint32_t StoreMedia(Device* device, const CameraDescription& camera, const 
   for (const NamedValue& value : values) {
     parameters.emplace_back(&media, value.name, value.value, value.min, value.max);
   }
-  InsertRows(&parameters, "media parameters");
+  InsertRows(transaction, &parameters, "media parameter");
   return media.id();
 }
 
-CameraIds StoreNewCamera(const Camera& camera) {
-  const CameraDescription& description = camera.description();
-  const char* kind = IsSerial(description.protocol) ? "controller" : "camera";
-  const auto type = FoundRow<DeviceType>([&](DeviceType** row) { return DeviceType::QueryByName(row, kind); });
-  const auto protocol =
-      FoundRow<Protocol>([&](Protocol** row) { return Protocol::QueryByName(row, description.protocol); });
-  const std::unique_ptr<Device> device = NewDevice(camera, type.get(), protocol.get());
-  InsertRow(device.get(), "device");
+// The rows that a new device refers to.
+struct Kind {
+  std::unique_ptr<DeviceType> type;
+  std::unique_ptr<Protocol> protocol;
+};
+
+Kind KindOf(const CameraDescription& camera) {
+  const char* type = IsSerial(camera.protocol) ? "controller" : "camera";
+  return {FoundRow<DeviceType>([&](DeviceType** row) { return DeviceType::QueryByName(row, type); }),
+          FoundRow<Protocol>([&](Protocol** row) { return Protocol::QueryByName(row, camera.protocol); })};
+}
+
+CameraIds InsertCamera(Transaction& transaction, const Camera& camera, const Kind& kind) {
+  const std::unique_ptr<Device> device = NewDevice(camera, kind.type.get(), kind.protocol.get());
+  transaction.Insert(device.get(), "device");
   CameraIds ids;
   ids.device = device->id();
   for (const MediaProfile& profile : camera.media_profiles()) {
-    ids.media.push_back(StoreMedia(device.get(), description, profile));
+    ids.media.push_back(InsertMedia(transaction, device.get(), camera.description(), profile));
   }
-  ids.ptz = StorePtz(device.get(), camera);
-  // The last step: tells that nothing is missing.
-  ChangeDevice(ids.device, [](Device& row) { row.set_is_setting_applied(true); });
+  ids.ptz = InsertPtz(transaction, device.get(), camera);
   return ids;
+}
+
+// All of them or none.
+std::vector<CameraIds> StoreNewCameras(const std::vector<const Camera*>& cameras, const StoringTold& told) {
+  std::vector<CameraIds> ids;
+  if (cameras.empty()) return ids;
+  std::vector<Kind> kinds;
+  for (const Camera* camera : cameras) kinds.push_back(KindOf(camera->description()));
+  told(1, cameras.size());
+  Transaction transaction;
+  for (std::size_t i = 0; i < cameras.size(); ++i) {
+    told(i + 1, cameras.size());
+    ids.push_back(InsertCamera(transaction, *cameras[i], kinds[i]));
+  }
+  transaction.Commit();
+  return ids;
+}
+
+CameraIds StoreNewCamera(const Camera& camera) {
+  return StoreNewCameras({&camera}, [](std::size_t, std::size_t) {}).front();
 }
 
 std::set<std::uint32_t> UsedMovements() {
@@ -175,8 +204,9 @@ std::unique_ptr<Device> DeviceAt(const std::string& service_uri) {
   return FoundRow<Device>([&](Device** row) { return Device::QueryByServiceUri(row, service_uri); });
 }
 
-// The camera takes on what its rows hold.
-void TakeOn(const Device& device, const CameraIds& ids, Member* member) {
+// The camera takes on what its rows hold. What they tell of its axes is not true
+// any more; the rows that are to be changed are added to `axes`.
+void TakeOn(const Device& device, const CameraIds& ids, Member* member, AxisRows* axes) {
   Camera& camera = member->camera;
   member->ids = ids;
   if (const Protocol* protocol = device.protocol()) camera.description().protocol = protocol->name();
@@ -189,7 +219,7 @@ void TakeOn(const Device& device, const CameraIds& ids, Member* member) {
     const MediaProfile& profile = camera.media_profiles()[i];
     camera.SetImage(profile.token, StoredImage(ids.media[i], profile.image));
   }
-  StoreAxes(ids.ptz, camera);
+  axes->Compare(ids.ptz, camera);
 }
 
 CameraDescription DescriptionOf(const Device& device) {
@@ -207,7 +237,7 @@ CameraDescription DescriptionOf(const Device& device) {
   return camera;
 }
 
-void Restore(const Device& device, World& world) {
+void Restore(const Device& device, World& world, AxisRows* axes) {
   const CameraDescription description = DescriptionOf(device);
   const CameraIds ids = IdsOf(device, Camera(description));
   if (ids.device == 0) {
@@ -219,7 +249,43 @@ void Restore(const Device& device, World& world) {
     VPTZD_LOG(ZERK_LOG_WARNING, "the device %u is one more than can be simulated", device.id());
     return;
   }
-  TakeOn(device, ids, member);
+  TakeOn(device, ids, member, axes);
+}
+
+// A full disk is no reason not to start: the cameras that are there can be moved.
+template <class Error, class Storing>
+void TryAtStart(Storing storing) {
+  try {
+    storing();
+  } catch (const Error& error) {
+    VPTZD_LOG(LogLevel::kError, "not stored at the start: %s", error.what());
+  }
+}
+
+// A camera of the fleet takes on its rows, unless it has been removed. Whether it
+// is to be stored.
+bool Begin(Member* member, AxisRows* axes) {
+  const CameraDescription& description = member->camera.description();
+  const auto device = DeviceAt(description.service_uri);
+  const bool removed = WasRemoved(description.service_uri);
+  if (device != nullptr && !removed) {
+    const CameraIds ids = IdsOf(*device, member->camera);
+    if (ids.device != 0) {
+      TakeOn(*device, ids, member, axes);
+      return false;
+    }
+  }
+  // The service was killed while it removed or wrote it.
+  if (device != nullptr) RemoveCamera(device->id());
+  return !removed && (device != nullptr || description.known);
+}
+
+// Gives those cameras rows; they stay unknown when the database does not take them.
+void StoreNew(const std::vector<Member*>& members, const StoringTold& told) {
+  std::vector<const Camera*> cameras;
+  for (const Member* member : members) cameras.push_back(&member->camera);
+  const std::vector<CameraIds> ids = StoreNewCameras(cameras, told);
+  for (std::size_t i = 0; i < ids.size(); ++i) members[i]->ids = ids[i];
 }
 
 void RestoreFollowers(World& world) {
@@ -248,32 +314,34 @@ void RemoveCamera(std::uint32_t device) {
   if (Device::Remove(device) < 0) throw StorageError("the database keeps a device");
 }
 
-void StoreCameras(World& world) {
+void StoreCameras(World& world, const StoringTold& told) {
+  std::vector<Member*> fresh;
+  AxisRows axes;
   for (const auto& member : world.members()) {
-    const CameraDescription& description = member->camera.description();
-    const auto device = DeviceAt(description.service_uri);
-    if (WasRemoved(description.service_uri)) {
-      if (device != nullptr) RemoveCamera(device->id());  // the service was killed while it removed it
-      continue;
-    }
-    if (device == nullptr && !description.known) continue;
-    const CameraIds ids = StoreCamera(member->camera);
-    if (device != nullptr && device->id() == ids.device) {
-      TakeOn(*device, ids, member.get());
-    } else {
-      member->ids = ids;
-    }
+    TryAtStart<StorageError>([&] {
+      if (Begin(member.get(), &axes)) fresh.push_back(member.get());
+    });
   }
+  const auto known = [](const auto& member) { return member->known(); };
+  if (std::none_of(world.members().begin(), world.members().end(), known)) {
+    StoreNew(fresh, told);
+  } else {
+    TryAtStart<NoRoom>([&] { StoreNew(fresh, told); });
+  }
+  TryAtStart<NoRoom>([&] { axes.Store(); });
 }
 
 void RestoreAdditions(World& world) {
   for (const std::string& port : StoredPorts()) world.AddUsbTtyDevice(port);
   const auto devices =
       FoundRows<Device>([](std::vector<Device*>* rows) { return Device::QueryAll(rows, 0, kAll); });
+  AxisRows axes;
   for (const auto& device : devices) {
-    if (world.MemberOfService(device->service_uri()) == nullptr) Restore(*device, world);
+    if (world.MemberOfService(device->service_uri()) != nullptr) continue;
+    TryAtStart<StorageError>([&] { Restore(*device, world, &axes); });
   }
   RestoreFollowers(world);
+  TryAtStart<NoRoom>([&] { axes.Store(); });
 }
 
 }  // namespace vptzd

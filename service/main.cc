@@ -13,6 +13,7 @@
 #include "fleet.h"
 #include "live_rows.h"
 #include "options.h"
+#include "progress.h"
 #include "server.h"
 #include "startup.h"
 #include "view/view_server.h"
@@ -108,6 +109,15 @@ std::string SeedFile() {
   return std::filesystem::exists(beside, missing) ? beside.string() : VPTZD_SEED_FILE;
 }
 
+// False when the database cannot be used.
+bool BringUpCameras(const Options& options, World& world) {
+  StartProgress progress(std::cerr);
+  if (!OpenDatabase(options.database, SeedFile())) return false;
+  StoreCameras(world, [&](std::size_t camera, std::size_t of) { progress.Reached(camera, of); });
+  RestoreAdditions(world);
+  return true;
+}
+
 int Run(const Options& options, const Fleet& fleet) {
   const sigset_t signals = BlockSignals();
   const SteadyClock clock;
@@ -115,12 +125,10 @@ int Run(const Options& options, const Fleet& fleet) {
   world.set_grace(
       std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::duration<double>(options.grace)));
   world.SetFaults(fleet.faults);
-  if (!OpenDatabase(options.database, SeedFile())) {
+  if (!BringUpCameras(options, world)) {
     std::cerr << "vptzd: cannot use the database " << options.database << "; the log tells why\n";
     return kExitNoDatabase;
   }
-  StoreCameras(world);
-  RestoreAdditions(world);
   Agenda agenda(clock);
   Service service{world, agenda, fleet.search_time};
   return Serve(options, service, signals);

@@ -1,15 +1,17 @@
 #include "rows.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <vptz/model/media_parameter.h>
-#include <vptz/model/movement_parameter.h>
 #include <vptz/model/preset.h>
 #include <vptz/model/protocol.h>
 #include <vptz/model/ptz.h>
 #include <nlohmann/json.hpp>
+#include <vptz/model/movement_parameter-odb.hxx>
 
 #include "storage.h"
+#include "transaction.h"
 
 namespace vptzd {
 namespace {
@@ -65,17 +67,6 @@ void StoreParameter(std::uint32_t media, const char* name, double value) {
 
 void LoadParameter(std::uint32_t media, const char* name, double* value) {
   if (const auto row = ParameterOf(media, name)) *value = row->value();
-}
-
-void StoreMovementParameter(std::uint32_t movement, const char* name, double value, double min, double max) {
-  const auto row = FoundRow<MovementParameter>(
-      [&](MovementParameter** found) { return MovementParameter::QueryByName(found, movement, name); });
-  if (row == nullptr) throw StorageError(std::string("the database has no movement parameter ") + name);
-  if (row->value() == value && row->min() == min && row->max() == max) return;
-  row->set_value(value);
-  row->set_min(min);
-  row->set_max(max);
-  UpdateRow(*row, "movement parameters");
 }
 
 }  // namespace
@@ -194,18 +185,41 @@ ImageSettings StoredImage(std::uint32_t media, const ImageSettings& factory) {
   return image;
 }
 
-void StoreAxis(std::uint32_t movement, const Axis& axis) {
-  const Axis::Limits& limits = axis.limits();
-  StoreMovementParameter(movement, "position", axis.position(), limits.min, limits.max);
-  StoreMovementParameter(movement, "speed", 0.0, 0.0, limits.top_speed);
+void AxisRows::CompareParameter(std::uint32_t movement, const char* name, double value,
+                                const Axis::Limits& range) {
+  auto row = FoundRow<MovementParameter>(
+      [&](MovementParameter** found) { return MovementParameter::QueryByName(found, movement, name); });
+  if (row == nullptr) throw StorageError(std::string("the database has no movement parameter ") + name);
+  if (row->value() == value && row->min() == range.min && row->max() == range.max) return;
+  row->set_value(value);
+  row->set_min(range.min);
+  row->set_max(range.max);
+  changed_.push_back(std::move(row));
 }
 
-void StoreAxes(std::uint32_t ptz, const Camera& camera) {
+void AxisRows::Compare(std::uint32_t ptz, const Camera& camera) {
   const auto node = NodeOf(ptz);
   const PerAxis<std::uint32_t> movements = {node->pan_id(), node->tilt_id(), node->zoom_id()};
   for (const AxisIndex index : {kPan, kTilt, kZoom}) {
-    if (movements[index] != 0) StoreAxis(movements[index], camera.axis(index));
+    if (movements[index] == 0) continue;
+    const Axis& axis = camera.axis(index);
+    const Axis::Limits& limits = axis.limits();
+    CompareParameter(movements[index], "position", axis.position(), limits);
+    CompareParameter(movements[index], "speed", 0.0, {0.0, limits.top_speed, {}, {}});
   }
+}
+
+void AxisRows::Store() const {
+  if (changed_.empty()) return;
+  Transaction transaction;
+  for (const auto& row : changed_) transaction.Update(*row, "movement parameter");
+  transaction.Commit();
+}
+
+void StoreAxes(std::uint32_t ptz, const Camera& camera) {
+  AxisRows rows;
+  rows.Compare(ptz, camera);
+  rows.Store();
 }
 
 }  // namespace vptzd

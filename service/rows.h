@@ -5,10 +5,13 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <vptz/model/device.h>
+#include <vptz/model/movement_parameter.h>
 
 #include "camera/camera.h"
 #include "world.h"
@@ -47,8 +50,23 @@ void StoreImage(std::uint32_t media, const ImageSettings& image);
 // What the rows hold instead of the factory settings.
 ImageSettings StoredImage(std::uint32_t media, const ImageSettings& factory);
 
-// Writes what an axis is and where it stands.
-void StoreAxis(std::uint32_t movement, const Axis& axis);
+// The rows that tell what axes are and where they stand, as far as they are to
+// be changed.
+class AxisRows {
+ public:
+  // Adds what the node's rows have otherwise than the camera.
+  void Compare(std::uint32_t ptz, const Camera& camera);
+
+  // Writes them in one transaction.
+  void Store() const;
+
+ private:
+  void CompareParameter(std::uint32_t movement, const char* name, double value, const Axis::Limits& range);
+
+  std::vector<std::unique_ptr<MovementParameter>> changed_;
+};
+
+// Writes what the axes of a camera are and where they stand.
 void StoreAxes(std::uint32_t ptz, const Camera& camera);
 
 }  // namespace vptzd

@@ -17,6 +17,13 @@ class StorageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// There is no room on the disk, or it does not write: what is stored already is
+// whole.
+class NoRoom : public StorageError {
+ public:
+  using StorageError::StorageError;
+};
+
 // What a lookup of the model found, owned; null for nothing.
 template <class Row, class Query>
 std::unique_ptr<Row> FoundRow(Query query) {

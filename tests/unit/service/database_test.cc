@@ -1,5 +1,6 @@
 #include "database.h"
 
+#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,7 +19,9 @@
 
 #include "camera_rows.h"
 #include "fleet.h"
+#include "rows.h"
 #include "simulation.h"
+#include "storage.h"
 #include "support/temp_dir.h"
 
 namespace vptz_test {
@@ -42,6 +45,17 @@ class ServiceDatabase : public testing::Test {
     Device* device = nullptr;
     EXPECT_EQ(Device::QueryById(&device, ids.device), 0);
     return std::unique_ptr<Device>(device);
+  }
+
+  // How many transactions have changed the file so far: SQLite counts them in its
+  // header.
+  unsigned Transactions() const {
+    std::ifstream file(folder_.path() + "/vptz.db", std::ios::binary);
+    unsigned char counter[4] = {};
+    file.seekg(24);
+    file.read(reinterpret_cast<char*>(counter), sizeof counter);
+    EXPECT_TRUE(file.good());
+    return (counter[0] << 24U) + (counter[1] << 16U) + (counter[2] << 8U) + counter[3];
   }
 
   TempDir folder_;
@@ -78,6 +92,64 @@ TEST_F(ServiceDatabase, HoldsWhatACameraIs) {
   EXPECT_EQ(Media::QueryCountByDevice(ids.device), 2);
   EXPECT_EQ(Ptz::QueryCountByDevice(ids.device), 1);
   EXPECT_EQ(Preset::QueryCountByPtz(ids.ptz), 3);
+}
+
+TEST_F(ServiceDatabase, StoresAWholeFleetInOneTransaction) {
+  Simulation simulation(vptzd::BuiltInFleet(64));
+  const unsigned before = Transactions();
+  StoreCameras(simulation.world());
+  EXPECT_EQ(Transactions() - before, 1U);
+  EXPECT_EQ(RowCount<Device>(), 64U);
+  EXPECT_EQ(RowCount<MediaParameter>(), 64U * 18U);
+  EXPECT_EQ(RowCount<MovementParameter>(), 64U * 6U);
+  EXPECT_EQ(RowCount<Preset>(), 64U * 3U);
+}
+
+TEST_F(ServiceDatabase, StoresACameraInOneTransaction) {
+  const unsigned before = Transactions();
+  StoreCamera(Camera(BuiltInCamera(1)));
+  EXPECT_EQ(Transactions() - before, 1U);
+}
+
+TEST_F(ServiceDatabase, BringsTheAxesOfAWholeFleetUpToDateInOneTransaction) {
+  Simulation simulation(vptzd::BuiltInFleet(8));
+  StoreCameras(simulation.world());
+  for (const auto& member : simulation.world().members()) {
+    if (!member->known()) continue;
+    ASSERT_EQ(member->camera.MoveTo({10.0, 10.0, 3.0}, {}), vptzd::Status::kDone);
+    member->camera.Advance(1min);
+    vptzd::StoreAxes(member->ids.ptz, member->camera);
+  }
+  Simulation started_again(vptzd::BuiltInFleet(8));
+  const unsigned before = Transactions();
+  StoreCameras(started_again.world());
+  EXPECT_EQ(Transactions() - before, 1U);
+  MovementParameter* parameter = nullptr;
+  ASSERT_EQ(MovementParameter::QueryByName(&parameter, 1, "position"), 0);
+  EXPECT_EQ(parameter->value(), 0.0);
+  delete parameter;
+}
+
+TEST_F(ServiceDatabase, StoresAllCamerasOrNone) {
+  Simulation simulation(vptzd::BuiltInFleet(3));
+  const auto fail_at_the_third = [](std::size_t camera, std::size_t) {
+    if (camera == 3) throw vptzd::StorageError("the disk is full");
+  };
+  EXPECT_THROW(StoreCameras(simulation.world(), fail_at_the_third), vptzd::StorageError);
+  EXPECT_EQ(RowCount<Device>(), 0U);
+  EXPECT_EQ(simulation.world().MemberOfDevice(1), nullptr);
+  StoreCameras(simulation.world());
+  EXPECT_EQ(RowCount<Device>(), 3U);
+}
+
+TEST_F(ServiceDatabase, BeginsWithTheCamerasThatAreThereWhenNoMoreCanBeStored) {
+  Simulation first(vptzd::BuiltInFleet(2));
+  StoreCameras(first.world());
+  Simulation more(vptzd::BuiltInFleet(3));
+  StoreCameras(more.world(), [](std::size_t, std::size_t) { throw vptzd::NoRoom("the disk is full"); });
+  EXPECT_NE(more.world().MemberOfDevice(2), nullptr);
+  EXPECT_EQ(more.world().MemberOfDevice(3), nullptr);
+  EXPECT_EQ(RowCount<Device>(), 2U);
 }
 
 TEST_F(ServiceDatabase, HoldsTheLimitsOfEachAxis) {

@@ -1,0 +1,55 @@
+// Several rows that the database takes together or not at all.
+#ifndef VPTZ_SERVICE_TRANSACTION_H
+#define VPTZ_SERVICE_TRANSACTION_H
+
+#include <functional>
+
+#include <vptz/model/odb.h>
+
+#include <odb/database.hxx>
+#include <odb/sqlite/connection.hxx>
+#include <odb/sqlite/transaction.hxx>
+
+namespace vptzd {
+
+// A transaction on a connection of the service's own: the model changes a row,
+// or inserts rows of one class, in a transaction each. The thread that has begun
+// one uses the model for nothing else until it has ended. Whoever uses it includes
+// the mapper's header of the row's class.
+class Transaction {
+ public:
+  // Waits for other programs' locks as the model does, about four seconds. Every
+  // function throws StorageError, and NoRoom where that is the reason, which is
+  // logged.
+  Transaction();
+
+  // Takes back what has not been committed.
+  ~Transaction() = default;
+  Transaction(const Transaction&) = delete;
+  Transaction& operator=(const Transaction&) = delete;
+
+  // Gives the row its id. `what` names the row for people.
+  template <class Row>
+  void Insert(Row* row, const char* what) {
+    Do(what, [&](odb::database& database) { database.persist(*row); });
+  }
+
+  template <class Row>
+  void Update(const Row& row, const char* what) {
+    Do(what, [&](odb::database& database) { database.update(row); });
+  }
+
+  void Commit();
+
+ private:
+  static odb::sqlite::connection_ptr Connect();
+  static odb::sqlite::transaction_impl* Begin(odb::sqlite::connection& connection);
+  void Do(const char* what, const std::function<void(odb::database&)>& change);
+
+  odb::sqlite::connection_ptr connection_;
+  odb::sqlite::transaction transaction_;
+};
+
+}  // namespace vptzd
+
+#endif
