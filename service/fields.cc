@@ -4,6 +4,8 @@
 #include <cstdio>
 
 namespace vptzd {
+
+constexpr int kMaxMilliseconds = 600000;
 namespace {
 
 constexpr std::size_t kMaxTextLength = 255;
@@ -67,6 +69,13 @@ bool Fields::Take(const std::string& name, int* number, int min, int max) {
   if (value != std::floor(value)) Fail(*object_.Find(name), name, "is to be a whole number");
   *number = static_cast<int>(value);
   return true;
+}
+
+bool Fields::Take(const std::string& name, std::chrono::milliseconds* time) {
+  int number = 0;
+  const bool there = Take(name, &number, 0, kMaxMilliseconds);
+  if (there) *time = std::chrono::milliseconds(number);
+  return there;
 }
 
 void Fields::ExpectNothingMore() const {

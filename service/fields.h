@@ -2,6 +2,7 @@
 #ifndef VPTZ_SERVICE_FIELDS_H
 #define VPTZ_SERVICE_FIELDS_H
 
+#include <chrono>
 #include <set>
 #include <string>
 
@@ -28,6 +29,8 @@ class Fields {
   bool Take(const std::string& name, double* number, double min, double max);
   // A whole number.
   bool Take(const std::string& name, int* number, int min, int max);
+  // A whole number of milliseconds up to ten minutes.
+  bool Take(const std::string& name, std::chrono::milliseconds* time);
 
   // Throws when the object holds what nobody has asked for.
   void ExpectNothingMore() const;

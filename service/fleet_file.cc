@@ -8,41 +8,16 @@
 
 #include "addresses.h"
 #include "document.h"
+#include "fault_list.h"
 #include "fields.h"
 #include "fleet.h"
-#include "methods.h"
 
 namespace vptzd {
 namespace {
 
-constexpr int kMaxMilliseconds = 600000;
 constexpr double kMaxPosition = 1e6;
 constexpr const char* kAxisNames[] = {"pan", "tilt", "zoom"};
 constexpr const char* kProtocols[] = {"ONVIF", "RS232", "QX310", "NDI", "VISCA_OVER_IP", "NDIHX"};
-
-struct KindName {
-  const char* name;
-  FaultKind kind;
-  int milliseconds;  // without "milliseconds"
-};
-
-constexpr KindName kKinds[] = {
-    {"offline", FaultKind::kOffline, 0},
-    {"refuse_login", FaultKind::kRefuseLogin, 0},
-    {"forget_presets", FaultKind::kForgetPresets, 0},
-    {"lose_power", FaultKind::kLosePower, 500},
-    {"delay", FaultKind::kDelay, 1000},
-    {"drop", FaultKind::kDrop, 0},
-    {"oversize", FaultKind::kOversize, 0},
-    {"garble", FaultKind::kGarble, 0},
-};
-
-bool TakeMilliseconds(Fields& fields, const char* name, std::chrono::milliseconds* time) {
-  int number = 0;
-  const bool there = fields.Take(name, &number, 0, kMaxMilliseconds);
-  if (there) *time = std::chrono::milliseconds(number);
-  return there;
-}
 
 void ReadAxis(const Value& value, const std::string& what, std::optional<Axis::Limits>* axis) {
   if (value.kind == Value::Kind::kNull) {
@@ -111,7 +86,7 @@ CameraDescription ReadCamera(Fields& fields, const std::string& protocol, const 
   fields.Take("password", &camera.credentials.password);
   fields.Take("known", &camera.known);
   fields.Take("removable", &camera.removable);
-  TakeMilliseconds(fields, "delay", &camera.delay);
+  fields.Take("delay", &camera.delay);
   for (std::size_t i = 0; i < camera.axes.size(); ++i) {
     const Value* axis = fields.Take(kAxisNames[i]);
     if (axis != nullptr) ReadAxis(*axis, std::string("axis ") + kAxisNames[i], &camera.axes[i]);
@@ -169,51 +144,6 @@ void ReadCameras(const Value& value, Fleet* fleet) {
   }
 }
 
-void TakeCamera(Fields& fields, const Fleet& fleet, Fault* fault) {
-  const Value* camera = fields.Take("camera");
-  if (camera == nullptr) return;
-  if (camera->kind == Value::Kind::kText) {
-    fault->camera_name = camera->text;
-    if (camera->text.empty()) fields.Fail(*camera, "camera", "is empty");
-    return;
-  }
-  int number = 0;
-  fields.Take("camera", &number, 1, static_cast<int>(fleet.cameras.size()));
-  fault->camera_number = static_cast<std::uint32_t>(number);
-}
-
-void TakeMethod(Fields& fields, Fault* fault) {
-  if (!fields.Take("method", &fault->method)) return;
-  const MethodTable& methods = Methods();
-  const auto same = [&](const Method& method) { return method.name == fault->method; };
-  if (std::any_of(methods.begin(), methods.end(), same)) return;
-  fields.Fail(*fields.Take("method"), "method", "is no method of the service");
-}
-
-void TakeKind(Fields& fields, const Value& at, Fault* fault) {
-  std::string name;
-  fields.Take("kind", &name);
-  const auto kind = std::find_if(std::begin(kKinds), std::end(kKinds),
-                                 [&](const KindName& known) { return name == known.name; });
-  if (kind == std::end(kKinds)) {
-    fields.Fail(at, "kind",
-                "is to be offline, refuse_login, forget_presets, lose_power, delay, drop, oversize or garble");
-  }
-  fault->kind = kind->kind;
-  fault->time = std::chrono::milliseconds(kind->milliseconds);
-}
-
-Fault ReadFault(const Value& value, const Fleet& fleet) {
-  Fields fields(value, "a fault");
-  Fault fault;
-  TakeKind(fields, value, &fault);
-  TakeMilliseconds(fields, "milliseconds", &fault.time);
-  TakeCamera(fields, fleet, &fault);
-  TakeMethod(fields, &fault);
-  fields.ExpectNothingMore();
-  return fault;
-}
-
 std::string ReadText(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   if (!file) {
@@ -230,14 +160,12 @@ Fleet ReadFleet(const std::string& text, std::size_t known) {
   const Value document = ParseDocument(text);
   Fields fields(document, "the fleet");
   Fleet fleet = BuiltInFleet(known);
-  TakeMilliseconds(fields, "search_time", &fleet.search_time);
+  fields.Take("search_time", &fleet.search_time);
   if (const Value* cameras = fields.TakeList("cameras")) {
     fleet.cameras.clear();
     for (const Value& camera : cameras->items) ReadCameras(camera, &fleet);
   }
-  if (const Value* faults = fields.TakeList("faults")) {
-    for (const Value& fault : faults->items) fleet.faults.push_back(ReadFault(fault, fleet));
-  }
+  if (const Value* faults = fields.TakeList("faults")) fleet.faults = ReadFaults(*faults, fleet.cameras.size());
   fields.ExpectNothingMore();
   return fleet;
 }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "delivery.h"
+#include "fault_list.h"
 #include "log.h"
 #include "request.h"
 
@@ -40,6 +41,10 @@ void Server::OnRequest(bus_service*, bus_request* request, void* server) noexcep
 
 void Server::Receive(const Held& request) {
   const std::string payload = request->payload();
+  if (request->method() == kSimulateFaults) {
+    request->Reply(SimulateFaults(service_.world, payload).SerializeAsString());
+    return;
+  }
   Call call;
   call.caller = request->caller();
   const Status status = ReadCall(request->method(), payload.data(), static_cast<int>(payload.size()), &call);

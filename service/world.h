@@ -103,6 +103,7 @@ class World {
   void set_caller(std::uint64_t caller) { caller_ = caller; }
 
   void SetFaults(std::vector<Fault> faults) { faults_ = std::move(faults); }
+  const std::vector<Fault>& faults() const { return faults_; }
   // The member may be null: a call about no camera.
   const Fault* FindFault(FaultKind kind, const Member* member, std::string_view method) const;
 

@@ -6,6 +6,8 @@
 #include <chrono>
 #include <csignal>
 
+#include <vptz/vptz.pb.h>
+
 #include "integration/service_host.h"
 #include "support/canary.h"
 
@@ -51,6 +53,28 @@ TEST_F(ServiceFaults, AreExchangedWhileTheServiceRuns) {
   EXPECT_EQ(client->AbsolutePanMove(1, 5, 5), 0);
   EXPECT_EQ(client->UpdateDeviceInfo(1), 0);
   EXPECT_EQ(Value("SELECT is_alive FROM device WHERE id = 1"), "1");
+}
+
+TEST_F(ServiceFaults, AreSwitchedByACallWhileTheServiceRuns) {
+  ServeFleet(R"({"faults": [{"kind": "offline", "camera": 1}]})");
+  const auto client = Connected();
+  const auto in_force_after = [&](const std::string& text) {
+    char bytes[65536];
+    int length = sizeof bytes;
+    EXPECT_EQ(
+        client->CallSync("simulate_faults", text.data(), static_cast<int>(text.size()), bytes, &length, 5), 0);
+    tutorial::VptzResponse answer;
+    EXPECT_TRUE(answer.ParseFromArray(bytes, length));
+    EXPECT_EQ(answer.status_code(), 0);
+    return answer.nat_address();
+  };
+  EXPECT_EQ(in_force_after(""), R"({"faults":[{"kind":"offline","camera":1}]})");
+  EXPECT_EQ(client->AbsolutePanMove(1, 5, 5), -1010);
+  in_force_after(R"({"faults": [{"kind": "drop", "method": "get_status"}]})");
+  EXPECT_EQ(client->AbsolutePanMove(1, 5, 5), 0);
+  EXPECT_EQ(client->GetStatus(1), -ETIMEDOUT);
+  EXPECT_EQ(in_force_after(R"({"faults": []})"), R"({"faults":[]})");
+  EXPECT_EQ(client->GetStatus(1), 0);
 }
 
 TEST_F(ServiceFaults, StayAsTheyAreWhenTheFileTurnsBad) {
