@@ -1,6 +1,8 @@
 #include "addresses.h"
 
+#include <algorithm>
 #include <charconv>
+#include <iterator>
 
 namespace vptzd {
 namespace {
@@ -52,6 +54,29 @@ std::string ServiceUri(const std::string& protocol, const std::string& address) 
   if (protocol == "QX310") return "http://" + address + "/qx310";
   if (protocol == "VISCA_OVER_IP") return "visca://" + address + ":52381";
   return kSerialScheme + address;
+}
+
+std::string PortPath(const std::string& port) {
+  return port.find('/') == std::string::npos ? "/dev/" + port : port;
+}
+
+bool IsBaudRate(int rate) {
+  static constexpr int kRates[] = {
+      0,      50,      75,      110,     134,     150,     200,     300,     600,    1200,   1800,   2400,
+      4800,   7200,    9600,    14400,   19200,   28800,   31250,   38400,   56000,  57600,  76800,  115200,
+      128000, 153600,  230400,  250000,  256000,  307200,  460800,  500000,  512000, 576000, 614400, 750000,
+      921600, 1000000, 1152000, 1500000, 2000000, 2500000, 3000000, 3500000, 4000000};
+  return std::find(std::begin(kRates), std::end(kRates), rate) != std::end(kRates);
+}
+
+bool IsSamePlace(const std::string& service_uri, const std::string& other) {
+  if (service_uri == other) return true;
+  auto a = ReadSerialAddress(service_uri);
+  auto b = ReadSerialAddress(other);
+  if (!a || !b) return false;
+  a->port = PortPath(a->port);
+  b->port = PortPath(b->port);
+  return SerialUri(*a) == SerialUri(*b);
 }
 
 std::optional<SerialAddress> ReadSerialAddress(const std::string& text) {

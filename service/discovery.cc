@@ -125,9 +125,13 @@ std::optional<CameraDescription> Described(const DeviceCommand& device, const st
   return camera;
 }
 
+bool HasBaudRate(const CameraDescription& camera) {
+  return !IsSerial(camera.protocol) || IsBaudRate(ReadSerialAddress(camera.service_uri)->baud_rate);
+}
+
 // The camera of the fleet that is meant; null for a camera of its own.
 Member* FleetMemberFor(World& world, const CameraDescription& camera) {
-  return IsSerial(camera.protocol) ? world.MemberOfService(camera.service_uri) : world.MemberAt(camera.address);
+  return IsSerial(camera.protocol) ? world.MemberReachedBy(camera.service_uri) : world.MemberAt(camera.address);
 }
 
 // The camera takes on what it is added as.
@@ -158,13 +162,23 @@ Status CheckAddition(const World& world, const Member* member, const CameraDescr
   return member->known() ? Status::kBusy : CheckCredentials(world, member, added, method);
 }
 
-// The known camera in the network with that hardware address: it is declared
+// Whether the command's "mac" means a camera: by its hardware address, or by its
+// uuid where that is not known.
+bool IsMeant(const Member& member, const DeviceCommand& device) {
+  const CameraDescription& own = member.camera.description();
+  if (!member.known() || IsSerial(own.protocol)) return false;
+  return (own.mac.empty() ? own.uuid : own.mac) == device.mac();
+}
+
+// The known camera in the network that the command's "mac" means: it is declared
 // anew. Null for every other addition.
 Member* DeclaredBefore(World& world, const DeviceCommand& device, const CameraDescription& added) {
   if (device.mac().empty() || IsSerial(added.protocol)) return nullptr;
+  // A uuid that comes from an address may be there twice.
+  Member* const there = world.MemberAt(added.address);
+  if (there != nullptr && IsMeant(*there, device)) return there;
   for (const auto& member : world.members()) {
-    const CameraDescription& own = member->camera.description();
-    if (member->known() && !IsSerial(own.protocol) && own.mac == device.mac()) return member.get();
+    if (IsMeant(*member, device)) return member.get();
   }
   return nullptr;
 }
@@ -197,7 +211,9 @@ VptzResponse DeclareAnew(Service& service, const VptzCommand& command, const Cam
     camera = member->camera;
   }
   const bool logged_in = camera->logged_in();
+  const std::string mac = camera->description().mac;
   TakeOn(added, command.device_command(), &*camera);
+  camera->description().mac = mac;  // not the uuid by which it was named
   camera->description().address = added.address;
   camera->description().service_uri = added.service_uri;
   camera->set_logged_in(logged_in || camera->logged_in());
@@ -217,6 +233,7 @@ VptzResponse Add(Service& service, const VptzCommand& command, const std::string
   if (!IsProtocol(protocol)) return Answer(Status::kUnknownId);
   const auto added = Described(device, protocol);
   if (!added || !CanStore(added->credentials)) return Answer(Status::kBadRequest);
+  if (!HasBaudRate(*added)) return Answer(Status::kOutOfRange);
   Member* member = nullptr;
   Member* declared_before = nullptr;
   {

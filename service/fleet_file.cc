@@ -101,14 +101,16 @@ void CheckAddress(const Fields& fields, const Value& at, const std::string& prot
   if (!address.empty() && count > 1) fields.Fail(at, "address", "cannot be that of several cameras");
   if (!IsSerial(protocol)) return;
   if (count > 1) fields.Fail(at, "count", "is 1 for a serial camera");
-  if (!ReadSerialAddress(address)) fields.Fail(at, "address", "is to be rs232://PORT/LINE/BAUD_RATE/UNIT");
+  const auto serial = ReadSerialAddress(address);
+  if (!serial) fields.Fail(at, "address", "is to be rs232://PORT/LINE/BAUD_RATE/UNIT");
+  if (!IsBaudRate(serial->baud_rate)) fields.Fail(at, "address", "has a baud rate that no serial line knows");
 }
 
 void AddCamera(const Value& at, const CameraDescription& camera, Fleet* fleet) {
   if (fleet->cameras.size() == Fleet::kMaxCameras)
     throw DocumentError(at.line, "a fleet has at most 256 cameras");
   for (const CameraDescription& other : fleet->cameras) {
-    if (other.service_uri == camera.service_uri) {
+    if (IsSamePlace(other.service_uri, camera.service_uri)) {
       throw DocumentError(at.line, "another camera has the address " + camera.address + " already");
     }
   }

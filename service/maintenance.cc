@@ -224,6 +224,7 @@ VptzResponse UpdateAllRs232Devices(Service& service, const VptzCommand& command)
   if (!command.has_device_command()) return Answer(Status::kBadRequest);
   const auto settings = ReadLineSettings(command.device_command().address());
   if (!settings) return Answer(Status::kBadRequest);
+  if (!IsBaudRate(settings->baud_rate)) return Answer(Status::kOutOfRange);
   int unit = settings->unit;
   const std::vector<Member*> serial = SerialMembers(service);
   for (Member* member : serial) MoveToLine(service, member, *settings, unit++);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "addresses.h"
 #include "fleet.h"
 
 namespace vptzd {
@@ -69,11 +70,20 @@ Camera* World::FindPtz(std::uint32_t id) {
 }
 
 Member* World::MemberAt(const std::string& address) {
-  return FindIf([&](const Member& member) { return member.camera.description().address == address; });
+  return FindIf([&](const Member& member) {
+    const CameraDescription& camera = member.camera.description();
+    return camera.address == address ||
+           (IsSerial(camera.protocol) && PortPath(camera.address) == PortPath(address));
+  });
 }
 
 Member* World::MemberOfService(const std::string& service_uri) {
   return FindIf([&](const Member& member) { return member.camera.description().service_uri == service_uri; });
+}
+
+Member* World::MemberReachedBy(const std::string& service_uri) {
+  return FindIf(
+      [&](const Member& member) { return IsSamePlace(member.camera.description().service_uri, service_uri); });
 }
 
 Member* World::Add(const CameraDescription& description) {
@@ -127,17 +137,21 @@ Status World::CheckUsable(const Member* member, std::string_view method) const {
   return member->camera.logged_in() ? Status::kDone : Status::kNotLoggedIn;
 }
 
+std::vector<std::string>::iterator World::FindUsbTtyDevice(const std::string& device) {
+  return std::find_if(usb_tty_devices_.begin(), usb_tty_devices_.end(),
+                      [&](const std::string& other) { return PortPath(other) == PortPath(device); });
+}
+
 Status World::AddUsbTtyDevice(const std::string& device) {
   if (device.empty() || device.size() > kMaxUsbTtyNameLength) return Status::kBadRequest;
-  const auto found = std::find(usb_tty_devices_.begin(), usb_tty_devices_.end(), device);
-  if (found != usb_tty_devices_.end()) return Status::kBusy;
+  if (FindUsbTtyDevice(device) != usb_tty_devices_.end()) return Status::kBusy;
   if (usb_tty_devices_.size() == kMaxUsbTtyDevices) return Status::kOutOfRange;
   usb_tty_devices_.push_back(device);
   return Status::kDone;
 }
 
 Status World::RemoveUsbTtyDevice(const std::string& device) {
-  const auto found = std::find(usb_tty_devices_.begin(), usb_tty_devices_.end(), device);
+  const auto found = FindUsbTtyDevice(device);
   if (found == usb_tty_devices_.end()) return Status::kUnknownId;
   usb_tty_devices_.erase(found);
   return Status::kDone;

@@ -74,9 +74,11 @@ class World {
   Camera* FindDevice(std::uint32_t id);
   Camera* FindPtz(std::uint32_t id);
 
-  // By host or port, and by service address. Null when there is none.
+  // By host or port, by service address as it is written, and by what a service
+  // address reaches. Null when there is none.
   Member* MemberAt(const std::string& address);
   Member* MemberOfService(const std::string& service_uri);
+  Member* MemberReachedBy(const std::string& service_uri);
 
   // Adds a camera outside the fleet. Null when there are too many.
   Member* Add(const CameraDescription& description);
@@ -120,7 +122,7 @@ class World {
   // already, kOutOfRange when no more fit.
   Status AddUsbTtyDevice(const std::string& device);
 
-  // kUnknownId for a port that is not there.
+  // kUnknownId for a port that is not there. Either way of naming a port does.
   Status RemoveUsbTtyDevice(const std::string& device);
 
   void FlushUsbTtyDevices() { usb_tty_devices_.clear(); }
@@ -132,6 +134,7 @@ class World {
  private:
   template <class Condition>
   Member* FindIf(Condition condition);
+  std::vector<std::string>::iterator FindUsbTtyDevice(const std::string& device);
 
   std::mutex mutex_;
   const Clock& clock_;

@@ -207,5 +207,57 @@ TEST_F(DiscoveryTest, WithoutADatabaseNothingIsAdded) {
   EXPECT_NE(world().FindDevice(1), nullptr);
 }
 
+TEST_F(DiscoveryTest, SerialPortHasOneNameWithAndWithoutItsFolder) {
+  EXPECT_EQ(Status("add_device", Added("RS232", "rs232://ttyS0/8N1/9600/1")), 0);
+  EXPECT_EQ(Status("add_device", Added("RS232", "rs232:///dev/ttyS0/8N1/9600/1")), -1008);
+  EXPECT_EQ(Status("add_device", Added("RS232", "rs232:///dev/ttyS0/8N1/9600/2")), 0);
+  EXPECT_EQ(RowOf<Device>(3)->service_uri(), "rs232://ttyS0/8N1/9600/1") << "as it was given";
+  EXPECT_EQ(RowOf<Device>(4)->service_uri(), "rs232:///dev/ttyS0/8N1/9600/2");
+  Begin(vptzd::BuiltInFleet(2));
+  EXPECT_EQ(Status("add_device", Added("RS232", "rs232:///dev/ttyS0/8N1/9600/1")), -1008);
+}
+
+TEST_F(DiscoveryTest, BaudRateIsOneThatSerialLinesKnow) {
+  EXPECT_EQ(Status("add_device", Added("RS232", "rs232://ttyS0/8N1/9601/1")), -1006);
+  EXPECT_EQ(RowCount<Device>(), 2U);
+  int unit = 0;
+  for (const char* rate : {"0", "300", "9600", "38400", "115200", "921600", "4000000"}) {
+    const std::string address = std::string("rs232://ttyS0/8N1/") + rate + "/" + std::to_string(++unit);
+    EXPECT_EQ(Status("add_device", Added("RS232", address)), 0) << rate;
+  }
+}
+
+TEST_F(DiscoveryTest, CameraWithoutAHardwareAddressIsDeclaredAnewByItsUuid) {
+  EXPECT_EQ(Status("add_device", Added("ONVIF", "198.51.100.7")), 0);
+  const std::string uuid = RowOf<Device>(3)->uuid();
+  ASSERT_EQ(RowOf<Device>(3)->mac(), "");
+  VptzCommand rename = Added("ONVIF", "198.51.100.7");
+  rename.mutable_device_command()->set_mac(uuid);
+  rename.mutable_device_command()->set_name("Balcony");
+  EXPECT_EQ(Status("add_device", rename), 0);
+  EXPECT_EQ(RowCount<Device>(), 3U);
+  EXPECT_EQ(RowOf<Device>(3)->host_name(), "Balcony");
+  EXPECT_EQ(Status("update_device_info_full", OfDevice(3)), 0);
+  EXPECT_EQ(RowOf<Device>(3)->mac(), "") << "the uuid is no hardware address";
+  rename.mutable_device_command()->set_address("198.51.100.8");
+  EXPECT_EQ(Status("add_device", rename), 0);
+  EXPECT_EQ(RowOf<Device>(3)->address(), "198.51.100.8");
+  rename.mutable_device_command()->set_mac(RowOf<Device>(1)->uuid());
+  EXPECT_EQ(Status("add_device", rename), -1008) << "a camera with a hardware address goes by this alone";
+}
+
+TEST_F(DiscoveryTest, OfTwoCamerasWithOneUuidTheOneAtTheAddressIsDeclaredAnew) {
+  EXPECT_EQ(Status("add_device", Added("ONVIF", "198.51.100.7")), 0);
+  VptzCommand command = Added("ONVIF", "198.51.100.8");
+  command.mutable_device_command()->set_mac(RowOf<Device>(3)->uuid());
+  EXPECT_EQ(Status("add_device", command), 0);  // the camera has moved
+  EXPECT_EQ(Status("add_device", Added("ONVIF", "198.51.100.7")), 0);
+  ASSERT_EQ(RowOf<Device>(4)->uuid(), RowOf<Device>(3)->uuid());
+  command.mutable_device_command()->set_address("198.51.100.7");
+  command.mutable_device_command()->set_name("Balcony");
+  EXPECT_EQ(Status("add_device", command), 0);
+  EXPECT_EQ(RowOf<Device>(4)->host_name(), "Balcony");
+}
+
 }  // namespace
 }  // namespace vptz_test

@@ -199,6 +199,12 @@ TEST_F(MaintenanceTest, LineOfAllSerialDevicesIsSet) {
   EXPECT_EQ(RowOf<Device>(1)->service_uri(), "http://192.0.2.1/onvif/device_service");
   command.mutable_device_command()->set_address("rs232:///dev/ttyS7/fast/3/0");
   EXPECT_EQ(Status("update_all_rs232_devices", command), -1002);
+  command.mutable_device_command()->set_address("rs232:///dev/ttyS7/9601/3/0");
+  EXPECT_EQ(Status("update_all_rs232_devices", command), -1006);
+  EXPECT_EQ(RowOf<Device>(3)->service_uri(), "rs232:///dev/ttyS7/8N1/38400/3");
+  command.mutable_device_command()->set_address("rs232://pty/0/3/0");
+  EXPECT_EQ(Status("update_all_rs232_devices", command), 0);
+  EXPECT_EQ(RowOf<Device>(3)->service_uri(), "rs232://pty/8N1/0/3") << "a port's own rate";
 }
 
 }  // namespace

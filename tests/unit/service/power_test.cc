@@ -61,6 +61,16 @@ TEST_F(PowerTest, PortsAreAddedRemovedAndFlushed) {
   EXPECT_EQ(simulation_.Status("remove_usb_tty_device", Port("/dev/ttyUSB1")), -1004);
 }
 
+TEST_F(PowerTest, PortHasOneNameWithAndWithoutItsFolder) {
+  EXPECT_EQ(simulation_.Status("add_usb_tty_device", Port("ttyUSB0")), 0);
+  EXPECT_EQ(simulation_.Status("add_usb_tty_device", Port("/dev/ttyUSB0")), -1008);
+  EXPECT_EQ(simulation_.world().usb_tty_devices(), std::vector<std::string>{"ttyUSB0"}) << "as it was given";
+  EXPECT_EQ(simulation_.Status("remove_usb_tty_device", Port("/dev/ttyUSB0")), 0);
+  EXPECT_EQ(simulation_.Status("add_usb_tty_device", Port("/dev/ttyUSB0")), 0);
+  EXPECT_EQ(simulation_.Status("add_usb_tty_device", Port("/run/ttyUSB0")), 0);
+  EXPECT_EQ(simulation_.Status("remove_usb_tty_device", Port("ttyUSB0")), 0);
+}
+
 TEST_F(PowerTest, PortWithoutANameIsABadRequest) {
   EXPECT_EQ(simulation_.Status("add_usb_tty_device"), -1002);
   EXPECT_EQ(simulation_.Status("add_usb_tty_device", Port("")), -1002);
