@@ -75,12 +75,28 @@ TEST(Options, RefusesWhatItDoesNotKnow) {
   EXPECT_EQ(Read({"--bus"}).exit_code, 2);
 }
 
+TEST(Options, MistakeIsToldInOneLineThatNamesTheProgram) {
+  const auto complaint = [](std::vector<const char*> arguments) { return Read(std::move(arguments)).errors; };
+  EXPECT_EQ(complaint({"--camera", "3"}),
+            "vptzd: there is no option --camera, perhaps --cameras is meant; see 'vptzd --help'\n");
+  EXPECT_EQ(complaint({"--vieu=5"}),
+            "vptzd: there is no option --vieu=5, perhaps --view is meant; see 'vptzd --help'\n");
+  EXPECT_EQ(complaint({"--nonsense"}), "vptzd: there is no option --nonsense; see 'vptzd --help'\n");
+  EXPECT_EQ(complaint({"serve"}), "vptzd: \"serve\" was not expected; see 'vptzd --help'\n");
+  EXPECT_EQ(complaint({"--cameras", "0"}),
+            "vptzd: --cameras: \"0\" is not a whole number from 1 to 64; see 'vptzd --help'\n");
+  EXPECT_EQ(complaint({"--bus"}), "vptzd: --bus: 1 required ADDRESS missing; see 'vptzd --help'\n");
+  EXPECT_EQ(complaint({"--grace", "nan"}),
+            "vptzd: --grace: \"nan\" is not a number from 0 to 86400; see 'vptzd --help'\n");
+}
+
 TEST(Options, HelpNamesEveryOptionAndEndsWell) {
   const Outcome outcome = Read({"--help"});
   EXPECT_EQ(outcome.exit_code, 0);
   EXPECT_THAT(outcome.output, HasSubstr("--bus ADDRESS"));
   EXPECT_THAT(outcome.output, HasSubstr("--cameras N"));
-  EXPECT_THAT(outcome.output, HasSubstr("Exit codes"));
+  EXPECT_THAT(outcome.output, HasSubstr("Exit codes:\n  0  ended by"));
+  EXPECT_THAT(outcome.output, HasSubstr("print this help"));
 }
 
 TEST(Options, VersionEndsWell) {
