@@ -3,6 +3,7 @@
 #include <httplib.h>
 
 #include <cerrno>
+#include <chrono>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <thread>
@@ -14,7 +15,12 @@ namespace vptzd {
 namespace {
 
 constexpr char kLoopback[] = "127.0.0.1";
-constexpr std::size_t kThreads = 4;
+constexpr std::size_t kThreads = 32;  // requests at once; others wait
+
+// What a silent connection keeps a thread for, so that many of them keep nobody
+// waiting for long; a browser on this machine sends its request at once.
+constexpr std::chrono::seconds kPatience{1};
+constexpr std::size_t kMaxBody = 8192;
 
 using Json = nlohmann::ordered_json;
 
@@ -88,6 +94,9 @@ ViewServer::ViewServer(ReadCameras read_cameras) : impl_(std::make_unique<Impl>(
     setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
   });
   server.set_keep_alive_max_count(1);  // an open page must not keep a thread
+  server.set_keep_alive_timeout(kPatience.count());
+  server.set_read_timeout(kPatience);
+  server.set_payload_max_length(kMaxBody);
   server.set_pre_routing_handler(RefuseForeignNames);
   server.Get("/", ServePage);
   server.Get("/cameras", [this](const httplib::Request&, httplib::Response& response) {

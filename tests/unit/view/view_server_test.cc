@@ -2,9 +2,14 @@
 
 #include <gmock/gmock.h>
 #include <httplib.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <cstdint>
+#include <deque>
 #include <nlohmann/json.hpp>
 #include <thread>
 
@@ -93,6 +98,36 @@ TEST(ViewServerTest, APortThatIsTakenIsRefused) {
   ASSERT_GT(port, 0);
   ViewServer second([] { return std::vector<CameraView>(); });
   EXPECT_EQ(second.Start(port), -EADDRINUSE);
+}
+
+// Connected to the server, and silent.
+class SilentConnection {
+ public:
+  explicit SilentConnection(int port) : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<std::uint16_t>(port));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    EXPECT_EQ(connect(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  }
+  ~SilentConnection() { close(socket_); }
+  SilentConnection(const SilentConnection&) = delete;
+  SilentConnection& operator=(const SilentConnection&) = delete;
+
+ private:
+  int socket_;
+};
+
+TEST(ViewServerTest, SilentConnectionsKeepAPageWaitingForSecondsOnly) {
+  ViewServer server([] { return std::vector<CameraView>{Camera()}; });
+  const int port = server.Start(0);
+  std::deque<SilentConnection> silent;
+  for (int i = 0; i < 64; ++i) silent.emplace_back(port);
+  httplib::Client browser("127.0.0.1", port);
+  browser.set_read_timeout(10);  // a second for each 32 of them, and slack
+  const auto answer = browser.Get("/cameras");
+  ASSERT_TRUE(answer);
+  EXPECT_EQ(answer->status, 200);
 }
 
 TEST(ViewServerTest, EndsWhileABrowserKeepsAsking) {
