@@ -6,9 +6,16 @@
         client.connect("my-application")
         camera = client.device(1)
         camera.absolute_move(pan=30.0, pan_speed=20.0)
-        camera.stop()
+        camera.wait_until_still()
 
 Failed and refused calls raise VptzError, whose `code` and `name` tell why.
+Ctrl-C ends a call at once, and the client can be used afterwards:
+
+    try:
+        camera.continuous_move(pan=10.0)
+        input("moves until you press Enter or Ctrl-C")
+    finally:
+        camera.stop()
 """
 
 from ._vptz import (
@@ -19,9 +26,15 @@ from ._vptz import (
     MediaProfile,
     NATMapping,
     NATType,
+    NetworkDeviceParams,
     Preset,
     PtzProfile,
+    SerialDeviceParams,
+    UnknownDeviceError,
     VptzError,
+    explain,
+    search_result,
+    updated_device,
 )
 
 __all__ = [
@@ -32,7 +45,13 @@ __all__ = [
     "MediaProfile",
     "NATMapping",
     "NATType",
+    "NetworkDeviceParams",
     "Preset",
     "PtzProfile",
+    "SerialDeviceParams",
+    "UnknownDeviceError",
     "VptzError",
+    "explain",
+    "search_result",
+    "updated_device",
 ]
