@@ -58,7 +58,7 @@ void RaiseUnlessDone(int result);
 int AnswerOrRaise(int result);
 
 // Raises vptz.UnknownDeviceError.
-[[noreturn]] void RaiseUnknownDevice(unsigned int device_id);
+[[noreturn]] void RaiseUnknownDevice(int device_id);
 
 // What Client.devices and Client.ptz_profile return.
 py::list Devices(Client& client);

@@ -15,6 +15,13 @@ using std::chrono::steady_clock;
 // another. An abandoned call that waits for an answer comes back at once.
 constexpr std::chrono::milliseconds kComesBack{50};
 
+// Keeps what a child has inherited for as long as it lives: the parent's threads are
+// not there, but their locks and connections are.
+void LeaveAlone(std::shared_ptr<void> inherited) {
+  static auto& kept = *new std::vector<std::shared_ptr<void>>;
+  kept.push_back(std::move(inherited));
+}
+
 // Await on a thread that runs no signal handlers, without the GIL.
 template <class Done>
 void AwaitQuietly(Monitor& monitor, Done done) {
@@ -63,9 +70,8 @@ Client::Client() : generation_(ForkGeneration()) {
 Client::~Client() {
   ForgetCallbacks(*this);
   if (Inherited()) {
-    // The parent's threads are not here, but their locks and connections are.
-    static_cast<void>(new std::vector<std::shared_ptr<Session>>(std::move(sessions_)));
-    static_cast<void>(new std::shared_ptr<Monitor>(std::move(monitor_)));
+    LeaveAlone(std::move(monitor_));
+    for (std::shared_ptr<Session>& session : sessions_) LeaveAlone(std::move(session));
     return;
   }
   const WithoutGil others_run;

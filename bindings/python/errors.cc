@@ -61,7 +61,7 @@ int AnswerOrRaise(int result) {
   return result;
 }
 
-void RaiseUnknownDevice(unsigned int device_id) {
+void RaiseUnknownDevice(int device_id) {
   Raise(NewError(unknown_device_class, "the database has no device " + std::to_string(device_id), -1));
 }
 

@@ -21,9 +21,9 @@ py::list ByProtocol(Client& client, std::string protocol) {
   }));
 }
 
-Device ById(Client& client, unsigned int id) {
+Device ById(Client& client, int id) {
   auto handle = client.Run([id](VptzClient& self) {
-    const CVptzDevice* const found = self.QueryDeviceById(static_cast<int>(id));
+    const CVptzDevice* const found = self.QueryDeviceById(id);
     return found == nullptr ? std::optional<CVptzDevice>() : std::optional<CVptzDevice>(*found);
   });
   if (!handle) RaiseUnknownDevice(id);

@@ -9,10 +9,12 @@ using vptz_test::RunResult;
 class PythonTest : public vptz_test::ServiceTest {
  protected:
   RunResult RunPython(const std::string& program) const {
-    return RunHere({VPTZ_PYTHON, "-X", "dev", "-B", program},
-                   {"PYTHONPATH=" VPTZ_PYTHON_MODULE, "VPTZ_TEST_SOURCE=" VPTZ_SOURCE,
-                    "VPTZ_TEST_DATABASE=" + Database(), "VPTZ_TEST_BROKER=" + std::to_string(broker.pid()),
-                    "VPTZ_TEST_SERVICE=" + std::to_string(service->pid())});
+    const std::string module = "PYTHONPATH=" VPTZ_PYTHON_MODULE;
+    const std::string source = "VPTZ_TEST_SOURCE=" VPTZ_SOURCE;
+    return RunHere(
+        {VPTZ_PYTHON, "-X", "dev", "-B", program},
+        {module, source, "VPTZ_TEST_DATABASE=" + Database(), "VPTZ_TEST_BROKER=" + std::to_string(broker.pid()),
+         "VPTZ_TEST_SERVICE=" + std::to_string(service->pid())});
   }
 
   void Test(const std::string& name) const {

@@ -61,6 +61,15 @@ def locked_database() -> Iterator[None]:
         connection.close()
 
 
+def sockets() -> int:
+    """How many connections this process has."""
+    links = []
+    for descriptor in os.listdir("/proc/self/fd"):
+        with contextlib.suppress(OSError):  # the folder's own is closed again
+            links.append(os.readlink(f"/proc/self/fd/{descriptor}"))
+    return sum(link.startswith("socket:") for link in links)
+
+
 def waited_for_processor() -> float:
     """How long this process's threads, and broker and service, waited for a processor, in seconds."""
     pids = [str(os.getpid()), os.environ["VPTZ_TEST_BROKER"], os.environ["VPTZ_TEST_SERVICE"]]

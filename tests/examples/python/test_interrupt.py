@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-import contextlib
 import os
 import signal
 import subprocess
@@ -13,17 +12,9 @@ import unittest
 from typing import Callable
 
 import vptz
-from support import SECONDS, Connected, Interrupt, locked_database, stopped, wait_until
+from support import SECONDS, Connected, Interrupt, locked_database, sockets, stopped, wait_until
 
 PROMPT = 0.1  # seconds
-
-
-def sockets() -> int:
-    links = []
-    for descriptor in os.listdir("/proc/self/fd"):
-        with contextlib.suppress(OSError):  # the folder's own is closed again
-            links.append(os.readlink(f"/proc/self/fd/{descriptor}"))
-    return sum(link.startswith("socket:") for link in links)
 
 
 class InterruptTest(Connected):

@@ -9,7 +9,7 @@ import unittest
 from typing import List, Optional, Tuple, Union
 
 import vptz
-from support import SECONDS, Connected, stopped, wait_until
+from support import SECONDS, Connected, sockets, stopped, wait_until
 
 
 STATUS = b"\x0a\x0aget_status"  # a VptzCommand with that method_name
@@ -286,7 +286,8 @@ class WaitingTest(Connected):
 
 
 class ThreadsTest(Connected):
-    def test_threads_share_a_client(self) -> None:
+    def test_threads_share_a_client_and_its_connection(self) -> None:
+        connections = sockets()
         failures: List[BaseException] = []
 
         def use() -> None:
@@ -305,6 +306,7 @@ class ThreadsTest(Connected):
         for thread in threads:
             thread.join()
         self.assertEqual(failures, [])
+        self.assertEqual(sockets(), connections)
 
     def test_the_end_of_a_client_leaves_the_database_to_others(self) -> None:
         other = vptz.Client()
