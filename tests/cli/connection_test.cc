@@ -10,6 +10,7 @@ using vptz_test::Json;
 using vptz_test::RunResult;
 using vptz_test::RunTool;
 using vptz_test::TempDir;
+using vptz_test::Words;
 
 TEST_F(CliTest, StatusTellsThatTheServiceRuns) {
   const RunResult result = Ctl("status");
@@ -42,7 +43,9 @@ TEST_F(BusTest, AnAbsentServiceIsToldAtOnce) { ExpectFailure(Ctl("status --json 
 
 TEST_F(BusTest, AStoppedBrokerIsNoConnection) {
   broker.Stop();
-  ExpectFailure(Ctl("status --json"), 3, "not_connected");
+  const RunResult result = Ctl("status --json");
+  ExpectFailure(result, 3, "not_connected");
+  EXPECT_THAT(result.errors, HasSubstr(": no answer in time; is the broker running?\n"));
 }
 
 TEST_F(BusTest, AKilledBrokerIsNoConnection) {
@@ -60,6 +63,30 @@ TEST(NoBrokerTest, TheAddressOfTheEnvironmentIsNamed) {
   EXPECT_THAT(
       result.errors,
       HasSubstr("vptzctl: power on: cannot connect to the message bus at unix:" + folder.path() + "/none"));
+}
+
+TEST(NoBrokerTest, OneLineTellsTheReasonAndNothingElse) {
+  const TempDir folder;
+  const std::string address = "unix:" + folder.path() + "/none";
+  const RunResult result = RunTool({"--bus", address, "status"}, {"VPTZ_TEST_FOLDER=" + folder.path()});
+  EXPECT_EQ(result.exit_code, 3);
+  EXPECT_EQ(result.errors, "vptzctl: status: cannot connect to the message bus at " + address +
+                               ": No such file or directory; is the broker running?\n");
+}
+
+TEST(NoBrokerTest, AServerThatTakesNoConnectionIsNamedSo) {
+  EXPECT_THAT(RunTool({"--bus", "mqtt://127.0.0.1:1", "status"}).errors,
+              HasSubstr("at mqtt://127.0.0.1:1: Connection refused; is the broker running?\n"));
+}
+
+TEST(NoBrokerTest, TheLogIsShownToWhoeverAsksForIt) {
+  const Words quiet = {"--bus", "unix:/nowhere", "status"};
+  EXPECT_THAT(RunTool(quiet).errors, testing::Not(HasSubstr("Failed to connect")));
+  EXPECT_THAT(RunTool({"-v", "--bus", "unix:/nowhere", "status"}).errors, HasSubstr("Failed to connect"));
+  EXPECT_THAT(RunTool({"status", "--verbose", "--bus", "unix:/nowhere"}).errors,
+              HasSubstr("Failed to connect"));
+  EXPECT_THAT(RunTool(quiet, {"ZERK_LOG_LEVEL=warning"}).errors, HasSubstr("Failed to connect"));
+  EXPECT_THAT(RunTool(quiet, {"ZERK_LOG_TARGET=stderr"}).errors, HasSubstr("Failed to connect"));
 }
 
 TEST(NoBrokerTest, AnAddressThatCannotBeReadIsNoConnection) {

@@ -58,7 +58,7 @@ TEST(CompletionTest, OffersWhatBeginsSo) {
 
 TEST(CompletionTest, OffersTheOptionsOfTheCommand) {
   EXPECT_EQ(Offered({"ptz", "move", "1", "--pan"}), (Words{"--pan", "--pan-speed"}));
-  EXPECT_EQ(Offered({"--v"}), Words{"--version"});
+  EXPECT_EQ(Offered({"--vers"}), Words{"--version"});
   EXPECT_EQ(Offered({"power", "on", "--js"}), Words{"--json"});
 }
 

@@ -25,6 +25,15 @@ const UsageCase kWrong[] = {
     {"TwoCommands", {"power", "on", "off"}, "off"},
     {"UnknownOption", {"ptz", "stop", "1", "--roll"}, "--roll"},
     {"OptionOfAnotherCommand", {"ptz", "stop", "1", "--interval"}, "--interval"},
+    {"UnknownOptionBesideAMissingCamera", {"ptz", "stop", "--bogus"}, "there is no option --bogus;"},
+    {"SwappedLetters", {"ptz", "move", "1", "--pna", "3"}, "no option --pna, perhaps --pan is meant"},
+    {"ForgottenLetter",
+     {"ptz", "move", "1", "--pan-sped=3"},
+     "no option --pan-sped, perhaps --pan-speed is meant"},
+    {"UnknownShortOption", {"status", "-x"}, "there is no option -x"},
+    {"MistypedOptionOfEveryCommand", {"--jsno", "status"}, "no option --jsno, perhaps --json is meant"},
+    {"MistypedCommand", {"ptz", "mvoe", "1", "--pan", "3"}, "no command \"mvoe\", perhaps move is meant"},
+    {"MistypedGroup", {"pressets", "list", "1"}, "no command \"pressets\", perhaps preset is meant"},
     {"NoCamera", {"ptz", "stop"}, "CAMERA is required"},
     {"EmptyCamera", {"ptz", "stop", ""}, "CAMERA \"\" is empty"},
     {"ZeroProfile", {"ptz", "stop", "1", "--profile", "0"}, "--profile \"0\" must be 1 to 4294967295"},
@@ -113,6 +122,11 @@ TEST(HelpTest, UnitsAndLimitsAreTold) {
   EXPECT_THAT(help, HasSubstr("1 to 4294967295"));
   EXPECT_THAT(help, HasSubstr("0 or more"));
   EXPECT_THAT(help, HasSubstr("only with --pan"));
+}
+
+TEST(UsageTextTest, TheValueOfAnUnknownOptionIsNotRepeated) {
+  EXPECT_THAT(RunTool({"device", "login", "1", "admin", "--password=secret"}).errors,
+              testing::Not(HasSubstr("secret")));
 }
 
 TEST(HelpTest, AMistakePointsToTheHelpOfItsCommand) {

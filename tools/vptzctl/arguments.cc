@@ -51,10 +51,27 @@ void RequireWithin(const Argument& argument, double number) {
   }
 }
 
+// "on, off"
+std::string NamesOf(const Argument& argument) {
+  std::vector<std::string> names;
+  for (const auto& word : argument.words) names.push_back(word.first);
+  return Joined(names, ", ");
+}
+
+std::string NumbersOf(const std::vector<std::uint32_t>& numbers) {
+  std::vector<std::string> texts;
+  for (const std::uint32_t number : numbers) texts.push_back(std::to_string(number));
+  return Joined(texts, ", ");
+}
+
 Value ReadNumber(const Argument& argument, const std::string& text) {
+  for (const auto& [name, meaning] : argument.words) {
+    if (EqualIgnoringCase(name, text)) return meaning;
+  }
   double number = 0;
   if (!ReadWhole(text, &number) || !std::isfinite(number)) {
-    throw std::invalid_argument("is not a number");
+    throw std::invalid_argument("is not a number" +
+                                (argument.words.empty() ? "" : ", nor one of " + NamesOf(argument)));
   }
   if (number == kVptzNotCommanded) {
     throw std::invalid_argument("is reserved for axes that are left alone");
@@ -69,12 +86,21 @@ Value ReadInteger(const Argument& argument, const std::string& text) {
     throw std::invalid_argument("is not a whole number from " + Limits(argument));
   }
   RequireWithin(argument, static_cast<double>(number));
+  const auto& usual = argument.usual;
+  if (!usual.empty() && std::find(usual.begin(), usual.end(), number) == usual.end()) {
+    throw std::invalid_argument("is not one of " + NumbersOf(usual));
+  }
   return static_cast<std::uint32_t>(number);
 }
 
-Value ReadText(const std::string& text) {
+// What is known gets its right spelling; anything else may mean something to
+// another service.
+Value ReadText(const Argument& argument, const std::string& text) {
   if (text.empty()) {
     throw std::invalid_argument("is empty");
+  }
+  for (const std::string& known : argument.known) {
+    if (EqualIgnoringCase(known, text)) return known;
   }
   return text;
 }
@@ -115,6 +141,30 @@ Argument Argument::Placeholder(std::string text) const {
 Argument Argument::Optional() const {
   Argument argument = *this;
   argument.optional = true;
+  return argument;
+}
+
+Argument Argument::Letter(std::string short_form) const {
+  Argument argument = *this;
+  argument.letter = std::move(short_form);
+  return argument;
+}
+
+Argument Argument::Known(std::vector<std::string> texts) const {
+  Argument argument = *this;
+  argument.known = std::move(texts);
+  return argument;
+}
+
+Argument Argument::Words(std::vector<std::pair<std::string, double>> names) const {
+  Argument argument = *this;
+  argument.words = std::move(names);
+  return argument;
+}
+
+Argument Argument::Usual(std::vector<std::uint32_t> numbers) const {
+  Argument argument = *this;
+  argument.usual = std::move(numbers);
   return argument;
 }
 
@@ -182,6 +232,12 @@ Argument Profile(const std::string& what) {
   return argument.Placeholder("N").Else(std::uint32_t{1});
 }
 
+bool EqualIgnoringCase(const std::string& one, const std::string& other) {
+  return std::equal(one.begin(), one.end(), other.begin(), other.end(), [](char a, char b) {
+    return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
+  });
+}
+
 std::string Joined(const std::vector<std::string>& texts, const std::string& separator) {
   std::string joined;
   for (const std::string& text : texts) joined += (joined.empty() ? "" : separator) + text;
@@ -191,8 +247,11 @@ std::string Joined(const std::vector<std::string>& texts, const std::string& sep
 std::string HelpWithRules(const Argument& argument) {
   std::string help = argument.help;
   const bool numeric = argument.kind == Kind::kNumber || argument.kind == Kind::kInteger;
-  const std::string limits = numeric ? Limits(argument) : "";
+  const std::string limits = numeric && argument.usual.empty() ? Limits(argument) : "";
   if (!limits.empty()) help += "; " + limits;
+  if (!argument.usual.empty()) help += "; one of " + NumbersOf(argument.usual);
+  if (!argument.words.empty()) help += "; also " + NamesOf(argument);
+  if (!argument.known.empty()) help += "; known are " + Joined(argument.known, ", ");
   if (argument.kind == Kind::kTexts) help += "; may be given again and again";
   if (const auto* number = std::get_if<double>(&argument.fallback))
     help += "; default " + FormatNumber(*number);
@@ -227,7 +286,7 @@ Value ReadValue(const Argument& argument, const std::string& text) {
     case Kind::kTexts:
       break;
   }
-  return ReadText(text);
+  return ReadText(argument, text);
 }
 
 }  // namespace vptzctl

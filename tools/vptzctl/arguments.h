@@ -4,6 +4,7 @@
 
 #include <limits>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "value.h"
@@ -20,18 +21,22 @@ enum class Kind { kFlag, kNumber, kInteger, kText, kChoice, kFile, kTexts };
 // told by its place, and then it must be given unless it is optional.
 struct Argument {
   std::string name;
+  std::string letter;  // its short form: "-v"
   Kind kind = Kind::kText;
   std::string placeholder;  // what help shows for the value: "DEG"
   std::string unit;         // what messages show behind it: "deg"
   std::string help;
   double min = 0;  // limits of numbers, both included
   double max = 0;
-  std::vector<std::string> choices;   // the texts of a choice
-  Value fallback;                     // the value when it is not given
-  std::string needs;                  // option that must be given with it
-  std::vector<std::string> excludes;  // options that must not be given with it
-  bool optional = false;              // of an argument told by its place
-  bool reported = true;               // whether results repeat it
+  std::vector<std::string> choices;  // the texts of a choice
+  std::vector<std::string> known;    // texts that mean something to the reference service, among others
+  std::vector<std::pair<std::string, double>> words;  // what a number may be called
+  std::vector<std::uint32_t> usual;                   // the only whole numbers that are taken
+  Value fallback;                                     // the value when it is not given
+  std::string needs;                                  // option that must be given with it
+  std::vector<std::string> excludes;                  // options that must not be given with it
+  bool optional = false;                              // of an argument told by its place
+  bool reported = true;                               // whether results repeat it
 
   bool IsOption() const { return name.rfind("--", 0) == 0; }
 
@@ -40,6 +45,10 @@ struct Argument {
   Argument Else(Value value) const;
   Argument Placeholder(std::string text) const;
   Argument Optional() const;
+  Argument Letter(std::string short_form) const;
+  Argument Known(std::vector<std::string> texts) const;
+  Argument Words(std::vector<std::pair<std::string, double>> names) const;
+  Argument Usual(std::vector<std::uint32_t> numbers) const;
   Argument Unreported() const;
 };
 
@@ -54,6 +63,9 @@ Argument Text(std::string name, std::string placeholder, std::string help);
 Argument Texts(std::string name, std::string placeholder, std::string help);
 Argument File(std::string name, std::string placeholder, std::string help);
 Argument Choice(std::string name, std::vector<std::string> choices, std::string help);
+
+// Whether two texts are equal when the case of ASCII letters does not count.
+bool EqualIgnoringCase(const std::string& one, const std::string& other);
 
 // The texts with a separator between them.
 std::string Joined(const std::vector<std::string>& texts, const std::string& separator);

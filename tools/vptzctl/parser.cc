@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 
 #include "command.h"
+#include "mistakes.h"
 #include "usage.h"
 
 namespace vptzctl {
@@ -76,9 +77,10 @@ std::string ValueText(const Argument& argument) {
 
 void AddOption(CLI::App* app, const Argument& argument, Values* values) {
   const std::string help = HelpWithRules(argument);
+  const std::string names = argument.letter.empty() ? argument.name : argument.letter + "," + argument.name;
   if (argument.kind == Kind::kFlag) {
     const auto set = [values, &argument](std::int64_t) { (*values)[argument.name] = true; };
-    app->add_flag_function(argument.name, set, help)->disable_flag_override()->option_text(" ");
+    app->add_flag_function(names, set, help)->disable_flag_override()->option_text(" ");
     return;
   }
   CLI::Option* option = app->add_option(argument.name, Into(values, argument), help);
@@ -139,6 +141,7 @@ void Complete(Invocation* invocation, const Values& globals) {
     invocation->values.emplace(argument.name, argument.fallback);
   }
   invocation->json = globals.count("--json") > 0;
+  invocation->verbose = globals.count("--verbose") > 0;
   if (globals.count("--bus") > 0) invocation->bus = std::get<std::string>(globals.at("--bus"));
   if (globals.count("--timeout") > 0) {
     invocation->timeout = static_cast<int>(std::get<std::uint32_t>(globals.at("--timeout")));
@@ -151,11 +154,23 @@ const CLI::App& Innermost(const CLI::App& app) {
   return chosen.empty() ? app : Innermost(*chosen.front());
 }
 
+// The words with which a command may go on here.
+std::vector<std::string> PossibleCommands(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* next : Innermost(app).get_subcommands([](const CLI::App*) { return true; })) {
+    names.push_back(next->get_name());
+  }
+  return names;
+}
+
+constexpr char kNoCommand[] = "a command is missing";
+
 // Why no command was reached, which the parsing library does not tell.
 std::string MissingCommand(const CLI::App& app) {
   const std::vector<std::string> rest = app.remaining(true);
   const bool named = !rest.empty() && rest.front().rfind('-', 0) != 0;
-  return named ? "there is no command \"" + rest.front() + "\"" : "a command is missing";
+  if (!named) return kNoCommand;
+  return "there is no command \"" + rest.front() + "\"" + Suggestion(rest.front(), PossibleCommands(app));
 }
 
 bool ReachedACommand(const CLI::App& app) { return Innermost(app).get_require_subcommand_min() == 0; }
@@ -166,8 +181,42 @@ std::string Understood(const CLI::App& app) {
   return chosen.empty() ? app.get_name() : app.get_name() + " " + Understood(*chosen.front());
 }
 
+// The options that the understood command takes.
+std::vector<Argument> PossibleOptions(const CLI::App& app) {
+  std::vector<Argument> options = GlobalArguments();
+  options.push_back(Flag("--help", "").Letter("-h"));
+  options.push_back(Flag("--version", ""));
+  for (const Command& command : Commands()) {
+    if (app.get_name() + " " + command.Name() != Understood(app)) continue;
+    for (const Argument& argument : command.arguments) {
+      if (argument.IsOption()) options.push_back(argument);
+    }
+  }
+  return options;
+}
+
+// Why a word that is written like an option was not understood; empty when there
+// is none.
+std::string UnknownOptionReason(const CLI::App& app, const std::vector<std::string>& words) {
+  const std::vector<Argument> options = PossibleOptions(app);
+  const std::string unknown = UnknownOption(words, options);
+  if (unknown.empty()) return "";
+  std::vector<std::string> names;
+  for (const Argument& option : options) names.push_back(option.name);
+  return "there is no option " + unknown + Suggestion(unknown, names);
+}
+
 [[noreturn]] void Refuse(const CLI::App& app, const std::string& reason) {
   throw UsageError(reason + "; see '" + Understood(app) + " --help'");
+}
+
+// An option that is not there explains what else is missing or too much, but for
+// an unknown command, which would have options of its own.
+[[noreturn]] void RefuseWords(const CLI::App& app, const std::vector<std::string>& words,
+                              const std::string& otherwise) {
+  const bool named = !ReachedACommand(app) && MissingCommand(app) != kNoCommand;
+  const std::string unknown = named ? "" : UnknownOptionReason(app, words);
+  Refuse(app, unknown.empty() ? otherwise : unknown);
 }
 
 }  // namespace
@@ -185,7 +234,9 @@ Invocation Parse(int argc, const char* const* argv) {
   } catch (const CLI::CallForHelp&) {
     invocation.text = app.help();
   } catch (const CLI::RequiredError& error) {
-    Refuse(app, ReachedACommand(app) ? error.what() : MissingCommand(app));
+    RefuseWords(app, {argv + 1, argv + argc}, ReachedACommand(app) ? error.what() : MissingCommand(app));
+  } catch (const CLI::ExtrasError& error) {
+    RefuseWords(app, {argv + 1, argv + argc}, error.what());
   } catch (const CLI::ParseError& error) {
     Refuse(app, error.what());
   } catch (const UsageError& error) {

@@ -19,6 +19,7 @@ struct Invocation {
   std::string bus;  // empty: the default address
   int timeout = 0;  // seconds; 0: the configured one
   bool json = false;
+  bool verbose = false;  // show the library's log
 };
 
 // A command line that is wrong; what() tells why.

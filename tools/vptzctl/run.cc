@@ -6,6 +6,7 @@
 #include <string>
 
 #include "command.h"
+#include "environment.h"
 #include "output.h"
 #include "parser.h"
 #include "session.h"
@@ -37,6 +38,7 @@ ExitCode RunInvocation(const Invocation& invocation) {
   Output output(invocation.json);
   ExitCode exit_code = ExitCode::kDone;
   if (invocation.command) {
+    PrepareEnvironment(invocation);
     exit_code = RunCommand(invocation, &output);
   } else {
     output.Print(invocation.text);

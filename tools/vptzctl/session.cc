@@ -1,7 +1,9 @@
 #include "session.h"
 
+#include <chrono>
 #include <cstdlib>
 
+#include "broker.h"
 #include "camera.h"
 #include "command.h"
 #include "parser.h"
@@ -61,11 +63,13 @@ void Session::FindTheCamera() {
 
 void Session::Connect() {
   const std::string& bus = invocation_.bus;
+  const auto begin = std::chrono::steady_clock::now();
   if (client_->Connect("vptzctl", bus.empty() ? nullptr : bus.c_str()) == 0) return;
-  throw CommandError(
-      {"not_connected",
-       "cannot connect to the message bus at " + (bus.empty() ? DefaultAddress() : bus) + "; nothing was sent",
-       ExitCode::kNoConnection});
+  const std::string address = bus.empty() ? DefaultAddress() : bus;
+  throw CommandError({"not_connected",
+                      "cannot connect to the message bus at " + address + ": " +
+                          WhyNotConnected(address, std::chrono::steady_clock::now() - begin),
+                      ExitCode::kNoConnection});
 }
 
 double Session::Number(const std::string& name) const {

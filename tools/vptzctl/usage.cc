@@ -29,6 +29,7 @@ const std::vector<Argument>& GlobalArguments() {
               "seconds that a command may take; 0 is the configured time-out")
           .Placeholder("SECONDS"),
       Flag("--json", "print one JSON object a line"),
+      Flag("--verbose", "show the library's log on standard error").Letter("-v"),
   };
   return arguments;
 }
