@@ -1,4 +1,6 @@
 // How cameras are named, and what the database says about them.
+#include <filesystem>
+
 #include "cli_test.h"
 #include "fake_service.h"
 #include "support/canary.h"
@@ -52,8 +54,21 @@ TEST_F(BusTest, CamerasAreListedWithoutAService) {
 
 TEST_F(BusTest, CamerasAreListedByProtocol) {
   EXPECT_EQ(CtlJson("device list --protocol ONVIF")["cameras"].size(), 2u);
-  EXPECT_EQ(CtlJson("device list --protocol onvif")["cameras"], Json::array());
+  EXPECT_EQ(CtlJson("device list --protocol onvif")["cameras"].size(), 2u);
+  EXPECT_EQ(CtlJson("device list --protocol onvif")["protocol"], "ONVIF");
   EXPECT_EQ(Ctl("device list --protocol NDI").output, "device list: protocol NDI\n  no cameras\n");
+}
+
+TEST_F(BusTest, AProtocolThatDoesNotExistIsNoEmptyList) {
+  const RunResult result = Ctl("--json device list --protocol carrier_pigeon");
+  ExpectFailure(result, 7, "unknown_protocol");
+  EXPECT_THAT(result.errors, HasSubstr("no protocol \"carrier_pigeon\"; there are ONVIF, RS232, QX310, NDI, "
+                                       "VISCA_OVER_IP, NDIHX\n"));
+}
+
+TEST_F(BusTest, AProtocolOfTheDatabaseIsAProtocol) {
+  Sql("INSERT INTO protocol (name, version, reserved) VALUES ('PIGEON', '', '')");
+  EXPECT_EQ(CtlJson("device list --protocol Pigeon")["cameras"], Json::array());
 }
 
 TEST_F(BusTest, ACameraIsShownWithItsProfiles) {
@@ -103,6 +118,19 @@ TEST(NoDatabaseTest, IsToldInWords) {
   const RunResult result = RunTool({"--json", "device", "list"}, {"VPTZ_TEST_FOLDER=" + folder.path()});
   ExpectFailure(result, 7, "no_database");
   EXPECT_THAT(result.errors, HasSubstr("the library has no database"));
+  EXPECT_THAT(result.errors, HasSubstr("configuration file " + folder.path() + "/vptz.conf is missing"));
+  EXPECT_THAT(result.errors, HasSubstr("database " + folder.path() + "/vptz.db is missing"));
+}
+
+TEST_F(BusTest, WhichFileIsMissingIsTold) {
+  const std::string config = broker.folder() + "/vptz.conf";
+  ASSERT_TRUE(std::filesystem::remove(config));
+  EXPECT_THAT(Ctl("device list").errors, HasSubstr("configuration file " + config +
+                                                   " is missing, its database " + database() + " is there"));
+  Write("vptz.conf", "");
+  ASSERT_TRUE(std::filesystem::remove(database()));
+  EXPECT_THAT(Ctl("device list").errors, HasSubstr("configuration file " + config + " is there, its database " +
+                                                   database() + " is missing"));
 }
 
 }  // namespace

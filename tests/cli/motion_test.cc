@@ -142,7 +142,7 @@ TEST_F(CliTest, ARefusalNamesWhatWasAskedAndTheStatus) {
   EXPECT_EQ(result.exit_code, 1);
   EXPECT_EQ(result.output, "");
   EXPECT_THAT(result.errors, HasSubstr("vptzctl: ptz move: camera 1, pan 999 deg: refused by the service: "
-                                       "a value is out of range (out_of_range, -1006)\n"));
+                                       "pan goes from -170 to 170 deg (out_of_range, -1006)\n"));
 }
 
 TEST_F(CliTest, ARefusalInJsonRepeatsTheArguments) {

@@ -20,7 +20,8 @@ def shape(line):
 
 def expected_exit_code(command):
     """What vptzctl's page tells of a command that shows why it failed."""
-    failures = {"refused by the service": 1, "is not running": 5, "within the time-out": 4}
+    failures = {"refused by the service": 1, "there is no option": 2, "cannot connect to the message bus": 3,
+                "within the time-out": 4, "is not running": 5}
     if not any(line.startswith("vptzctl: ") for line in command.output):
         return 0
     return next(code for text, code in failures.items() if text in command.output[0])

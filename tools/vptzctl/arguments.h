@@ -70,8 +70,10 @@ bool EqualIgnoringCase(const std::string& one, const std::string& other);
 // The texts with a separator between them.
 std::string Joined(const std::vector<std::string>& texts, const std::string& separator);
 
-// Arguments that many verbs share: the camera, and which of its profiles.
+// Arguments that many verbs share: the camera, a second one that follows it, and
+// which of its profiles.
 constexpr char kCamera[] = "CAMERA";
+constexpr char kSlave[] = "--slave";
 constexpr char kProfile[] = "--profile";
 Argument Camera();
 Argument Profile(const std::string& what);

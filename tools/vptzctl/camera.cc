@@ -1,12 +1,17 @@
 #include "camera.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
+#include <cstring>
 #include <vector>
+
+#include <unistd.h>
 
 #include <vptz/model/vptzmodel.h>
 
 #include "failures.h"
+#include "library_files.h"
 
 namespace vptzctl {
 namespace {
@@ -52,6 +57,15 @@ std::vector<const CVptzDevice*> Find(VptzClient& client, const std::string& text
                       ExitCode::kDatabase});
 }
 
+bool IsThere(const char* path) { return access(path, F_OK) == 0; }
+
+// "/etc/vptz.conf is missing"
+std::string StateOf(const char* path, int wanted) {
+  const std::string file = path;
+  if (access(path, wanted) == 0) return file + " is there";
+  return file + (errno == ENOENT ? " is missing" : std::string(" cannot be used: ") + std::strerror(errno));
+}
+
 }  // namespace
 
 CVptzDevice FindCamera(VptzClient& client, const std::string& text) {
@@ -65,7 +79,9 @@ CVptzDevice FindCamera(VptzClient& client, const std::string& text) {
 void RequireDatabase() {
   if (VptzModel::Instance().IsConnected()) return;
   throw CommandError({"no_database",
-                      "the library has no database: its configuration file or the database is missing",
+                      "the library has no database: its configuration file " + StateOf(ConfigFile(), R_OK) +
+                          ", its database " + StateOf(DatabaseFile(), R_OK | W_OK) +
+                          (IsThere(DatabaseFile()) ? "" : "; vptzd makes it when it starts"),
                       ExitCode::kDatabase});
 }
 

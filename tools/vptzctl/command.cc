@@ -7,9 +7,10 @@ namespace {
 
 std::vector<Command> AllSubjects() {
   std::vector<Command> all;
-  for (const auto& subject : {ConnectionCommands, SignalCommands, RegistryCommands, DiscoveryCommands,
-                              MaintenanceCommands, MotionCommands, ProfileCommands, PresetCommands,
-                              ImagingCommands, FocusCommands, NatCommands, PowerCommands, DatabaseCommands}) {
+  for (const auto& subject :
+       {ConnectionCommands, SignalCommands, RegistryCommands, DiscoveryCommands, MaintenanceCommands,
+        MotionCommands, DriveCommands, ProfileCommands, PresetCommands, ImagingCommands, FocusCommands,
+        NatCommands, PowerCommands, DatabaseCommands}) {
     std::vector<Command> rows = subject();
     all.insert(all.end(), std::make_move_iterator(rows.begin()), std::make_move_iterator(rows.end()));
   }

@@ -49,6 +49,7 @@ std::vector<Command> SignalCommands();
 std::vector<Command> RegistryCommands();
 std::vector<Command> MaintenanceCommands();
 std::vector<Command> MotionCommands();
+std::vector<Command> DriveCommands();
 std::vector<Command> PresetCommands();
 std::vector<Command> ImagingCommands();
 std::vector<Command> FocusCommands();

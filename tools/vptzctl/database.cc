@@ -10,6 +10,7 @@
 
 #include "camera.h"
 #include "command.h"
+#include "script.h"
 #include "session.h"
 
 namespace vptzctl {
@@ -64,10 +65,18 @@ ExitCode Show(Session& session) {
   return session.Finish(0);
 }
 
+// Not by the library, which keeps to itself what sqlite3 says.
+void RunTheScript(const std::string& file, const std::string& script) {
+  const std::string reason = RunScript(file, script);
+  if (!reason.empty()) Fail("unusable_database", "the script " + script + " failed: " + reason);
+}
+
 ExitCode Initialized(Session& session, const std::string& file) {
-  if (VptzModel::Instance().Initialize(file, kSchema, session.Text("--data")) < 0) {
-    Fail("unusable_database", file + " could not be brought to the library's version, or the script failed");
+  if (VptzModel::Instance().Initialize(file, kSchema, "") < 0) {
+    Fail("unusable_database",
+         file + " could not be brought to the library's version; with -v the log tells why");
   }
+  if (session.Given("--data")) RunTheScript(file, session.Text("--data"));
   session.result.answers.push_back({"version", static_cast<std::uint32_t>(VersionOf(file)), ""});
   return session.Finish(0);
 }

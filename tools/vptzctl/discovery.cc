@@ -1,19 +1,23 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <optional>
 #include <set>
+#include <utility>
 
-#include <vptz/model/device.h>
-#include <vptz/model/vptzmodel.h>
+#include <vptz/utils.h>
 
 #include "camera.h"
 #include "command.h"
 #include "describe.h"
 #include "interrupt.h"
 #include "password.h"
+#include "payload.h"
+#include "protocols.h"
 #include "serial_line.h"
 #include "session.h"
 #include "signals.h"
+#include "stored.h"
 
 namespace vptzctl {
 namespace {
@@ -23,21 +27,32 @@ using std::chrono::steady_clock;
 
 constexpr char kFinished[] = "finish/search_device";
 
-// The ids in the database. Not by the registry, which would ask the service
-// about each device.
+// What a search without a list of protocols looks for.
+constexpr char kUsualProtocols[] = "ONVIF,QX310,NDI";
+
 std::set<std::uint32_t> StoredIds() {
-  std::vector<Device*> rows;
-  Device::QueryAll(&rows, 0, 0);
   std::set<std::uint32_t> ids;
-  for (const Device* row : rows) ids.insert(row->id());
-  VptzModel::CleanQuery(&rows);
+  for (const StoredCamera& camera : StoredCameras()) ids.insert(camera.id);
   return ids;
+}
+
+// The protocols of a list between commas, spelled as the service does.
+std::string SpelledList(const std::string& list) {
+  std::vector<std::string> names;
+  for (std::string name : StrSplit(list, ",")) {
+    name.erase(0, name.find_first_not_of(' '));
+    name.erase(name.find_last_not_of(' ') + 1);
+    if (!name.empty()) names.push_back(RequireProtocol(name));
+  }
+  if (names.empty()) throw CommandError({"unknown_protocol", NoSuchProtocol(list), ExitCode::kDatabase});
+  return Joined(names, ",");
 }
 
 // One search: tells cameras that the database did not have before.
 class Search {
  public:
-  explicit Search(Session& session) : session_(session), known_(StoredIds()), before_(known_.size()) {}
+  Search(Session& session, std::string protocols)
+      : session_(session), protocols_(std::move(protocols)), known_(StoredIds()), before_(known_.size()) {}
 
   int Start() {
     VptzClient& client = session_.client();
@@ -45,7 +60,7 @@ class Search {
     if (finish < 0) return finish;
     const int update = client.SubscribeUpdateDevicesSignal(OnSignal);
     if (update < 0) return update;
-    return client.SearchDevice(session_.Text("--scope"), session_.Text("--protocols"), session_.timeout);
+    return client.SearchDevice(session_.Text("--scope"), protocols_, session_.timeout);
   }
 
   // Whether the search has ended; false after an interrupt or the time limit.
@@ -55,7 +70,9 @@ class Search {
       TellProgress();
       const auto signal = TakeSignal(interrupt, std::min(Seconds(1), limit - Elapsed()));
       if (signal) ShowNew();
-      if (signal && signal->name == kFinished) return true;
+      if (!signal || signal->name != kFinished) continue;
+      outcome_ = SearchOutcome(signal->payload);
+      return true;
     }
     return false;
   }
@@ -67,6 +84,9 @@ class Search {
 
   Seconds Elapsed() const { return steady_clock::now() - begin_; }
   std::uint32_t found() const { return static_cast<std::uint32_t>(known_.size() - before_); }
+
+  // What the service says about its end: cameras found, or a refusal.
+  std::optional<int> outcome() const { return outcome_; }
 
  private:
   void ShowNew() {
@@ -90,6 +110,8 @@ class Search {
   }
 
   Session& session_;
+  const std::string protocols_;
+  std::optional<int> outcome_;
   std::set<std::uint32_t> known_;
   std::size_t before_;
   const steady_clock::time_point begin_ = steady_clock::now();
@@ -104,19 +126,25 @@ ExitCode FailUnfinished(Session& session) {
 
 ExitCode SearchCameras(Session& session) {
   RequireDatabase();
+  session.TakesItsTime();
+  const std::string protocols = session.Given("--protocols") ? SpelledList(session.Text("--protocols")) : "";
+  if (!protocols.empty()) session.result.SetArgument("protocols", protocols);
   const Interrupt interrupt;
-  Search search(session);
+  Search search(session, protocols);
   const int status = search.Start();
   if (status != 0) return session.Fail(status);
   const bool finished = search.Follow(interrupt);
   search.End();
   if (!session.output.Complete()) return ExitCode::kOther;
   if (!finished && !interrupt.Arrived()) return FailUnfinished(session);
+  if (search.outcome().value_or(0) < 0) return session.Fail(*search.outcome());
   session.result.answers = {
+      {"searched", std::string(protocols.empty() ? kUsualProtocols : protocols), ""},
       {"finished", finished, ""},
       {"elapsed", RoundedToThousandths(search.Elapsed().count()), "s"},
       {"new_cameras", search.found(), ""},
-      {"known_cameras", static_cast<std::uint32_t>(session.client().QueryDeviceCount()), ""}};
+      {"known_cameras", static_cast<std::uint32_t>(session.client().QueryDeviceCount()), ""},
+      {"found", search.outcome() ? Value(static_cast<std::uint32_t>(*search.outcome())) : Value(), ""}};
   return session.Finish(status);
 }
 
@@ -124,9 +152,11 @@ std::string UserPassword(Session& session) { return session.Given("--user") ? Re
 
 ExitCode Add(Session& session) {
   const std::string password = UserPassword(session);
-  return session.Finish(session.client().AddDevice(session.Text("--mac"), session.Text("--name"),
-                                                   session.Text("PROTOCOL"), session.Text("ADDRESS"),
-                                                   session.Text("--user"), password, session.timeout));
+  const std::string protocol = ProtocolOrText(session.Text("PROTOCOL"));
+  session.result.SetArgument("protocol", protocol);
+  return session.Finish(session.client().AddDevice(session.Text("--mac"), session.Text("--name"), protocol,
+                                                   session.Text("ADDRESS"), session.Text("--user"), password,
+                                                   session.timeout));
 }
 
 ExitCode AddOnvif(Session& session) {
@@ -136,9 +166,11 @@ ExitCode AddOnvif(Session& session) {
 }
 
 ExitCode AddSerial(Session& session) {
-  return session.Finish(session.client().AddRS232Device(session.Text("PORT"), session.Text("--name"),
-                                                        session.Text("--line"), session.Signed("--baud-rate"),
-                                                        session.Signed("--unit"), session.timeout));
+  const std::string port = StoredPort(session.Text("PORT"));
+  session.result.SetArgument("port", port);
+  return session.Finish(session.client().AddRS232Device(port, session.Text("--name"), session.Text("--line"),
+                                                        session.Signed("--baud-rate"), session.Signed("--unit"),
+                                                        session.timeout));
 }
 
 ExitCode Remove(Session& session) {
@@ -160,7 +192,7 @@ Command SearchRow() {
       "Has the service search for cameras, and shows new ones as they come.",
       {"SearchDevice", "SubscribeSearchDeviceFinishSignal", "SubscribeUpdateDevicesSignal",
        "UnSubscribeSearchDeviceFinishSignal", "UnSubscribeUpdateDevicesSignal", "QueryDeviceCount"},
-      {Text("--protocols", "LIST", "protocols between commas, such as ONVIF,NDI; without it all of them"),
+      {Text("--protocols", "LIST", "protocols between commas, such as ONVIF,NDIHX; without it ONVIF,QX310,NDI"),
        Text("--scope", "SCOPE", "where to look, a text of the service's"),
        Integer("--limit", {1, 86400}, "seconds to wait for the end").Placeholder("S").Else(std::uint32_t{60})},
       {},
@@ -187,7 +219,7 @@ std::vector<Command> DiscoveryCommands() {
        "add",
        "Adds a camera in the network.",
        {"AddDevice"},
-       WithUser({Text("PROTOCOL", "", "how it is controlled, such as VISCA_OVER_IP"),
+       WithUser({Text("PROTOCOL", "", "how it is controlled").Known(KnownProtocols()),
                  Text("ADDRESS", "", "where it is"), Name(), Text("--mac", "MAC", "its hardware address")}),
        {},
        Add},

@@ -88,9 +88,12 @@ Command SetRow() {
           {Camera(), Setting("--brightness", "brightness, on the service's scale"),
            Setting("--contrast", "contrast, on the service's scale"),
            Setting("--sharpness", "sharpness, on the service's scale"),
-           Setting("--backlight", "backlight compensation, a number of the service's"),
-           Setting("--auto-focus", "automatic focus, a number of the service's"),
-           Text("--auto-focus-mode", "MODE", "how the automatic focus works, a text of the service's"),
+           Setting("--backlight", "backlight compensation, a number of the service's")
+               .Words({{"off", 0}, {"on", 1}}),
+           Setting("--auto-focus", "automatic focus, a number of the service's")
+               .Words({{"off", 0}, {"on", 1}, {"manual", 0}, {"auto", 1}}),
+           Text("--auto-focus-mode", "MODE", "how the automatic focus works, a text of the service's")
+               .Known({"AUTO", "MANUAL", "DEFAULT"}),
            MediaProfile(), Flag("--all", "set every media profile of the camera").Excludes({kProfile})},
           {"--brightness", "--contrast", "--sharpness", "--backlight", "--auto-focus", "--auto-focus-mode"},
           ImageSet};

@@ -31,6 +31,12 @@ void Catch(int number) {
   sigaction(number, &action, nullptr);
 }
 
+// As nohup has it.
+bool IsIgnored(int number) {
+  struct sigaction action = {};
+  return sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
 // Whether a signal arrived. The wait also ends when `other` is readable; poll
 // ignores a negative descriptor.
 bool ArrivedWithin(std::chrono::duration<double> time, int other) {
@@ -51,6 +57,7 @@ Interrupt::Interrupt() {
   if (arrived < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
   Catch(SIGINT);
   Catch(SIGTERM);
+  if (!IsIgnored(SIGHUP)) Catch(SIGHUP);
 }
 
 bool Interrupt::Arrived() const { return ArrivedWithin(std::chrono::duration<double>(0), -1); }

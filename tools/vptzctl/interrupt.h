@@ -1,4 +1,5 @@
-// Ends a loop on Ctrl-C, or when the program is asked to terminate.
+// Ends a loop on Ctrl-C, when the program is asked to terminate, or when its
+// terminal goes.
 #ifndef VPTZCTL_INTERRUPT_H
 #define VPTZCTL_INTERRUPT_H
 
@@ -6,8 +7,9 @@
 
 namespace vptzctl {
 
-// Catches the first SIGINT or SIGTERM from its construction to the program's
-// end. A second one ends the program as usual, should a call not return.
+// Catches the first SIGINT, SIGTERM and SIGHUP from its construction to the
+// program's end. A second one of a kind ends the program as usual, should a call
+// not return. A SIGHUP that is ignored stays ignored.
 class Interrupt {
  public:
   Interrupt();

@@ -1,7 +1,8 @@
-#include "camera.h"
 #include "command.h"
+#include "credentials.h"
 #include "describe.h"
 #include "password.h"
+#include "protocols.h"
 #include "serial_line.h"
 #include "session.h"
 
@@ -22,24 +23,29 @@ ExitCode Info(Session& session) {
   return session.Finish(status);
 }
 
-ExitCode SlaveById(Session& session) {
-  const std::uint32_t slave = FindCamera(session.client(), session.Text("--slave")).id;
-  session.result.SetArgument("slave", slave);
-  return session.Finish(session.camera().SetSlaveDeviceById(static_cast<int>(slave), session.timeout));
+// By its stored credentials. The library's own lookup of a slave asks the service
+// about every device first, and tells no reason.
+ExitCode SlaveByRecord(Session& session) {
+  const CVptzDevice& slave = *session.slave();
+  const std::optional<StoredLogin> login = ReadStoredLogin(slave.authorization);
+  if (!login) return session.Fail(-1);
+  return session.Finish(
+      session.camera().SetSlaveDevice(slave.address, login->account, login->credentials, session.timeout));
 }
 
 ExitCode Slave(Session& session) {
   CVptzDevice& camera = session.camera();
   if (session.Flag("--none")) return session.Finish(camera.SetSlaveDeviceById(0, session.timeout));
-  if (session.Given("--slave")) return SlaveById(session);
+  if (session.Given(kSlave)) return SlaveByRecord(session);
   const std::string credentials = session.Given("--account") ? ReadPassword(session) : "";
   return session.Finish(camera.SetSlaveDevice(session.Text("--address"), session.Text("--account"), credentials,
                                               session.timeout));
 }
 
 ExitCode ControlProtocol(Session& session) {
-  return session.Finish(
-      session.camera().UpdateDeviceControlProtocol(session.Text("PROTOCOL"), session.timeout));
+  const std::string protocol = ProtocolOrText(session.Text("PROTOCOL"));
+  session.result.SetArgument("protocol", protocol);
+  return session.Finish(session.camera().UpdateDeviceControlProtocol(protocol, session.timeout));
 }
 
 ExitCode Capabilities(Session& session) {
@@ -77,7 +83,7 @@ std::vector<Argument> With(std::vector<Argument> first, const std::vector<Argume
 Command SlaveRow() {
   const std::vector<Argument> arguments = {
       Camera(),
-      Text("--slave", kCamera, "id or name of the camera that becomes the slave, with its stored credentials")
+      Text(kSlave, kCamera, "id or name of the camera that becomes the slave, with its stored credentials")
           .Excludes({"--address", "--none"}),
       Text("--address", "ADDRESS", "address of the slave").Excludes({"--none"}),
       Text("--account", "USER", "account at the slave; its password is asked for").Needs("--address"),
@@ -88,7 +94,7 @@ Command SlaveRow() {
           "Couples a slave device to a camera, or ends that.",
           {"SetSlaveDevice", "SetSlaveDeviceById"},
           With(arguments, PasswordArguments("--account")),
-          {"--slave", "--address", "--none"},
+          {kSlave, "--address", "--none"},
           Slave};
 }
 
@@ -141,7 +147,7 @@ std::vector<Command> MaintenanceCommands() {
        "protocol",
        "Sets the protocol by which the service controls a camera.",
        {"UpdateDeviceControlProtocol"},
-       {Camera(), Text("PROTOCOL", "", "its name, such as ONVIF")},
+       {Camera(), Text("PROTOCOL", "", "its name").Known(KnownProtocols())},
        {},
        ControlProtocol},
       SlaveRow(),

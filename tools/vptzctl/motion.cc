@@ -1,3 +1,4 @@
+#include "arrival.h"
 #include "command.h"
 #include "session.h"
 #include "speeds.h"
@@ -15,7 +16,7 @@ unsigned AxesGiven(const Session& session) {
          (session.Given("--zoom") ? kZoom : 0);
 }
 
-ExitCode Move(Session& session) {
+int SendPosition(Session& session) {
   CVptzDevice& camera = session.camera();
   const unsigned int node = session.PtzIndex();
   const double pan = session.Number("--pan"), pan_speed = session.Number("--pan-speed");
@@ -24,38 +25,21 @@ ExitCode Move(Session& session) {
   const int timeout = session.timeout;
   switch (AxesGiven(session)) {
     case kPan:
-      return session.Finish(camera.AbsolutePanMove(pan, pan_speed, node, timeout));
+      return camera.AbsolutePanMove(pan, pan_speed, node, timeout);
     case kTilt:
-      return session.Finish(camera.AbsoluteTiltMove(tilt, tilt_speed, node, timeout));
+      return camera.AbsoluteTiltMove(tilt, tilt_speed, node, timeout);
     case kPan | kTilt:
-      return session.Finish(camera.AbsolutePanTiltMove(pan, tilt, pan_speed, tilt_speed, node, timeout));
+      return camera.AbsolutePanTiltMove(pan, tilt, pan_speed, tilt_speed, node, timeout);
     case kZoom:
-      return session.Finish(camera.AbsoluteZoomMove(zoom, zoom_speed, node, timeout));
+      return camera.AbsoluteZoomMove(zoom, zoom_speed, node, timeout);
     default:
-      return session.Finish(
-          camera.AbsoluteMove(pan, tilt, zoom, pan_speed, tilt_speed, zoom_speed, node, timeout));
+      return camera.AbsoluteMove(pan, tilt, zoom, pan_speed, tilt_speed, zoom_speed, node, timeout);
   }
 }
 
-ExitCode Drive(Session& session) {
-  CVptzDevice& camera = session.camera();
-  const unsigned int node = session.PtzIndex();
-  const double pan = session.Number("--pan");
-  const double tilt = session.Number("--tilt");
-  const double zoom = session.Number("--zoom");
-  const int timeout = session.timeout;
-  switch (AxesGiven(session)) {
-    case kPan:
-      return session.Finish(camera.ContinuousPanMove(pan, node, timeout));
-    case kTilt:
-      return session.Finish(camera.ContinuousTiltMove(tilt, node, timeout));
-    case kPan | kTilt:
-      return session.Finish(camera.ContinuousPanTiltMove(pan, tilt, node, timeout));
-    case kZoom:
-      return session.Finish(camera.ContinuousZoomMove(zoom, node, timeout));
-    default:
-      return session.Finish(camera.ContinuousMove(pan, tilt, zoom, node, timeout));
-  }
+ExitCode Move(Session& session) {
+  Arrival arrival(session);
+  return arrival.Finish(SendPosition(session));
 }
 
 ExitCode Stop(Session& session) {
@@ -75,7 +59,8 @@ ExitCode Home(Session& session) {
   CVptzDevice& camera = session.camera();
   const unsigned int node = session.PtzIndex();
   if (session.Flag("--set")) return session.Finish(camera.SetHome(node, session.timeout));
-  return session.Finish(camera.GotoHome(session.Number("--pan-speed"), session.Number("--tilt-speed"),
+  Arrival arrival(session);
+  return arrival.Finish(camera.GotoHome(session.Number("--pan-speed"), session.Number("--tilt-speed"),
                                         session.Number("--zoom-speed"), node, session.timeout));
 }
 
@@ -97,32 +82,20 @@ Command MoveRow() {
           {Camera(), Number("--pan", "DEG", "deg", "position in degrees, positive to the right"),
            Number("--tilt", "DEG", "deg", "position in degrees, positive upwards"),
            Number("--zoom", "X", "x", "magnification factor"), PanSpeed().Needs("--pan"),
-           TiltSpeed().Needs("--tilt"), ZoomSpeed().Needs("--zoom"), Node()},
+           TiltSpeed().Needs("--tilt"), ZoomSpeed().Needs("--zoom"), Node(), WaitArguments()[0],
+           WaitArguments()[1]},
           {"--pan", "--tilt", "--zoom"},
           Move};
 }
 
-Command DriveRow() {
-  return {"ptz",
-          "drive",
-          "Moves until stopped, or to a limit. Axes without a velocity are left alone.",
-          {"ContinuousMove", "ContinuousPanMove", "ContinuousTiltMove", "ContinuousPanTiltMove",
-           "ContinuousZoomMove"},
-          {Camera(), Number("--pan", "DEG/S", "deg/s", "velocity in degrees per second, positive to the right"),
-           Number("--tilt", "DEG/S", "deg/s", "velocity in degrees per second, positive upwards"),
-           Number("--zoom", "X/S", "x/s", "velocity in magnification per second, positive zooms in"), Node()},
-          {"--pan", "--tilt", "--zoom"},
-          Drive};
-}
-
 Command HomeRow() {
   const Argument set = Flag("--set", "store the present position as home")
-                           .Excludes({"--pan-speed", "--tilt-speed", "--zoom-speed"});
+                           .Excludes({"--pan-speed", "--tilt-speed", "--zoom-speed", "--wait"});
   return {"ptz",
           "home",
           "Moves to the home position, or stores the present position as home.",
           {"GotoHome", "SetHome"},
-          {Camera(), set, PanSpeed(), TiltSpeed(), ZoomSpeed(), Node()},
+          {Camera(), set, PanSpeed(), TiltSpeed(), ZoomSpeed(), Node(), WaitArguments()[0], WaitArguments()[1]},
           {},
           Home};
 }
@@ -132,7 +105,6 @@ Command HomeRow() {
 std::vector<Command> MotionCommands() {
   return {
       MoveRow(),
-      DriveRow(),
       {"ptz",
        "stop",
        "Stops axes, whatever moves them: all of them, or those that are named.",

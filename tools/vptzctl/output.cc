@@ -117,6 +117,8 @@ void Output::Fail(const Result& result, const Failure& failure, std::optional<in
   std::fputs(line.c_str(), stderr);
 }
 
+void Output::Note(const std::string& text) { std::fputs(("vptzctl: " + text + "\n").c_str(), stderr); }
+
 void Output::Print(const std::string& text) {
   const std::string all = (progress_shown_ ? "\r\x1b[K" : "") + text;
   progress_shown_ = false;

@@ -35,6 +35,9 @@ class Output {
   // object on standard output. `status` is empty when none was received.
   void Fail(const Result& result, const Failure& failure, std::optional<int> status);
 
+  // Tells people something beside the result, on standard error.
+  void Note(const std::string& text);
+
   // Prints a text of its own, such as help.
   void Print(const std::string& text);
 

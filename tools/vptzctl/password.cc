@@ -156,9 +156,13 @@ std::vector<Argument> PasswordArguments(const std::string& needs) {
   return {file.Needs(needs), input.Needs(needs)};
 }
 
-std::string ReadPassword(const Session& session) {
-  if (session.Given(kFileOption)) return FromFile(session.Text(kFileOption));
-  return session.Flag(kInputOption) ? FromInput() : FromTerminal();
+std::string ReadPassword(Session& session) {
+  session.StopClock();
+  const std::string password = session.Given(kFileOption)   ? FromFile(session.Text(kFileOption))
+                               : session.Flag(kInputOption) ? FromInput()
+                                                            : FromTerminal();
+  session.StartClock();
+  return password;
 }
 
 }  // namespace vptzctl

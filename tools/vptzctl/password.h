@@ -18,7 +18,7 @@ std::vector<Argument> PasswordArguments(const std::string& needs = "");
 // Reads the password from where the command line says, else from the terminal
 // without an echo. Its line end does not count. Throws CommandError when it
 // cannot be read.
-std::string ReadPassword(const Session& session);
+std::string ReadPassword(Session& session);
 
 }  // namespace vptzctl
 

@@ -77,6 +77,7 @@ std::string AnswerLines(const std::vector<Field>& answers) {
   for (const Field& field : answers) width = std::max(width, field.name.size());
   std::string text;
   for (const Field& field : answers) {
+    if (field.assumed) continue;
     text += WithoutTrailingBlanks("  " + Pad(Label(field.name), width, false) + "  " + Text(field)) + "\n";
   }
   return text;
@@ -215,7 +216,7 @@ std::string ReadingLine(const Result& result) {
 std::string EventLine(const Result& result, const Colours& colours) {
   std::string text;
   for (const Field& field : result.answers) {
-    if (field.value.index() == 0) continue;
+    if (field.value.index() == 0 || field.assumed) continue;
     text += (text.empty() ? "" : "  ") + colours.Quiet(Label(field.name)) + " " + Text(field);
   }
   return text + "\n";
@@ -225,6 +226,12 @@ std::string FormatNumber(double number) {
   char text[64];
   std::snprintf(text, sizeof text, "%.10g", number);
   return text;
+}
+
+std::string Quoted(const std::string& text) {
+  constexpr std::size_t kLongest = 64;
+  const bool is_plain = std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
+  return is_plain && text.size() <= kLongest ? "\"" + text + "\"" : "that was given";
 }
 
 std::string Printable(const std::string& text) {

@@ -44,6 +44,10 @@ std::string EventLine(const Result& result, const Colours& colours);
 // As short as possible without loss that matters to a camera: "30", "-12.5".
 std::string FormatNumber(double number);
 
+// In quotation marks inside a message. A text that is long or not plain is not
+// repeated: what was asked stands in front of the message.
+std::string Quoted(const std::string& text);
+
 // Without control characters, which could play tricks on a terminal.
 std::string Printable(const std::string& text);
 

@@ -1,16 +1,33 @@
 #include "command.h"
+#include "prompt.h"
 #include "serial_line.h"
 #include "session.h"
+#include "stored.h"
 
 namespace vptzctl {
 namespace {
 
-ExitCode SerialAdd(Session& session) {
-  return session.Finish(session.client().AddUSBttyDevice(session.Text("TTY"), session.timeout));
+constexpr int kUnknownId = -1004;  // the reference service's refusal for a port that it does not know
+
+// The port under the one name by which the tool adds and removes it.
+std::string Port(Session& session) {
+  const std::string port = DevicePath(session.Text("TTY"));
+  session.result.SetArgument("tty", port);
+  return port;
 }
 
+ExitCode SerialAdd(Session& session) {
+  return session.Finish(session.client().AddUSBttyDevice(Port(session), session.timeout));
+}
+
+// Another client may have added it by its bare name.
 ExitCode SerialRemove(Session& session) {
-  return session.Finish(session.client().RemoveUSBttyDevice(session.Text("TTY"), session.timeout));
+  const std::string port = Port(session);
+  int status = session.client().RemoveUSBttyDevice(port, session.timeout);
+  if (status == kUnknownId && port != session.Text("TTY")) {
+    status = session.client().RemoveUSBttyDevice(session.Text("TTY"), session.timeout);
+  }
+  return session.Finish(status);
 }
 
 ExitCode SerialFlush(Session& session) {
@@ -26,10 +43,22 @@ ExitCode SerialReset2P0(Session& session) {
                                                       : session.client().DisableReset2P0(session.timeout));
 }
 
+void AskForAll(Session& session, const std::string& port) {
+  const std::vector<StoredCamera> cameras = StoredSerialCameras();
+  if (cameras.empty()) return;
+  std::vector<std::string> names;
+  for (const StoredCamera& camera : cameras) names.push_back(CameraInWords(camera.id, camera.name));
+  Confirm(session, "This sets the line of " + Joined(names, ", ") + " to " + port + " at " +
+                       std::to_string(session.Integer("--baud-rate")) + " bits per second. Go on?");
+}
+
 ExitCode SerialLine(Session& session) {
-  return session.Finish(session.client().UpdateAllRS232Devices(
-      session.Text("PORT"), session.Signed("--baud-rate"), session.Signed("--unit"), session.Signed("--flags"),
-      session.timeout));
+  const std::string port = StoredPort(session.Text("PORT"));
+  session.result.SetArgument("port", port);
+  AskForAll(session, port);
+  return session.Finish(session.client().UpdateAllRS232Devices(port, session.Signed("--baud-rate"),
+                                                               session.Signed("--unit"),
+                                                               session.Signed("--flags"), session.timeout));
 }
 
 ExitCode PowerOn(Session& session) { return session.Finish(session.client().PowerOnDevices(session.timeout)); }
@@ -54,12 +83,13 @@ Argument Tty() { return Text("TTY", "", "device path of the port, such as /dev/t
 Command LineRow() {
   return {"serial",
           "line",
-          "Sets the line of all serial (RS-232) cameras.",
+          "Sets the line of all serial (RS-232) cameras. Asks before it does, on a terminal.",
           {"UpdateAllRS232Devices"},
           {Text("PORT", "", "name of the port, such as ttyS0"), BaudRate(), Unit(),
            Integer("--flags", {0, kLargestSigned}, "line settings, a number of the service's")
                .Placeholder("N")
-               .Else(std::uint32_t{0})},
+               .Else(std::uint32_t{0}),
+           YesArgument()},
           {},
           SerialLine};
 }

@@ -1,6 +1,8 @@
 #include <chrono>
 #include <optional>
 
+#include <vptz/wait.h>
+
 #include "command.h"
 #include "describe.h"
 #include "interrupt.h"
@@ -38,24 +40,13 @@ int ReadPosition(Session& session, VptzPtzData* profile) {
   return status;
 }
 
-// Still is what has no speed, as far as that is known, and has not moved since
-// the last reading. An axis of which nothing is known does not count.
-bool IsStill(const VptzAxisData& before, const VptzAxisData& now) {
-  if (now.speed.valid && now.speed.value != 0) return false;
-  if (!now.position.valid) return true;
-  return before.position.valid && before.position.value == now.position.value;
-}
-
-bool IsStill(const VptzPtzData& before, const VptzPtzData& now) {
-  return IsStill(before.pan, now.pan) && IsStill(before.tilt, now.tilt) && IsStill(before.zoom, now.zoom);
-}
-
 ExitCode Interrupted(Session& session) {
   session.output.EndUpdates();
   return ExitCode::kDone;
 }
 
 ExitCode Watch(Session& session) {
+  session.TakesItsTime();
   const std::chrono::duration<double> interval(session.Number("--interval"));
   const Interrupt interrupt;
   const SteadyTime begin = std::chrono::steady_clock::now();
@@ -69,7 +60,7 @@ ExitCode Watch(Session& session) {
     session.result.answers.push_back({"elapsed", RoundedToThousandths(elapsed.count()), "s", false});
     session.output.Update(session.result, status);
     if (!session.output.Complete()) return ExitCode::kOther;
-    if (session.Flag("--until-still") && before && IsStill(*before, now)) return ExitCode::kDone;
+    if (session.Flag("--until-still") && before && VptzIsStill(*before, now)) return ExitCode::kDone;
     if (interrupt.WaitFor(interval)) return Interrupted(session);
     before = now;
   }

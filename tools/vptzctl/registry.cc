@@ -1,5 +1,6 @@
 #include "command.h"
 #include "describe.h"
+#include "protocols.h"
 #include "session.h"
 
 namespace vptzctl {
@@ -7,11 +8,12 @@ namespace {
 
 ExitCode DeviceList(Session& session) {
   List cameras = {"cameras", {}};
-  const std::string protocol = session.Text("--protocol");
-  if (protocol.empty()) {
+  if (!session.Given("--protocol")) {
     for (const CVptzDevice& device : *session.client().QueryDeviceAll())
       cameras.rows.push_back(Summary(device));
   } else {
+    const std::string protocol = RequireProtocol(session.Text("--protocol"));
+    session.result.SetArgument("protocol", protocol);
     for (const CVptzDevice* device : session.client().QueryDeviceByProtocol(protocol)) {
       cameras.rows.push_back(Summary(*device));
     }
@@ -41,7 +43,7 @@ std::vector<Command> RegistryCommands() {
        "list",
        "Lists the cameras in the database. Needs no service.",
        {"QueryDeviceAll", "QueryDeviceByProtocol"},
-       {Text("--protocol", "PROTOCOL", "only cameras of this protocol, such as ONVIF; case counts")},
+       {Text("--protocol", "PROTOCOL", "only cameras of this protocol").Known(KnownProtocols())},
        {},
        DeviceList,
        Needs::kDatabase},

@@ -14,7 +14,7 @@ struct Field {
   Value value;
   std::string unit;
   bool steady = true;    // false: may change from reading to reading
-  bool assumed = false;  // an argument that was not given; people need not see it
+  bool assumed = false;  // people need not see it: an argument that was not given, a part of an event
 };
 
 struct Row {

@@ -20,6 +20,7 @@ ExitCode RunCommand(const Invocation& invocation, Output* output) {
     session.Begin();
     return invocation.command->run(session);
   } catch (const CommandError& error) {
+    session.MeetDeadline();
     session.result.answers.clear();
     session.result.table.clear();
     session.result.lists.clear();

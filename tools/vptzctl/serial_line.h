@@ -3,6 +3,7 @@
 #define VPTZCTL_SERIAL_LINE_H
 
 #include <limits>
+#include <string>
 
 #include "arguments.h"
 
@@ -10,9 +11,12 @@ namespace vptzctl {
 
 constexpr double kLargestSigned = std::numeric_limits<int>::max();
 
+// Those that serial lines have.
 inline Argument BaudRate() {
   return Integer("--baud-rate", {1, kLargestSigned}, "bits per second")
       .Placeholder("N")
+      .Usual({300, 600, 1200, 2400, 4800, 9600, 14400, 19200, 28800, 38400, 57600, 76800, 115200, 230400,
+              460800, 500000, 576000, 921600, 1000000})
       .Else(std::uint32_t{9600});
 }
 
@@ -21,6 +25,14 @@ inline Argument Unit() {
       .Placeholder("N")
       .Else(std::uint32_t{1});
 }
+
+// The port as the database spells it, where a camera is on it: "ttyS0" and
+// "/dev/ttyS0" are one port. Else the text itself.
+std::string StoredPort(const std::string& text);
+
+// The device path of a port: a name such as ttyUSB0 lies in /dev. Other texts stay
+// as they are.
+std::string DevicePath(const std::string& text);
 
 }  // namespace vptzctl
 

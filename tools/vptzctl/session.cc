@@ -1,10 +1,12 @@
 #include "session.h"
 
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
 
 #include "broker.h"
 #include "camera.h"
+#include "causes.h"
 #include "command.h"
 #include "parser.h"
 
@@ -53,12 +55,44 @@ void Session::Begin() {
   OpenLibrary();
   if (needs == Needs::kDatabase) RequireDatabase();
   if (values_.count(kCamera) > 0) FindTheCamera();
-  if (needs == Needs::kBus) Connect();
+  if (Has(kSlave)) FindTheSlave();
+  if (needs != Needs::kBus) return;
+  SetDeadline();
+  Connect();
+}
+
+// A command may make several calls, and the library some more by itself. What
+// is asked for is known by now.
+void Session::SetDeadline() {
+  if (timeout <= 0) return;
+  constexpr std::chrono::milliseconds kSlack(500);  // for a call that ends in time
+  deadline_.emplace(std::chrono::seconds(timeout) + kSlack, [this, asked = result] {
+    output.Fail(asked, Explained(-ETIMEDOUT), -ETIMEDOUT);
+    std::_Exit(static_cast<int>(ExitCode::kTimeout));
+  });
+}
+
+void Session::StopClock() {
+  if (deadline_) deadline_->Pause();
+}
+
+void Session::StartClock() {
+  if (deadline_) deadline_->Resume();
+}
+
+void Session::MeetDeadline() {
+  if (deadline_) deadline_->Meet();
 }
 
 void Session::FindTheCamera() {
   camera_ = FindCamera(*client_, Text(kCamera));
   result.SetArgument("camera", camera_->id);
+}
+
+// Before the client is connected, or each device would be asked about.
+void Session::FindTheSlave() {
+  slave_ = FindCamera(*client_, Text(kSlave));
+  result.SetArgument("slave", slave_->id);
 }
 
 void Session::Connect() {
@@ -115,15 +149,25 @@ ExitCode Session::Finish(int status) { return status == 0 ? Answer(status) : Fai
 
 ExitCode Session::Answer(int status) {
   if (status < 0) return Fail(status);
+  MeetDeadline();
   output.Show(result, status);
   return ExitCode::kDone;
 }
 
-ExitCode Session::Fail(int status) {
+Failure Session::Explained(int status) const {
   Failure failure = Explain(status);
   if (failure.exit_code == ExitCode::kTimeout) {
     failure.message += " of " + std::to_string(client_->GetVptzTimeout(timeout)) + " s";
   }
+  return failure;
+}
+
+ExitCode Session::Fail(int status, const std::string& more) {
+  MeetDeadline();
+  Failure failure = Explained(status);
+  const std::string cause = CauseOf(*this, status);
+  if (!cause.empty()) failure.message = cause;
+  failure.message += more;
   result.answers.clear();
   result.table.clear();
   result.lists.clear();

@@ -9,6 +9,7 @@
 
 #include <vptz/vptz_client.h>
 
+#include "deadline.h"
 #include "failures.h"
 #include "output.h"
 #include "result.h"
@@ -40,7 +41,21 @@ class Session {
   std::vector<std::string> Texts(const std::string& name) const;
   bool Given(const std::string& name) const { return At(name).index() != 0; }
 
+  // The same for an argument that the command need not have.
+  bool Has(const std::string& name) const { return values_.count(name) > 0 && Given(name); }
+
+  // Whether a number is given; of the names that verbs share some are flags
+  // elsewhere.
+  bool HasNumber(const std::string& name) const {
+    return values_.count(name) > 0 && std::holds_alternative<double>(At(name));
+  }
+
+  bool HasCamera() const { return camera_.has_value(); }
+
   VptzClient& client() { return *client_; }
+
+  // The camera that --slave names; none without it.
+  const std::optional<CVptzDevice>& slave() const { return slave_; }
 
   // The camera that the command names. Its commands go through the client.
   CVptzDevice& camera() { return *camera_; }
@@ -61,7 +76,19 @@ class Session {
   // Ends a command whose positive result is the answer.
   ExitCode Answer(int status);
 
-  ExitCode Fail(int status);
+  // Tells why the command failed, and what else is to be known then.
+  ExitCode Fail(int status, const std::string& more = "");
+
+  // Says that the command lasts as long as it is to, whatever the time-out of its
+  // calls.
+  void TakesItsTime() { deadline_.reset(); }
+
+  // No time of the command goes by while a person is asked.
+  void StopClock();
+  void StartClock();
+
+  // The command ends by itself, not by its time-out.
+  void MeetDeadline();
 
   const int timeout;  // seconds; 0 is the configured one
   Output& output;
@@ -70,12 +97,17 @@ class Session {
  private:
   const Value& At(const std::string& name) const { return values_.at(name); }
   void FindTheCamera();
+  void FindTheSlave();
   void Connect();
+  void SetDeadline();
+  Failure Explained(int status) const;
 
   const Invocation& invocation_;
   const Values& values_;
+  std::optional<Deadline> deadline_;
   std::optional<VptzClient> client_;
   std::optional<CVptzDevice> camera_;
+  std::optional<CVptzDevice> slave_;
 };
 
 }  // namespace vptzctl

@@ -11,7 +11,9 @@
 
 #include "command.h"
 #include "interrupt.h"
+#include "payload.h"
 #include "session.h"
+#include "stored.h"
 
 namespace vptzctl {
 namespace {
@@ -68,11 +70,52 @@ std::string TimeText(std::chrono::system_clock::time_point time) {
   return text;
 }
 
+// What a signal tells, for programs and in words.
+struct Meaning {
+  Value words;
+  Value found;
+  Value refused;
+  Value camera;
+};
+
+Meaning OfSearch(int outcome) {
+  if (outcome >= 0) {
+    return {std::to_string(outcome) + " found", static_cast<std::uint32_t>(outcome), Value(), Value()};
+  }
+  const Failure failure = Explain(outcome);
+  return {failure.message + " (" + failure.name + ", " + std::to_string(outcome) + ")", Value(), failure.name,
+          Value()};
+}
+
+Meaning OfChange(std::uint32_t id) {
+  CVptzDevice device;
+  device.id = id;
+  device.LoadDeviceInfo();  // a device that has gone has no name any more
+  return {CameraInWords(id, device.host_name), Value(), Value(), id};
+}
+
+Meaning MeaningOf(const Signal& signal) {
+  if (signal.name == "finish/search_device") {
+    const std::optional<int> outcome = SearchOutcome(signal.payload);
+    return outcome ? OfSearch(*outcome) : Meaning();
+  }
+  if (signal.name != "update_devices") return {};
+  const std::optional<std::uint32_t> device = ChangedDevice(signal.payload);
+  return device ? OfChange(*device) : Meaning();
+}
+
+// People see the meaning in the place of the payload, where there is one.
 void ShowSignal(Session& session, const Signal& signal) {
+  const Meaning meaning = MeaningOf(signal);
+  const bool is_clear = meaning.words.index() != 0;
   session.result.answers = {
       {"time", TimeText(signal.time), ""},
       {"signal", signal.name, ""},
-      {"payload", signal.payload.empty() ? Value() : Value(signal.payload), ""},
+      {"payload", signal.payload.empty() ? Value() : Value(signal.payload), "", true, is_clear},
+      {"meaning", meaning.words, ""},
+      {"found", meaning.found, "", true, true},
+      {"refused", meaning.refused, "", true, true},
+      {"camera", meaning.camera, "", true, true},
   };
   session.output.Event(session.result);
 }
@@ -83,6 +126,7 @@ int Subscribe(Session& session, const std::string& name) {
 }
 
 ExitCode Monitor(Session& session) {
+  session.TakesItsTime();
   const std::string name = session.Text("--signal");
   const Interrupt interrupt;
   const int subscribed = Subscribe(session, name);
