@@ -10,6 +10,7 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 using vptz_test::BusTest;
+using vptz_test::CliTest;
 using vptz_test::ExpectFailure;
 using vptz_test::FakeService;
 using vptz_test::Json;
@@ -111,6 +112,43 @@ TEST_F(BusTest, AnUnknownPresetIdIsNotSent) {
   for (const char* line : {"preset goto 1 --id 9", "preset set 1 --id 9", "preset remove 1 --id 9"}) {
     ExpectFailure(Ctl(std::string("--json ") + line), 7, "unknown_preset");
   }
+}
+
+TEST_F(CliTest, APresetIsNamedByItsTokenOrByANameThatOnlyOneHas) {
+  EXPECT_EQ(CtlJson("preset goto 1 Lectern --wait")["token"], "preset2");
+  EXPECT_EQ(CtlJson("ptz position 1")["pan"]["position"], -35.0);
+  EXPECT_EQ(CtlJson("preset remove 1 Audience")["token"], "preset3");
+  EXPECT_EQ(CtlJson("preset list 1")["count"], 2);
+}
+
+TEST_F(CliTest, ATokenComesBeforeAName) {
+  EXPECT_EQ(CtlJson("preset set 1 Lectern --name Other")["token"], "Lectern");
+  EXPECT_EQ(CtlJson("preset goto 1 Lectern")["token"], "Lectern");
+}
+
+TEST_F(CliTest, ATokenToStoreUnderIsNeverAName) {
+  CtlJson("preset set 1 Stage");
+  const Json presets = CtlJson("preset list 1")["presets"];
+  ASSERT_EQ(presets.size(), 4u);
+  EXPECT_EQ(presets[0]["token"], "preset1");
+  EXPECT_EQ(presets[3]["token"], "Stage");
+}
+
+TEST_F(CliTest, APresetWithoutATokenGetsAFreeOne) {
+  CtlJson("preset remove 1 preset2");
+  const Json first = CtlJson("preset set 1 --name Organ");
+  EXPECT_EQ(first["token"], "preset2");
+  EXPECT_EQ(first["number"], 2);
+  EXPECT_EQ(first["name"], "Organ");
+  const RunResult second = Ctl("preset set 1");
+  EXPECT_EQ(second.output, "preset set: camera 1, token preset4, name preset4\n  number  4\n");
+  EXPECT_EQ(CtlJson("preset list 1")["presets"][3]["name"], "preset4");
+}
+
+TEST_F(CliTest, ThePresetsNumberIsAnswered) {
+  EXPECT_EQ(CtlJson("preset set 1 organ")["number"], 4);
+  EXPECT_EQ(CtlJson("preset set 1 --id 2")["number"], 2);
+  EXPECT_EQ(CtlJson("preset set 1 --id 2")["token"], Json());
 }
 
 TEST(NoDatabaseTest, IsToldInWords) {

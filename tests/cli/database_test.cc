@@ -39,6 +39,28 @@ TEST_F(BusTest, ANewDatabaseIsFilledByAScript) {
   ExpectFailure(Ctl("--json db create " + file + "2 --data /nonexistent.sql"), 7, "unusable_database");
 }
 
+TEST_F(BusTest, WhatSqlSaysAboutAScriptIsTold) {
+  const std::string script = Write("data.sql", "SELECT 1;\nINSERT INTO camera VALUES (1);\n");
+  for (const std::string& line :
+       {"db create " + broker.folder() + "/new.db --data ", "db migrate " + database() + " --data "}) {
+    const RunResult result = Ctl("--json " + line + script);
+    ExpectFailure(result, 7, "unusable_database");
+    EXPECT_THAT(result.errors, HasSubstr("the script " + script +
+                                         " failed: Parse error near line 2: "
+                                         "no such table: camera\n"));
+    EXPECT_THAT(Ctl(line + "/nonexistent.sql").errors,
+                testing::AnyOf(HasSubstr("/nonexistent.sql cannot be read: No such file or directory"),
+                               HasSubstr("is there already")));
+  }
+  EXPECT_THAT(Ctl("db migrate " + database() + " --data " + broker.folder()).errors,
+              HasSubstr("is a directory"));
+}
+
+TEST_F(BusTest, AScriptsOutputIsNoneOfTheTools) {
+  const std::string script = Write("data.sql", "SELECT 'noise';");
+  EXPECT_THAT(Ctl("db migrate " + database() + " --data " + script).output, testing::Not(HasSubstr("noise")));
+}
+
 TEST_F(BusTest, ACurrentDatabaseIsMigratedToItself) {
   const Json object = CtlJson("db migrate " + database());
   EXPECT_EQ(object["previous_version"], 10);

@@ -1,11 +1,14 @@
 // What the tool tells of each fault that the reference service can be given.
 #include "cli_test.h"
+#include "fake_service.h"
 
 namespace {
 
 using testing::HasSubstr;
+using vptz_test::BusTest;
 using vptz_test::CliTest;
 using vptz_test::ExpectFailure;
+using vptz_test::FakeService;
 using vptz_test::Json;
 using vptz_test::RunResult;
 
@@ -78,6 +81,36 @@ TEST_F(FaultTest, AGarbledReplyGetsAnOrdinaryAnswer) {
   const RunResult result = Ctl("--json ptz position camera-1");
   EXPECT_LT(result.exit_code, 8) << result.errors;
   EXPECT_TRUE(Json::parse(result.output).contains("status"));
+}
+
+TEST_F(CliTest, FaultsAreSwitchedWhileTheServiceRuns) {
+  EXPECT_EQ(CtlJson("fault list")["faults"], Json::array());
+  const Json added = CtlJson("fault add offline --camera 1");
+  ASSERT_EQ(added["faults"].size(), 1u);
+  EXPECT_EQ(added["faults"][0]["kind"], "offline");
+  EXPECT_EQ(added["faults"][0]["camera"], "1");
+  ExpectFailure(Ctl("--json ptz move 1 --pan 1"), 1, "offline");
+  CtlJson("ptz move 2 --pan 1");
+  const Json both = CtlJson("fault add delay --camera camera-2 --method ptz_stop --milliseconds 20");
+  EXPECT_EQ(both["faults"].size(), 2u);
+  EXPECT_EQ(CtlJson("fault list")["faults"][1],
+            Json({{"kind", "delay"}, {"camera", "camera-2"}, {"method", "ptz_stop"}, {"milliseconds", 20}}));
+  EXPECT_EQ(CtlJson("fault clear")["faults"], Json::array());
+  CtlJson("ptz move 1 --pan 1");
+}
+
+TEST_F(CliTest, AFaultThatCannotBeIsRefusedWithItsReason) {
+  const RunResult result = Ctl("--json fault add delay --method dance");
+  ExpectFailure(result, 1, "bad_request");
+  EXPECT_THAT(result.errors, HasSubstr("\"method\" is no method of the service"));
+  EXPECT_EQ(CtlJson("fault list")["faults"], Json::array());
+}
+
+TEST_F(BusTest, AServiceWithoutSimulatedFaultsSaysSo) {
+  const FakeService service(broker.address(), vptz_test::AnsweringStatus(-1001));
+  const RunResult result = Ctl("--json fault list");
+  ExpectFailure(result, 1, "unknown_method");
+  EXPECT_THAT(result.errors, HasSubstr("refused by the service: it has no simulated faults"));
 }
 
 }  // namespace

@@ -20,7 +20,6 @@ const std::map<std::string, std::string> kWithoutCommand = {
     {"Init", "Connect with fixed arguments"},
     {"Deinit", "does nothing"},
     {"GetVptzTimeout", "tells the time-out in messages"},
-    {"CallSync", "raw call: its arguments are messages"},
     {"CallAsync", "raw call: its arguments are messages"},
     {"HandleUpdateSignal", "does nothing"},
     {"LoadDevices", "every lookup does it"},

@@ -41,6 +41,10 @@ constexpr RequestCase kRequests[] = {
      "method_name: 'login' device_command { device_id: 2 user: 'admin' password: '" VPTZ_TEST_CANARY "' }"},
     {"device protocol 1 NDI",
      "method_name: 'update_device_control_protocol' device_command { device_id: 1 protocol: 'NDI' }"},
+    {"device rename 1 Stage",
+     "method_name: 'add_device' device_command { mac: '02:00:5e:00:53:01' name: 'Stage' protocol: 'ONVIF' "
+     "address: "
+     "'http://192.0.2.1/onvif/device_service' user: '' password: '' }"},
     {"device slave 1 --address 192.0.2.9 --account admin --password-file @",
      "method_name: 'set_slave_device' slave_device_command { device_id: 1 address: '192.0.2.9' account: "
      "'admin' "
@@ -78,6 +82,23 @@ constexpr RequestCase kRequests[] = {
     {"image set 1 --auto-focus-mode FACE",
      "method_name: 'set_imaging_settings' media_command { media_id: 1 brightness: " ALONE " contrast: " ALONE
      " sharpness: " ALONE " backlight_mode: " ALONE " auto_focus: " ALONE " auto_focus_mode: 'FACE' }"},
+    {"image set 1 --backlight ON --auto-focus manual --auto-focus-mode auto",
+     "method_name: 'set_imaging_settings' media_command { media_id: 1 brightness: " ALONE " contrast: " ALONE
+     " sharpness: " ALONE " backlight_mode: 1 auto_focus: 0 auto_focus_mode: 'AUTO' }"},
+    {"image set 1 --auto-focus auto",
+     "method_name: 'set_imaging_settings' media_command { media_id: 1 brightness: " ALONE " contrast: " ALONE
+     " sharpness: " ALONE " backlight_mode: " ALONE " auto_focus: 1 auto_focus_mode: 'DEFAULT' }"},
+    {"device add ndi 192.0.2.9",
+     "method_name: 'add_device' device_command { mac: '' name: '' protocol: 'NDI' address: '192.0.2.9' user: "
+     "'' "
+     "password: '' }"},
+    {"device protocol 1 visca_over_ip",
+     "method_name: 'update_device_control_protocol' device_command { device_id: 1 protocol: 'VISCA_OVER_IP' }"},
+    {"preset set 1",
+     "method_name: 'set_preset' ptz_command { ptz_id: 1 preset_name: 'preset4' preset_token: '' }"},
+    {"preset goto 1 Lectern",
+     "method_name: 'goto_preset' ptz_command { ptz_id: 1 preset_token: 'preset2' pan_speed: " ALONE
+     " tilt_speed: " ALONE " zoom_speed: " ALONE " }"},
     {"focus far 1 --drive slow", "method_name: 'focus_far' device_command { device_id: 1 token: 'slow' }"},
     {"focus switch 2 --profile 2", "method_name: 'switch_focus_mode' media_command { media_id: 4 }"},
     {"nat enable 1 --type media --map a,b,,d,e,f,8554,-1 --map ,,,,,,0,0",

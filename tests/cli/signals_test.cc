@@ -87,6 +87,55 @@ TEST_F(SignalTest, MonitorHasTheShapeThatThePageShows) {
   for (const auto& [name, value] : documented.items()) EXPECT_TRUE(object.contains(name)) << name;
 }
 
+std::string StatusBytes(int status) {
+  tutorial::VptzResponse response;
+  response.set_status_code(status);
+  return response.SerializeAsString();
+}
+
+std::string DeviceBytes(std::uint32_t id) {
+  tutorial::DeviceCommand command;
+  command.set_device_id(id);
+  return command.SerializeAsString();
+}
+
+struct MeaningCase {
+  std::string signal;
+  std::string payload;
+  Json meaning, found, refused, camera;
+};
+
+TEST_F(SignalTest, MonitorSaysWhatAPayloadMeans) {
+  const MeaningCase cases[] = {
+      {"finish/search_device", StatusBytes(3), "3 found", 3, nullptr, nullptr},
+      {"finish/search_device", StatusBytes(-1011),
+       "refused by the service: its database does not take it (not_stored, -1011)", nullptr, "not_stored",
+       nullptr},
+      {"finish/search_device", "\x08", nullptr, nullptr, nullptr, nullptr},
+      {"update_devices", DeviceBytes(2), "camera 2 (camera-2)", nullptr, nullptr, 2},
+      {"update_devices", DeviceBytes(77), "camera 77", nullptr, nullptr, 77},
+      {"update_devices", "", nullptr, nullptr, nullptr, nullptr},
+      {"another", StatusBytes(3), nullptr, nullptr, nullptr, nullptr},
+  };
+  for (const MeaningCase& each : cases) {
+    Process tool(ToolOnBus("monitor --json --count 1"), environment());
+    ASSERT_TRUE(HeardBy(tool, each.signal, each.payload));
+    EXPECT_EQ(tool.Wait(), 0);
+    const Json object = Json::parse(tool.Output());
+    EXPECT_EQ(object["meaning"], each.meaning) << object;
+    EXPECT_EQ(object["found"], each.found) << object;
+    EXPECT_EQ(object["refused"], each.refused) << object;
+    EXPECT_EQ(object["camera"], each.camera) << object;
+  }
+}
+
+TEST_F(SignalTest, PeopleSeeTheMeaningInThePlaceOfThePayload) {
+  Process tool(ToolOnBus("monitor --count 1"), environment());
+  ASSERT_TRUE(HeardBy(tool, "finish/search_device", StatusBytes(3)));
+  EXPECT_EQ(tool.Wait(), 0);
+  EXPECT_THAT(tool.Output(), testing::EndsWith("  signal finish/search_device  meaning 3 found\n"));
+}
+
 // A service that finds a third camera, step by step.
 class SearchTest : public BusTest {
  protected:
@@ -101,10 +150,11 @@ class SearchTest : public BusTest {
         "tracking, reserved) SELECT device_type, 'new', '192.0.2.3', http_uri, mac, 'new', '', 0, 1, protocol, "
         "'camera-3', manufacture, model_name, firmware_version, 1, 1, 0, '' FROM device WHERE id = 1");
     service.Emit("update_devices");
-    if (finishes) service.Emit("finish/search_device");
+    if (finishes) service.Emit("finish/search_device", outcome);
   }
 
   std::atomic<bool> finishes{true};
+  std::string outcome;
   FakeService service{broker.address(), [this](bus_request* request) { Answer(request); }};
 };
 
@@ -120,6 +170,33 @@ TEST_F(SearchTest, NewCamerasAreShownAsTheyCome) {
   EXPECT_EQ(objects[1]["new_cameras"], 1);
   EXPECT_EQ(objects[1]["known_cameras"], 3);
   EXPECT_EQ(objects[1]["status"], 0);
+}
+
+TEST_F(SearchTest, ARefusalAtTheEndIsAFailure) {
+  outcome = StatusBytes(-1011);
+  const RunResult result = Ctl("--json search");
+  EXPECT_EQ(result.exit_code, 1);
+  const Json last = Objects(result.output).back();
+  EXPECT_EQ(last["status"], -1011);
+  EXPECT_EQ(last["error"]["name"], "not_stored");
+}
+
+TEST_F(SearchTest, TheListThatWasSearchedIsTold) {
+  outcome = StatusBytes(1);
+  const Json usual = Objects(Ctl("--json search").output).back();
+  EXPECT_EQ(usual["protocols"], Json());
+  EXPECT_EQ(usual["searched"], "ONVIF,QX310,NDI");
+  EXPECT_EQ(usual["found"], 1);
+  const Json named = Objects(Ctl("--json search --protocols ndihx,Visca_over_IP").output).back();
+  EXPECT_EQ(named["searched"], "NDIHX,VISCA_OVER_IP");
+  EXPECT_EQ(named["protocols"], "NDIHX,VISCA_OVER_IP");
+  EXPECT_THAT(Ctl("search").output, testing::ContainsRegex("searched +ONVIF,QX310,NDI\n"));
+}
+
+TEST_F(SearchTest, AProtocolThatDoesNotExistIsNotSearchedFor) {
+  for (const char* list : {"ONVIF,PIGEON", "pigeon", ","}) {
+    ExpectFailure(Ctl(std::string("--json search --protocols ") + list), 7, "unknown_protocol");
+  }
 }
 
 TEST_F(SearchTest, InWords) {

@@ -114,6 +114,28 @@ TEST_F(TourTest, ACameraIsDeclaredAnew) {
   EXPECT_EQ(CtlJson("device list --protocol VISCA_OVER_IP")["cameras"][0]["name"], "Gallery");
 }
 
+TEST_F(TourTest, ACameraIsRenamedAndNothingElseOfItChanges) {
+  const Json before = CtlJson("device show 2");
+  EXPECT_EQ(Words("device rename camera-2 Stage"), "device rename: camera 2, name Stage: done\n");
+  Json after = CtlJson("device show Stage");
+  after["name"] = before["name"];
+  EXPECT_EQ(after, before);
+  CtlJson("ptz move Stage --pan 1");
+}
+
+TEST_F(TourTest, ACameraWithoutAHardwareAddressIsRenamedToo) {
+  CtlJson("device add NDI 192.0.2.90 --name Balcony");
+  CtlJson("device rename Balcony Gallery");
+  EXPECT_EQ(CtlJson("device show Gallery")["address"], "192.0.2.90");
+  EXPECT_EQ(CtlJson("device show Gallery")["protocol"], "NDI");
+  EXPECT_EQ(Cameras(), 3u);
+}
+
+TEST_F(TourTest, ASerialCameraKeepsItsName) {
+  CtlJson("device add-serial ttyS0 --name Choir");
+  ExpectFailure(Ctl("--json device rename Choir Organ"), 2, "serial_camera");
+}
+
 TEST_F(TourTest, PresetsAreStoredRecalledAndRemoved) {
   LogIn("1");
   CtlJson("ptz move 1 --pan 12 --tilt 3 --zoom 2");

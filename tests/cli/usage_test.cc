@@ -41,6 +41,18 @@ const UsageCase kWrong[] = {
     {"ProfileBeyond64Bits", {"ptz", "stop", "1", "--profile", "99999999999999999999"}, "is not a whole number"},
     {"HexadecimalProfile", {"ptz", "stop", "1", "--profile", "0x1"}, "is not a whole number"},
     {"BlankBeforeProfile", {"ptz", "stop", "1", "--profile", " 1"}, "is not a whole number"},
+    {"UnusualBaudRate",
+     {"serial", "line", "ttyS0", "--baud-rate", "9601"},
+     "--baud-rate \"9601\" is not one of 50, 75,"},
+    {"UnusualBaudRateOfACamera",
+     {"device", "add-serial", "ttyS0", "--baud-rate", "1"},
+     "is not one of 50, 75,"},
+    {"UnknownWordForANumber",
+     {"image", "set", "1", "--backlight", "maybe"},
+     "--backlight \"maybe\" is not a number, nor one of off, on"},
+    {"LimitWithoutWaiting", {"ptz", "move", "1", "--pan", "1", "--limit", "3"}, "--limit requires --wait"},
+    {"WaitWhileStoringHome", {"ptz", "home", "1", "--set", "--wait"}, "--set excludes --wait"},
+    {"NoTimeToDrive", {"ptz", "drive", "1", "--pan", "1", "--for", "0"}, "must be 0.01 to 86400"},
     {"NoPreset", {"preset", "goto", "1"}, "give at least one of TOKEN, --id"},
     {"TwoPresets", {"preset", "goto", "1", "a", "--id", "1"}, "excludes"},
     {"NameOfAKnownPreset", {"preset", "set", "1", "--id", "1", "--name", "a"}, "excludes"},
@@ -112,6 +124,14 @@ TEST(HelpTest, TheVersionIsTheProjects) {
   EXPECT_EQ(result.exit_code, 0);
   EXPECT_EQ(result.output, "vptzctl " VPTZ_VERSION "\n");
   EXPECT_EQ(result.errors, "");
+}
+
+TEST(HelpTest, WhatIsKnownIsListed) {
+  EXPECT_THAT(RunTool({"image", "set", "--help"}).output,
+              testing::AllOf(HasSubstr("also off, on"), HasSubstr("known are AUTO, MANUAL, DEFAULT")));
+  EXPECT_THAT(RunTool({"device", "add", "--help"}).output, HasSubstr("known are ONVIF, RS232, QX310"));
+  EXPECT_THAT(RunTool({"search", "--help"}).output, HasSubstr("without it ONVIF,QX310,NDI"));
+  EXPECT_THAT(RunTool({"serial", "line", "--help"}).output, HasSubstr("as serial lines have them"));
 }
 
 TEST(HelpTest, UnitsAndLimitsAreTold) {

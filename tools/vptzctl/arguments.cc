@@ -249,7 +249,6 @@ std::string HelpWithRules(const Argument& argument) {
   const bool numeric = argument.kind == Kind::kNumber || argument.kind == Kind::kInteger;
   const std::string limits = numeric && argument.usual.empty() ? Limits(argument) : "";
   if (!limits.empty()) help += "; " + limits;
-  if (!argument.usual.empty()) help += "; one of " + NumbersOf(argument.usual);
   if (!argument.words.empty()) help += "; also " + NamesOf(argument);
   if (!argument.known.empty()) help += "; known are " + Joined(argument.known, ", ");
   if (argument.kind == Kind::kTexts) help += "; may be given again and again";

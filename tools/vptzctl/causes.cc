@@ -213,6 +213,7 @@ std::string StaysWhereItIs(Session& session) {
 }
 
 std::string BadRequest(Session& session) {
+  if (Is(session, "fault add")) return "";  // its answer tells the reason
   const std::string too_long = TooLong(session);
   if (!too_long.empty()) return too_long;
   if (Is(session, "device protocol")) return StaysWhereItIs(session);
@@ -227,14 +228,20 @@ std::string BadRequest(Session& session) {
          " is no mode of automatic focus; there are AUTO, MANUAL, DEFAULT";
 }
 
+std::string UnknownMethod(Session& session) {
+  const bool of_faults = session.result.command.rfind("fault ", 0) == 0;
+  return of_faults ? "it has no simulated faults" : "";
+}
+
 struct Rule {
   int status;
   std::string (*cause)(Session&);
 };
 
 constexpr Rule kRules[] = {
-    {-1002, BadRequest},  {-1004, UnknownId}, {-1005, UnsupportedAxis}, {-1006, OutOfRange},
-    {-1007, NotLoggedIn}, {-1008, Busy},      {-1009, PoweredOff},      {-1010, Offline},
+    {-1001, UnknownMethod}, {-1002, BadRequest},  {-1004, UnknownId}, {-1005, UnsupportedAxis},
+    {-1006, OutOfRange},    {-1007, NotLoggedIn}, {-1008, Busy},      {-1009, PoweredOff},
+    {-1010, Offline},
 };
 
 // What was not sent at all.

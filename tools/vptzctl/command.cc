@@ -10,7 +10,7 @@ std::vector<Command> AllSubjects() {
   for (const auto& subject :
        {ConnectionCommands, SignalCommands, RegistryCommands, DiscoveryCommands, MaintenanceCommands,
         MotionCommands, DriveCommands, ProfileCommands, PresetCommands, ImagingCommands, FocusCommands,
-        NatCommands, PowerCommands, DatabaseCommands}) {
+        NatCommands, PowerCommands, DatabaseCommands, FaultCommands}) {
     std::vector<Command> rows = subject();
     all.insert(all.end(), std::make_move_iterator(rows.begin()), std::make_move_iterator(rows.end()));
   }
@@ -36,6 +36,7 @@ const std::vector<Group>& Groups() {
       {"power", "Power of the controlled devices"},
       {"profile", "What PTZ and media profiles can do"},
       {"db", "Database files"},
+      {"fault", "Faults of the reference service's simulated cameras"},
   };
   return groups;
 }

@@ -57,6 +57,7 @@ std::vector<Command> NatCommands();
 std::vector<Command> PowerCommands();
 std::vector<Command> ProfileCommands();
 std::vector<Command> DatabaseCommands();
+std::vector<Command> FaultCommands();
 
 }  // namespace vptzctl
 

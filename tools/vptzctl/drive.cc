@@ -89,12 +89,12 @@ ExitCode DriveFor(Session& session) {
   const auto begin = steady_clock::now();
   const auto end = begin + std::chrono::duration_cast<steady_clock::duration>(Seconds(session.Number("--for")));
   int status = SendVelocity(session);
+  if (!MayMove(status)) return session.Fail(status);
   while (status == 0) {
     const steady_clock::duration left = end - steady_clock::now();
     if (interrupt.WaitFor(std::min<Seconds>(kRepeat, left)) || steady_clock::now() >= end) break;
     status = SendVelocity(session);
   }
-  if (!MayMove(status)) return session.Fail(status);
   return Stopped(session, status, steady_clock::now() - begin);
 }
 

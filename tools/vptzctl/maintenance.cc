@@ -75,6 +75,22 @@ ExitCode Declare(Session& session) {
   return session.Finish(session.camera().UpdateDevice(&params, session.timeout));
 }
 
+// A camera keeps its address and protocol when it is added anew with these, and
+// nothing but its name changes. The service knows it by its hardware address, or by
+// its unique id when it has none.
+ExitCode Rename(Session& session) {
+  const CVptzDevice& camera = session.camera();
+  if (camera.protocol == "RS232") {
+    throw CommandError(
+        {"serial_camera", "a camera on a serial line keeps the name that it was added with", ExitCode::kUsage});
+  }
+  const std::string& known_by = camera.mac.empty() ? camera.uuid : camera.mac;
+  const bool has_scheme = camera.service_uri.find("://") != std::string::npos;
+  return session.Finish(session.client().AddDevice(known_by, session.Text("NAME"), camera.protocol,
+                                                   has_scheme ? camera.service_uri : camera.address, "", "",
+                                                   session.timeout));
+}
+
 std::vector<Argument> With(std::vector<Argument> first, const std::vector<Argument>& second) {
   first.insert(first.end(), second.begin(), second.end());
   return first;
@@ -150,6 +166,13 @@ std::vector<Command> MaintenanceCommands() {
        {Camera(), Text("PROTOCOL", "", "its name").Known(KnownProtocols())},
        {},
        ControlProtocol},
+      {"device",
+       "rename",
+       "Gives a camera in the network another name.",
+       {"AddDevice"},
+       {Camera(), Text("NAME", "", "its new name")},
+       {},
+       Rename},
       SlaveRow(),
       DeclareRow(),
   };

@@ -1,5 +1,6 @@
 #include "payload.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace vptzctl {
@@ -31,15 +32,30 @@ bool Skip(std::string_view* bytes, std::uint64_t count) {
   return true;
 }
 
-// Takes a field's value off the bytes; only varints are kept.
-bool CutValue(std::string_view* bytes, std::uint32_t wire_type, std::uint64_t* number) {
-  switch (wire_type) {
+// One field of a message; which of the values it has the wire type tells.
+struct RawField {
+  std::uint64_t key = 0;
+  std::uint64_t number = 0;
+  std::string_view text;
+
+  bool Is(std::uint32_t field, WireType type) const { return key == (std::uint64_t{field} << 3 | type); }
+};
+
+bool CutText(std::string_view* bytes, RawField* field) {
+  if (!CutVarint(bytes, &field->number)) return false;
+  field->text =
+      bytes->substr(0, static_cast<std::size_t>(std::min<std::uint64_t>(field->number, bytes->size())));
+  return Skip(bytes, field->number);
+}
+
+bool CutValue(std::string_view* bytes, RawField* field) {
+  switch (field->key & 7) {
     case kVarint:
-      return CutVarint(bytes, number);
+      return CutVarint(bytes, &field->number);
     case kEightBytes:
       return Skip(bytes, 8);
     case kCounted:
-      return CutVarint(bytes, number) && Skip(bytes, *number);
+      return CutText(bytes, field);
     case kFourBytes:
       return Skip(bytes, 4);
     default:
@@ -47,20 +63,32 @@ bool CutValue(std::string_view* bytes, std::uint32_t wire_type, std::uint64_t* n
   }
 }
 
+bool CutField(std::string_view* bytes, RawField* field) {
+  if (!CutVarint(bytes, &field->key) || field->key > std::numeric_limits<std::uint32_t>::max()) return false;
+  return field->key >> 3 != 0 && CutValue(bytes, field);
+}
+
+// The last such field; none also when the bytes are no message.
+std::optional<RawField> LastField(std::string_view message, std::uint32_t wanted, WireType type) {
+  std::optional<RawField> found;
+  while (!message.empty()) {
+    RawField field;
+    if (!CutField(&message, &field)) return std::nullopt;
+    if (field.Is(wanted, type)) found = field;
+  }
+  return found;
+}
+
 }  // namespace
 
 std::optional<std::uint64_t> NumberIn(std::string_view message, std::uint32_t field) {
-  constexpr unsigned kTypeBits = 3;
-  std::optional<std::uint64_t> found;
-  while (!message.empty()) {
-    std::uint64_t key = 0;
-    std::uint64_t number = 0;
-    if (!CutVarint(&message, &key) || key > std::numeric_limits<std::uint32_t>::max()) return std::nullopt;
-    const auto wire_type = static_cast<std::uint32_t>(key & 7);
-    if (key >> kTypeBits == 0 || !CutValue(&message, wire_type, &number)) return std::nullopt;
-    if (key >> kTypeBits == field && wire_type == kVarint) found = number;
-  }
-  return found;
+  const std::optional<RawField> found = LastField(message, field, kVarint);
+  return found ? std::optional<std::uint64_t>(found->number) : std::nullopt;
+}
+
+std::optional<std::string> TextIn(std::string_view message, std::uint32_t field) {
+  const std::optional<RawField> found = LastField(message, field, kCounted);
+  return found ? std::optional<std::string>(found->text) : std::nullopt;
 }
 
 std::optional<int> SearchOutcome(const std::string& payload) {

@@ -14,6 +14,9 @@ namespace vptzctl {
 // the first to the last.
 std::optional<std::uint64_t> NumberIn(std::string_view message, std::uint32_t field);
 
+// The same for a text.
+std::optional<std::string> TextIn(std::string_view message, std::uint32_t field);
+
 // How a search ended: the number of cameras found, or a negative refusal. None
 // when the signal does not tell.
 std::optional<int> SearchOutcome(const std::string& payload);

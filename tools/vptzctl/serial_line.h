@@ -13,10 +13,12 @@ constexpr double kLargestSigned = std::numeric_limits<int>::max();
 
 // Those that serial lines have.
 inline Argument BaudRate() {
-  return Integer("--baud-rate", {1, kLargestSigned}, "bits per second")
+  return Integer("--baud-rate", {1, kLargestSigned}, "bits per second, as serial lines have them")
       .Placeholder("N")
-      .Usual({300, 600, 1200, 2400, 4800, 9600, 14400, 19200, 28800, 38400, 57600, 76800, 115200, 230400,
-              460800, 500000, 576000, 921600, 1000000})
+      .Usual({50,     75,     110,    134,     150,     200,     300,     600,     1200,    1800,    2400,
+              4800,   7200,   9600,   14400,   19200,   28800,   31250,   38400,   56000,   57600,   76800,
+              115200, 128000, 153600, 230400,  250000,  256000,  307200,  460800,  500000,  512000,  576000,
+              614400, 750000, 921600, 1000000, 1152000, 1500000, 2000000, 2500000, 3000000, 3500000, 4000000})
       .Else(std::uint32_t{9600});
 }
 
