@@ -1,3 +1,5 @@
+#include <chrono>
+
 #include "cli_test.h"
 
 namespace {
@@ -53,6 +55,35 @@ TEST_F(BusTest, AKilledBrokerIsNoConnection) {
   const RunResult result = Ctl("status --json");
   ExpectFailure(result, 3, "not_connected");
   EXPECT_THAT(result.errors, HasSubstr("cannot connect to the message bus at " + broker.address()));
+}
+
+// How long connecting to a broker that does not answer lasts.
+class SlowConnectionTest : public BusTest {
+ protected:
+  std::chrono::duration<double> Waited(const std::string& line, const Words& more_environment = {}) {
+    broker.Stop();
+    Words words = {"--bus", broker.address(), "--json"};
+    const Words rest = vptz_test::Split(line);
+    words.insert(words.end(), rest.begin(), rest.end());
+    Words all = environment();
+    all.insert(all.end(), more_environment.begin(), more_environment.end());
+    const auto begin = std::chrono::steady_clock::now();
+    ExpectFailure(RunTool(words, all), 3, "not_connected");
+    return std::chrono::steady_clock::now() - begin;
+  }
+};
+
+TEST_F(SlowConnectionTest, TheTimeOutIsThatOfConnectingToo) {
+  const auto waited = Waited("--timeout 1 status");
+  EXPECT_GE(waited.count(), 0.9);
+  EXPECT_LT(waited.count(), 1.9);
+}
+
+TEST_F(SlowConnectionTest, ALongTimeOutIsAwaited) { EXPECT_GE(Waited("--timeout 4 status").count(), 3.9); }
+
+TEST_F(SlowConnectionTest, TheUsersOwnSettingWins) {
+  const auto waited = Waited("--timeout 30 status", {"DORV_BUS_CONNECT_TIMEOUT=1"});
+  EXPECT_LT(waited.count(), 15);
 }
 
 TEST(NoBrokerTest, TheAddressOfTheEnvironmentIsNamed) {

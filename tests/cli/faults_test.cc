@@ -102,7 +102,8 @@ TEST_F(CliTest, FaultsAreSwitchedWhileTheServiceRuns) {
 TEST_F(CliTest, AFaultThatCannotBeIsRefusedWithItsReason) {
   const RunResult result = Ctl("--json fault add delay --method dance");
   ExpectFailure(result, 1, "bad_request");
-  EXPECT_THAT(result.errors, HasSubstr("\"method\" of a fault is no method of the service (bad_request, -1002)"));
+  EXPECT_THAT(result.errors,
+              HasSubstr("\"method\" of a fault is no method of the service (bad_request, -1002)"));
   EXPECT_EQ(CtlJson("fault list")["faults"], Json::array());
 }
 

@@ -78,11 +78,12 @@ CVptzDevice FindCamera(VptzClient& client, const std::string& text) {
 
 void RequireDatabase() {
   if (VptzModel::Instance().IsConnected()) return;
-  throw CommandError({"no_database",
-                      "the library has no database: its configuration file " + StateOf(ConfigFile(), R_OK) +
-                          ", its database " + StateOf(DatabaseFile(), R_OK | W_OK) +
-                          (IsThere(DatabaseFile()) ? "" : "; vptzd makes it when it starts"),
-                      ExitCode::kDatabase});
+  throw CommandError(
+      {"no_database",
+       "the library has no database: its configuration file " + StateOf(ConfigFile(), R_OK) +
+           ", its database " + StateOf(DatabaseFile(), R_OK | W_OK) +
+           (IsThere(DatabaseFile()) ? "; with -v the log tells more" : "; vptzd makes it when it starts"),
+       ExitCode::kDatabase});
 }
 
 }  // namespace vptzctl

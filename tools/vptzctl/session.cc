@@ -34,10 +34,11 @@ std::string DefaultAddress() {
 template <class Profile>
 Profile& ProfileAt(std::vector<Profile>& profiles, std::uint32_t number, const std::string& kind) {
   if (number <= profiles.size()) return profiles[number - 1];
-  throw CommandError(
-      {"unknown_profile",
-       "the number of " + kind + " profiles of this camera is " + std::to_string(profiles.size()),
-       ExitCode::kDatabase});
+  throw CommandError({"unknown_profile",
+                      "this camera has " + std::to_string(profiles.size()) + " " + kind + " profile" +
+                          (profiles.size() == 1 ? "" : "s") +
+                          ", counted from 1; 'vptzctl device show' lists them",
+                      ExitCode::kDatabase});
 }
 
 }  // namespace
@@ -57,12 +58,12 @@ void Session::Begin() {
   if (values_.count(kCamera) > 0) FindTheCamera();
   if (Has(kSlave)) FindTheSlave();
   if (needs != Needs::kBus) return;
-  SetDeadline();
   Connect();
+  SetDeadline();
 }
 
-// A command may make several calls, and the library some more by itself. What
-// is asked for is known by now.
+// A command may make several calls, and the library some more by itself.
+// Connecting has a limit of its own.
 void Session::SetDeadline() {
   if (timeout <= 0) return;
   constexpr std::chrono::milliseconds kSlack(500);  // for a call that ends in time

@@ -165,7 +165,9 @@ std::vector<Command> SignalCommands() {
        "monitor",
        "Prints the service's signals as they come, until Ctrl-C.",
        {"SubscribeAllSignal", "SubscribeSignal", "UnsubscribeSignal"},
-       {Text("--signal", "NAME", "only signals of this name, such as update_devices").Unreported(),
+       {Text("--signal", "NAME", "only signals of this name")
+            .Known({"update_devices", "finish/search_device"})
+            .Unreported(),
         Integer("--count", {1, kLargestInteger}, "end after so many signals").Placeholder("N").Unreported()},
        {},
        Monitor}};
