@@ -26,11 +26,3 @@ const char* DatabaseFile() {
 }
 
 }  // namespace vptz
-
-namespace vptzctl {
-
-const char* ConfigFile() { return vptz::ConfigFile(); }
-
-const char* DatabaseFile() { return vptz::DatabaseFile(); }
-
-}  // namespace vptzctl
