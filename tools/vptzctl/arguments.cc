@@ -60,6 +60,7 @@ std::string NamesOf(const Argument& argument) {
 
 std::string NumbersOf(const std::vector<std::uint32_t>& numbers) {
   std::vector<std::string> texts;
+  texts.reserve(numbers.size());
   for (const std::uint32_t number : numbers) texts.push_back(std::to_string(number));
   return Joined(texts, ", ");
 }

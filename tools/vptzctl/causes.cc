@@ -208,24 +208,34 @@ std::string TooLong(const Session& session) {
 }
 
 std::string StaysWhereItIs(Session& session) {
+  const bool wants_line = EqualIgnoringCase(session.Text("PROTOCOL"), "RS232");
+  if ((session.camera().protocol == "RS232") == wants_line) return "";
   const std::string way = session.camera().protocol == "RS232" ? "on a serial line" : "in the network";
   return CameraName(session) + " is " + way + " and stays there; " + session.Text("PROTOCOL") + " is not";
 }
 
+std::string FollowsItself(Session& session) {
+  const std::string address = session.slave() ? session.slave()->address : Host(session.Text("--address"));
+  return address == session.camera().address ? "a camera cannot follow itself" : "";
+}
+
+std::string UnknownMode(const std::string& mode) {
+  const bool is_known = mode == "AUTO" || mode == "MANUAL" || mode == "DEFAULT";
+  return is_known ? "" : Quoted(mode) + " is no mode of automatic focus; there are AUTO, MANUAL, DEFAULT";
+}
+
 std::string BadRequest(Session& session) {
   if (Is(session, "fault add")) return "";  // its answer tells the reason
-  const std::string too_long = TooLong(session);
+  std::string too_long = TooLong(session);
   if (!too_long.empty()) return too_long;
   if (Is(session, "device protocol")) return StaysWhereItIs(session);
-  if (Is(session, "device slave")) return "a camera cannot follow itself";
+  if (Is(session, "device slave")) return FollowsItself(session);
   if (Is(session, "device add") && session.Text("PROTOCOL") == "RS232") {
     return "the address of a serial camera is rs232://PORT/LINE/BAUD_RATE/UNIT; see 'vptzctl device "
            "add-serial'";
   }
   if (session.Has("ADDRESS")) return Quoted(session.Text("ADDRESS")) + " is no address";
-  if (!session.Has("--auto-focus-mode")) return "";
-  return Quoted(session.Text("--auto-focus-mode")) +
-         " is no mode of automatic focus; there are AUTO, MANUAL, DEFAULT";
+  return session.Has("--auto-focus-mode") ? UnknownMode(session.Text("--auto-focus-mode")) : "";
 }
 
 std::string UnknownMethod(Session& session) {

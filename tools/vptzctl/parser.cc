@@ -202,6 +202,7 @@ std::string UnknownOptionReason(const CLI::App& app, const std::vector<std::stri
   const std::string unknown = UnknownOption(words, options);
   if (unknown.empty()) return "";
   std::vector<std::string> names;
+  names.reserve(options.size());
   for (const Argument& option : options) names.push_back(option.name);
   return "there is no option " + unknown + Suggestion(unknown, names);
 }

@@ -158,9 +158,9 @@ std::vector<Argument> PasswordArguments(const std::string& needs) {
 
 std::string ReadPassword(Session& session) {
   session.StopClock();
-  const std::string password = session.Given(kFileOption)   ? FromFile(session.Text(kFileOption))
-                               : session.Flag(kInputOption) ? FromInput()
-                                                            : FromTerminal();
+  std::string password = session.Given(kFileOption)   ? FromFile(session.Text(kFileOption))
+                         : session.Flag(kInputOption) ? FromInput()
+                                                      : FromTerminal();
   session.StartClock();
   return password;
 }

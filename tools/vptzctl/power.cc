@@ -11,7 +11,7 @@ constexpr int kUnknownId = -1004;  // the reference service's refusal for a port
 
 // The port under the one name by which the tool adds and removes it.
 std::string Port(Session& session) {
-  const std::string port = DevicePath(session.Text("TTY"));
+  std::string port = DevicePath(session.Text("TTY"));
   session.result.SetArgument("tty", port);
   return port;
 }
@@ -47,6 +47,7 @@ void AskForAll(Session& session, const std::string& port) {
   const std::vector<StoredCamera> cameras = StoredSerialCameras();
   if (cameras.empty()) return;
   std::vector<std::string> names;
+  names.reserve(cameras.size());
   for (const StoredCamera& camera : cameras) names.push_back(CameraInWords(camera.id, camera.name));
   Confirm(session, "This sets the line of " + Joined(names, ", ") + " to " + port + " at " +
                        std::to_string(session.Integer("--baud-rate")) + " bits per second. Go on?");

@@ -40,7 +40,7 @@ std::uint32_t KnownId(Session& session) {
 
 // The preset that a verb is about, and that its result names.
 std::string TokenOf(Session& session) {
-  const std::string token = PresetToken(session, session.Text("TOKEN"));
+  std::string token = PresetToken(session, session.Text("TOKEN"));
   session.result.SetArgument("token", token);
   return token;
 }

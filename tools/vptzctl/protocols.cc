@@ -40,7 +40,7 @@ std::string ProtocolOrText(const std::string& text) {
 }
 
 std::string RequireProtocol(const std::string& text) {
-  const std::string spelled = SpelledProtocol(text);
+  std::string spelled = SpelledProtocol(text);
   if (spelled.empty()) throw CommandError({"unknown_protocol", NoSuchProtocol(text), ExitCode::kDatabase});
   return spelled;
 }
