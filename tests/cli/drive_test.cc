@@ -96,6 +96,21 @@ TEST_F(StopTest, AStopThatDoesNotArriveIsTriedAgain) {
   EXPECT_EQ(stops, 6);
 }
 
+// As when a terminal is closed: the kernel tells, and then the shell.
+TEST_F(StopTest, ASecondHangUpDoesNotKeepTheStopFromArriving) {
+  failing_stops = 1000;
+  Process drive(ToolOnBus("--json ptz drive 1 --pan 1 --for 3600"), environment());
+  ASSERT_TRUE(WaitUntil([this] { return velocities > 0; }));
+  drive.Signal(SIGHUP);
+  ASSERT_TRUE(WaitUntil([this] { return stops > 0; }));
+  drive.Signal(SIGHUP);
+  const int before = stops;
+  ASSERT_TRUE(WaitUntil([&] { return stops > before + 1; }));
+  failing_stops = 0;
+  EXPECT_EQ(drive.Wait(), 0);
+  EXPECT_EQ(Json::parse(drive.Output())["stopped"], true);
+}
+
 TEST_F(StopTest, AVelocityThatFailsOnTheWayEndsWithAStop) {
   accepted = 1;
   failing_stops = 1;

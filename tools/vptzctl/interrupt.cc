@@ -24,10 +24,10 @@ void OnSignal(int) {
   errno = saved;
 }
 
-void Catch(int number) {
+void Catch(int number, int more_flags) {
   struct sigaction action = {};
   action.sa_handler = OnSignal;
-  action.sa_flags = SA_RESTART | static_cast<int>(SA_RESETHAND);
+  action.sa_flags = SA_RESTART | more_flags;
   sigaction(number, &action, nullptr);
 }
 
@@ -55,9 +55,10 @@ bool ArrivedWithin(std::chrono::duration<double> time, int other) {
 Interrupt::Interrupt() {
   arrived = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
   if (arrived < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
-  Catch(SIGINT);
-  Catch(SIGTERM);
-  if (!IsIgnored(SIGHUP)) Catch(SIGHUP);
+  Catch(SIGINT, static_cast<int>(SA_RESETHAND));
+  Catch(SIGTERM, static_cast<int>(SA_RESETHAND));
+  // A terminal that goes sends it, and then its shell once more.
+  if (!IsIgnored(SIGHUP)) Catch(SIGHUP, 0);
 }
 
 bool Interrupt::Arrived() const { return ArrivedWithin(std::chrono::duration<double>(0), -1); }

@@ -8,8 +8,8 @@
 namespace vptzctl {
 
 // Catches the first SIGINT, SIGTERM and SIGHUP from its construction to the
-// program's end. A second one of a kind ends the program as usual, should a call
-// not return. A SIGHUP that is ignored stays ignored.
+// program's end. A second SIGINT or SIGTERM ends the program as usual, should a
+// call not return; a second SIGHUP does not. A SIGHUP that is ignored stays so.
 class Interrupt {
  public:
   Interrupt();
