@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstdint>
 #include <ctime>
+#include <iterator>
 #include <system_error>
 
 #include <poll.h>
@@ -16,25 +17,35 @@ namespace {
 // Readable for good once a signal arrived, so that none is lost between a look
 // and a wait. The handler needs it, hence one for the process.
 int arrived = -1;
+volatile std::sig_atomic_t caught = 0;
 
-void OnSignal(int) {
+constexpr int kNumbers[] = {SIGINT, SIGTERM, SIGHUP};
+struct sigaction before[std::size(kNumbers)];
+
+void Restore(std::size_t i) { sigaction(kNumbers[i], &before[i], nullptr); }
+
+// The second of a kind does what it did before, but for a hang-up: a terminal that
+// goes sends one, and then its shell once more.
+void OnSignal(int number) {
   const int saved = errno;
+  for (std::size_t i = 0; i < std::size(kNumbers); ++i) {
+    if (kNumbers[i] == number && number != SIGHUP) Restore(i);
+  }
+  caught = number;
   const std::uint64_t one = 1;
   [[maybe_unused]] const ssize_t written = write(arrived, &one, sizeof one);
   errno = saved;
 }
 
-void Catch(int number, int more_flags) {
+// A hang-up that is ignored, as nohup has it, stays so.
+void Catch() {
   struct sigaction action = {};
   action.sa_handler = OnSignal;
-  action.sa_flags = SA_RESTART | more_flags;
-  sigaction(number, &action, nullptr);
-}
-
-// As nohup has it.
-bool IsIgnored(int number) {
-  struct sigaction action = {};
-  return sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+  action.sa_flags = SA_RESTART;
+  for (std::size_t i = 0; i < std::size(kNumbers); ++i) {
+    sigaction(kNumbers[i], &action, &before[i]);
+    if (kNumbers[i] == SIGHUP && before[i].sa_handler == SIG_IGN) Restore(i);
+  }
 }
 
 // Whether a signal arrived. The wait also ends when `other` is readable; poll
@@ -55,11 +66,16 @@ bool ArrivedWithin(std::chrono::duration<double> time, int other) {
 Interrupt::Interrupt() {
   arrived = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
   if (arrived < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
-  Catch(SIGINT, static_cast<int>(SA_RESETHAND));
-  Catch(SIGTERM, static_cast<int>(SA_RESETHAND));
-  // A terminal that goes sends it, and then its shell once more.
-  if (!IsIgnored(SIGHUP)) Catch(SIGHUP, 0);
+  Catch();
 }
+
+Interrupt::~Interrupt() {
+  for (std::size_t i = 0; i < std::size(kNumbers); ++i) Restore(i);
+  close(arrived);
+  arrived = -1;
+}
+
+int Interrupt::Caught() { return caught; }
 
 bool Interrupt::Arrived() const { return ArrivedWithin(std::chrono::duration<double>(0), -1); }
 

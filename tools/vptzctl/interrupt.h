@@ -7,12 +7,19 @@
 
 namespace vptzctl {
 
-// Catches the first SIGINT, SIGTERM and SIGHUP from its construction to the
-// program's end. A second SIGINT or SIGTERM ends the program as usual, should a
-// call not return; a second SIGHUP does not. A SIGHUP that is ignored stays so.
+// Catches the first SIGINT, SIGTERM and SIGHUP in its life. A second SIGINT or
+// SIGTERM does what it would have done without it: it ends the program as usual,
+// should a call not return; a second SIGHUP does not. A SIGHUP that is ignored stays
+// so. One at a time.
 class Interrupt {
  public:
   Interrupt();
+  ~Interrupt();
+  Interrupt(const Interrupt&) = delete;
+  Interrupt& operator=(const Interrupt&) = delete;
+
+  // The signal that an Interrupt of this process caught last; 0 before.
+  static int Caught();
 
   bool Arrived() const;
 

@@ -14,8 +14,8 @@
 namespace vptzctl {
 namespace {
 
-ExitCode RunCommand(const Invocation& invocation, Output* output) {
-  Session session(invocation, *output);
+ExitCode RunCommand(const Invocation& invocation, KeptClients* kept, Output* output) {
+  Session session(invocation, *output, kept);
   try {
     session.Begin();
     return invocation.command->run(session);
@@ -29,18 +29,21 @@ ExitCode RunCommand(const Invocation& invocation, Output* output) {
   }
 }
 
+}  // namespace
+
 ExitCode FailWithUsage(const UsageError& error, bool json) {
   Output output(json);
   output.Fail({}, {"usage", error.what(), ExitCode::kUsage}, std::nullopt);
   return ExitCode::kUsage;
 }
 
-ExitCode RunInvocation(const Invocation& invocation) {
+ExitCode RunInvocation(const Invocation& invocation, KeptClients* kept) {
   Output output(invocation.json);
   ExitCode exit_code = ExitCode::kDone;
   if (invocation.command) {
-    PrepareEnvironment(invocation);
-    exit_code = RunCommand(invocation, &output);
+    // Of several commands it is the first one's: threads read the environment then.
+    if (kept == nullptr) PrepareEnvironment(invocation);
+    exit_code = RunCommand(invocation, kept, &output);
   } else {
     output.Print(invocation.text);
   }
@@ -50,8 +53,6 @@ ExitCode RunInvocation(const Invocation& invocation) {
   }
   return exit_code;
 }
-
-}  // namespace
 
 int Run(int argc, const char* const* argv) noexcept {
   try {

@@ -4,6 +4,8 @@
 #include <chrono>
 #include <cstdlib>
 
+#include <vptz/model/vptzmodel.h>
+
 #include "broker.h"
 #include "camera.h"
 #include "causes.h"
@@ -43,12 +45,13 @@ Profile& ProfileAt(std::vector<Profile>& profiles, std::uint32_t number, const s
 
 }  // namespace
 
-Session::Session(const Invocation& invocation, Output& destination)
+Session::Session(const Invocation& invocation, Output& destination, KeptClients* kept)
     : timeout(invocation.timeout),
       output(destination),
       result(Describe(*invocation.command, invocation.values)),
       invocation_(invocation),
-      values_(invocation.values) {}
+      values_(invocation.values),
+      kept_(kept) {}
 
 void Session::Begin() {
   const Needs needs = invocation_.command->needs;
@@ -65,7 +68,8 @@ void Session::Begin() {
 // A command may make several calls, and the library some more by itself.
 // Connecting has a limit of its own.
 void Session::SetDeadline() {
-  if (timeout <= 0) return;
+  // Of several commands each call has its time-out: the program must not end.
+  if (timeout <= 0 || kept_ != nullptr) return;
   constexpr std::chrono::milliseconds kSlack(500);  // for a call that ends in time
   deadline_.emplace(std::chrono::seconds(timeout) + kSlack, [this, asked = result] {
     output.Fail(asked, Explained(-ETIMEDOUT), -ETIMEDOUT);
@@ -85,21 +89,40 @@ void Session::MeetDeadline() {
   if (deadline_) deadline_->Meet();
 }
 
+void Session::OpenLibrary() {
+  if (kept_ == nullptr) {
+    client_ = &own_.bus.emplace();
+    return;
+  }
+  // Made again as long as there is no database: it may have come meanwhile.
+  if (!kept_->lookup || !VptzModel::Instance().IsConnected()) kept_->lookup.emplace();
+  const bool connects = invocation_.command->needs == Needs::kBus;
+  if (connects && !kept_->bus) kept_->bus.emplace();
+  client_ = connects ? &*kept_->bus : &*kept_->lookup;
+}
+
+VptzClient& Session::Lookup() { return kept_ != nullptr ? *kept_->lookup : *client_; }
+
 void Session::FindTheCamera() {
-  camera_ = FindCamera(*client_, Text(kCamera));
+  camera_ = FindCamera(Lookup(), Text(kCamera));
+  camera_->SetVptzClient(client_);
   result.SetArgument("camera", camera_->id);
 }
 
 // Before the client is connected, or each device would be asked about.
 void Session::FindTheSlave() {
-  slave_ = FindCamera(*client_, Text(kSlave));
+  slave_ = FindCamera(Lookup(), Text(kSlave));
+  slave_->SetVptzClient(client_);
   result.SetArgument("slave", slave_->id);
 }
 
 void Session::Connect() {
+  KeptClients& clients = kept_ != nullptr ? *kept_ : own_;
+  if (clients.connected) return;
   const std::string& bus = invocation_.bus;
   const auto begin = std::chrono::steady_clock::now();
-  if (client_->Connect("vptzctl", bus.empty() ? nullptr : bus.c_str()) == 0) return;
+  clients.connected = client_->Connect("vptzctl", bus.empty() ? nullptr : bus.c_str()) == 0;
+  if (clients.connected) return;
   const std::string address = bus.empty() ? DefaultAddress() : bus;
   throw CommandError({"not_connected",
                       "cannot connect to the message bus at " + address + ": " +
@@ -142,7 +165,7 @@ void Session::ReloadCamera() {
   fresh.LoadDeviceInfo();
   fresh.LoadPtzInfo();
   fresh.LoadMediaInfo();
-  fresh.SetVptzClient(&*client_);
+  fresh.SetVptzClient(client_);
   camera_ = fresh;
 }
 

@@ -19,17 +19,27 @@ namespace vptzctl {
 
 struct Invocation;
 
+// The library's clients of a process that runs several commands: the connection
+// is made once. Cameras are looked up by a client that never connects, for the
+// service would be asked about each of them by one that did.
+struct KeptClients {
+  std::optional<VptzClient> lookup;
+  std::optional<VptzClient> bus;
+  bool connected = false;  // the bus library sees to it from then on
+};
+
 class Session {
  public:
-  // `result` begins with the command's name and its arguments.
-  Session(const Invocation& invocation, Output& output);
+  // `result` begins with the command's name and its arguments. Without `kept`
+  // the clients end with the session.
+  Session(const Invocation& invocation, Output& output, KeptClients* kept = nullptr);
 
   // Opens the database, finds the camera and connects, as far as the command
   // needs it. Throws CommandError.
   void Begin();
 
   // Makes the client, and with it opens the library's database.
-  void OpenLibrary() { client_.emplace(); }
+  void OpenLibrary();
 
   // The value of an argument: of a number that is not given kVptzNotCommanded,
   // of a text that is not given an empty one.
@@ -52,6 +62,7 @@ class Session {
 
   bool HasCamera() const { return camera_.has_value(); }
 
+  const Invocation& invocation() const { return invocation_; }
   VptzClient& client() { return *client_; }
 
   // The camera that --slave names; none without it.
@@ -96,6 +107,7 @@ class Session {
 
  private:
   const Value& At(const std::string& name) const { return values_.at(name); }
+  VptzClient& Lookup();  // not connected, or not yet
   void FindTheCamera();
   void FindTheSlave();
   void Connect();
@@ -105,7 +117,9 @@ class Session {
   const Invocation& invocation_;
   const Values& values_;
   std::optional<Deadline> deadline_;
-  std::optional<VptzClient> client_;
+  KeptClients own_;
+  KeptClients* const kept_;  // null: this command is the only one
+  VptzClient* client_ = nullptr;
   std::optional<CVptzDevice> camera_;
   std::optional<CVptzDevice> slave_;
 };
