@@ -87,6 +87,16 @@ TEST(ManualTest, DescribesEveryCommandAndExitCode) {
   EXPECT_THAT(page.output, HasSubstr("7  the database lacks"));
 }
 
+TEST(ManualTest, NamesTheEnvironmentTheFilesAndOtherPages) {
+  const RunResult page =
+      vptz_test::Run({"man", "--local-file", "--pager=cat", VPTZCTL_MANUAL}, {"MANWIDTH=400", "LC_ALL=C"});
+  for (const char* name : {"DORV_BUS_ADDRESS", "DORV_BUS_SETTINGS", "DORV_BUS_CONNECT_TIMEOUT",
+                           "ZERK_LOG_LEVEL", "ZERK_LOG_TARGET", "NO_COLOR", "TERM", "TZ", "/etc/dorv/bus.conf",
+                           "/run/dorv/bus.sock", "vptz.conf", "vptz.db", "vptzd(1)", "mosquitto(8)"}) {
+    EXPECT_THAT(page.output, HasSubstr(name));
+  }
+}
+
 TEST(ManualTest, GivesTheFormatterNoReasonToWarn) {
   const RunResult result = vptz_test::Run({"man", "--warnings", "--local-file", "--pager=cat", VPTZCTL_MANUAL},
                                           {"MANWIDTH=80", "LC_ALL=C"});

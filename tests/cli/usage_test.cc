@@ -149,6 +149,21 @@ TEST(UsageTextTest, TheValueOfAnUnknownOptionIsNotRepeated) {
               testing::Not(HasSubstr("secret")));
 }
 
+TEST(HelpTest, HelpOfACommandOrGroupIsItsOwn) {
+  EXPECT_EQ(RunTool({"help"}).output, RunTool({"--help"}).output);
+  EXPECT_EQ(RunTool({"help", "ptz"}).output, RunTool({"ptz", "--help"}).output);
+  EXPECT_EQ(RunTool({"help", "ptz", "move"}).output, RunTool({"ptz", "move", "--help"}).output);
+  EXPECT_THAT(RunTool({"help", "ptz"}).output, HasSubstr("\n  ptz stop CAMERA"));
+}
+
+TEST(HelpTest, HelpOfWhatIsNoCommandIsAMistake) {
+  const RunResult result = RunTool({"help", "ptz", "dance"});
+  EXPECT_EQ(result.exit_code, 2);
+  EXPECT_EQ(result.output, "");
+  EXPECT_THAT(result.errors, HasSubstr("there is no command \"ptz dance\""));
+  ExpectFailure(RunTool({"--json", "help", "dance"}), 2, "usage");
+}
+
 TEST(HelpTest, AMistakePointsToTheHelpOfItsCommand) {
   EXPECT_THAT(RunTool({"ptz", "move", "x", "--roll"}).errors, HasSubstr("see 'vptzctl ptz move --help'"));
   EXPECT_THAT(RunTool({"power"}).errors, HasSubstr("see 'vptzctl power --help'"));

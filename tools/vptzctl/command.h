@@ -58,6 +58,7 @@ std::vector<Command> PowerCommands();
 std::vector<Command> ProfileCommands();
 std::vector<Command> DatabaseCommands();
 std::vector<Command> FaultCommands();
+std::vector<Command> HelpCommands();
 
 }  // namespace vptzctl
 

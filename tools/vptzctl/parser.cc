@@ -49,7 +49,8 @@ std::string Overview() {
 }
 
 std::string Operations(const Command& command) {
-  return "Uses of the library: " + Joined(command.operations, ", ") +
+  const std::string uses = Joined(command.operations, ", ");
+  return (uses.empty() ? "Uses nothing of the library." : "Uses of the library: " + uses) +
          "\nOptions of every command, exit codes: vptzctl --help";
 }
 
@@ -86,6 +87,7 @@ void AddOption(CLI::App* app, const Argument& argument, Values* values) {
   CLI::Option* option = app->add_option(argument.name, Into(values, argument), help);
   option->type_name(argument.placeholder)->option_text(ValueText(argument))->required(MustBeGiven(argument));
   if (argument.kind == Kind::kTexts) option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  if (argument.kind == Kind::kTexts && !argument.IsOption()) option->expected(-1)->allow_extra_args();
 }
 
 void Relate(CLI::App* app, const Argument& argument) {

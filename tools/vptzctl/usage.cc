@@ -9,6 +9,7 @@ std::string InBrackets(const Argument& argument) {
   const std::string value = argument.placeholder.empty() ? "" : " " + argument.placeholder;
   if (argument.IsOption())
     return "[" + argument.name + value + "]" + (argument.kind == Kind::kTexts ? "..." : "");
+  if (argument.kind == Kind::kTexts) return "[" + argument.name + "...]";
   return argument.optional ? "[" + argument.name + "]" : argument.name;
 }
 

@@ -1,5 +1,6 @@
 #include "command.h"
 #include "failures.h"
+#include "library_files.h"
 #include "pages.h"
 #include "usage.h"
 
@@ -81,10 +82,28 @@ std::string ExitStatus() {
 std::string Environment() {
   return ".SH ENVIRONMENT\n" +
          Item(Bold("DORV_BUS_ADDRESS"), "where the message bus is, when --bus does not tell") +
+         Item(Bold("DORV_BUS_SETTINGS"),
+              "the file with user, password and TLS of the bus; without it /etc/dorv/bus.conf") +
+         Item(Bold("DORV_BUS_CONNECT_TIMEOUT"),
+              "how long connecting to the bus may take, whole seconds; --timeout sets it unless it is set") +
+         Item(Bold("ZERK_LOG_LEVEL"),
+              "the least severe level that the library logs: error, warning (unless told otherwise), notice or "
+              "detail") +
+         Item(Bold("ZERK_LOG_TARGET"), "where it logs: stderr (unless told otherwise), syslog, or file:PATH") +
          Item(Bold("NO_COLOR"), "when it is set and not empty, output has no colours on a terminal either") +
-         Item(Bold("ZERK_LOG_LEVEL") + ", " + Bold("ZERK_LOG_TARGET"),
-              "what the library logs, and where; standard error unless told otherwise");
+         Item(Bold("TERM"), "on a terminal of the kind dumb output has no colours and is not redrawn") +
+         Item(Bold("TZ"), "the time zone of the times that monitor prints");
 }
+
+std::string Files() {
+  return ".SH FILES\n" +
+         Item(Bold(ConfigFile()), "the library's time-out and preset shift; without it there is no database") +
+         Item(Bold(DatabaseFile()), "the library's database, which the service writes") +
+         Item(Bold("/etc/dorv/bus.conf"), "user, password and TLS of the message bus, when there are any") +
+         Item(Bold("/run/dorv/bus.sock"), "where the message bus is unless something else is told");
+}
+
+std::string SeeAlso() { return ".SH SEE ALSO\n.BR vptzd (1),\n.BR mosquitto (8),\n.BR sqlite3 (1)\n"; }
 
 std::string Example(const std::string& command) { return ".B " + Plain(command) + "\n.br\n"; }
 
@@ -108,7 +127,7 @@ std::string ManualPage() {
          "its id in the database or by its name in the network. \\(lqdone\\(rq means that the service has "
          "accepted "
          "the command; a motion goes on by itself.\n" +
-         Options() + AllCommands() + ExitStatus() + Environment() + Examples();
+         Options() + AllCommands() + ExitStatus() + Environment() + Files() + Examples() + SeeAlso();
 }
 
 }  // namespace vptzctl

@@ -1,0 +1,55 @@
+#include <algorithm>
+
+#include "command.h"
+#include "parser.h"
+#include "session.h"
+
+namespace vptzctl {
+namespace {
+
+bool IsGroup(const std::string& name) {
+  const auto& groups = Groups();
+  return std::any_of(groups.begin(), groups.end(), [&](const Group& group) { return group.name == name; });
+}
+
+bool IsCommand(const std::string& name) {
+  const auto& commands = Commands();
+  return std::any_of(commands.begin(), commands.end(),
+                     [&](const Command& command) { return command.Name() == name; });
+}
+
+// What "vptzctl WORDS... --help" prints.
+std::string HelpText(const std::vector<std::string>& words) {
+  std::vector<const char*> argv = {"vptzctl"};
+  for (const std::string& word : words) argv.push_back(word.c_str());
+  argv.push_back("--help");
+  return Parse(static_cast<int>(argv.size()), argv.data()).text;
+}
+
+ExitCode Help(Session& session) {
+  const std::vector<std::string> words = session.Texts("COMMAND");
+  const std::string name = Joined(words, " ");
+  if (!name.empty() && !IsGroup(name) && !IsCommand(name)) {
+    throw CommandError(
+        {"usage", "there is no command \"" + name + "\"; 'vptzctl help' lists them", ExitCode::kUsage});
+  }
+  session.output.Print(HelpText(words));
+  return ExitCode::kDone;
+}
+
+}  // namespace
+
+std::vector<Command> HelpCommands() {
+  return {{"",
+           "help",
+           "Tells what a command does and takes, or lists a group of commands, or all of them.",
+           {},
+           {Texts("COMMAND", "", "the command, such as ptz move, or the group, such as ptz")
+                .Optional()
+                .Unreported()},
+           {},
+           Help,
+           Needs::kNothing}};
+}
+
+}  // namespace vptzctl
