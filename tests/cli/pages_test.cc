@@ -1,4 +1,4 @@
-// The completion script and the manual page that the build makes.
+// The completion script for bash and the manual page that the build makes.
 #include <fstream>
 #include <sstream>
 

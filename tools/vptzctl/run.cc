@@ -6,6 +6,7 @@
 #include <string>
 
 #include "command.h"
+#include "completion.h"
 #include "environment.h"
 #include "output.h"
 #include "parser.h"
@@ -56,6 +57,7 @@ ExitCode RunInvocation(const Invocation& invocation, KeptClients* kept) {
 
 int Run(int argc, const char* const* argv) noexcept {
   try {
+    if (argc > 1 && std::string(argv[1]) == "complete") return PrintCompletion({argv + 2, argv + argc});
     return static_cast<int>(RunInvocation(Parse(argc, argv)));
   } catch (const UsageError& error) {
     // A line that cannot be read may still say how it wants to be answered.

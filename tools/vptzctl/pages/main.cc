@@ -1,4 +1,4 @@
-// Writes vptzctl.bash and vptzctl.1 into a folder.
+// Writes the completion scripts and vptzctl.1 into a folder.
 #include <cstdio>
 #include <exception>
 #include <fstream>
@@ -21,6 +21,8 @@ int main(int argc, char** argv) {
     if (argc != 2) throw std::runtime_error("usage: vptzctl_pages FOLDER");
     const std::string folder = argv[1];
     Write(folder + "/vptzctl.bash", vptzctl::BashCompletion());
+    Write(folder + "/vptzctl.zsh", vptzctl::ZshCompletion());
+    Write(folder + "/vptzctl.fish", vptzctl::FishCompletion());
     Write(folder + "/vptzctl.1", vptzctl::ManualPage());
     return 0;
   } catch (const std::exception& error) {

@@ -6,8 +6,10 @@
 
 namespace vptzctl {
 
-// A completion script for bash.
+// A completion script for each shell.
 std::string BashCompletion();
+std::string ZshCompletion();
+std::string FishCompletion();
 
 // The manual page vptzctl(1), in the macros of man(7).
 std::string ManualPage();
