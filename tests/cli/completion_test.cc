@@ -110,6 +110,7 @@ TEST_F(CompletionOfValuesTest, PresetsAreThoseOfTheCamera) {
   EXPECT_THAT(Offered({"preset", "goto", "camera-2", ""}), Not(Contains("preset2")));
   EXPECT_EQ(Offered({"preset", "remove", "1", "--id", ""}), (Words{"1", "2", "3"}));
   EXPECT_THAT(Complete({"preset", "goto", "1", "preset1"}).output, HasSubstr("preset1\tStage\n"));
+  EXPECT_EQ(Offered({"preset", "goto", "1", "Le"}), Words{"Lectern"});
 }
 
 TEST_F(CompletionOfValuesTest, ProfilesAreCountedByKind) {
@@ -127,6 +128,7 @@ TEST_F(CompletionOfValuesTest, ProtocolsComeFromTheDatabase) {
 TEST_F(CompletionOfValuesTest, SignalsChoicesAndCommandsAreKnown) {
   EXPECT_EQ(Offered({"monitor", "--signal", ""}), (Words{"update_devices", "finish/search_device"}));
   EXPECT_EQ(Offered({"serial", "reset2p0", ""}), (Words{"on", "off"}));
+  EXPECT_EQ(Offered({"image", "set", "1", "--auto-focus", ""}), (Words{"off", "on", "manual", "auto"}));
   EXPECT_EQ(Offered({"help", "ptz", "st"}), Words{"stop"});
   EXPECT_EQ(Offered({"ptz", "move", "1", "--pan"}), (Words{"--pan", "--pan-speed"}));
 }
@@ -174,12 +176,13 @@ TEST_F(CompletionOfValuesTest, NamesThatWouldDisturbATerminalAreNotOffered) {
   Sql("UPDATE device SET host_name = 'one' || char(27) || '[2J' WHERE id = 1;"
       "UPDATE preset SET name = 'a' || char(10) || 'b' WHERE ptz = 2 AND preset_id = 1;");
   EXPECT_EQ(Offered({"ptz", "move", ""}), (Words{"camera-2", "1", "2"}));
-  EXPECT_EQ(Offered({"preset", "goto", "2", ""}).size(), 3u);
+  EXPECT_EQ(Offered({"preset", "goto", "2", ""}),
+            (Words{"preset1", "preset2", "preset3", "Lectern", "Audience"}));
 }
 
 TEST_F(CompletionOfValuesTest, BashAsksTheTool) {
   EXPECT_EQ(OfferedByBash({"ptz", "move", "ca"}), (Words{"camera-1", "camera-2"}));
-  EXPECT_EQ(OfferedByBash({"preset", "goto", "camera-1", ""}), (Words{"preset1", "preset2", "preset3"}));
+  EXPECT_EQ(OfferedByBash({"preset", "goto", "camera-1", "p"}), (Words{"preset1", "preset2", "preset3"}));
   EXPECT_EQ(OfferedByBash({"help", "power", "st"}), Words{"status"});
 }
 
@@ -198,7 +201,7 @@ TEST_F(CompletionOfValuesTest, FishOffersCommandsOptionsAndValues) {
   EXPECT_EQ(OfferedByFish("vptzctl --bus ptz pow"), Words{"power"});
   EXPECT_EQ(OfferedByFish("vptzctl ptz move 1 --pan"), (Words{"--pan", "--pan-speed"}));
   EXPECT_EQ(OfferedByFish("vptzctl ptz move ca"), (Words{"camera-1", "camera-2"}));
-  EXPECT_EQ(OfferedByFish("vptzctl preset goto --profile 1 camera-2 "),
+  EXPECT_EQ(OfferedByFish("vptzctl preset goto --profile 1 camera-2 pre"),
             (Words{"preset1", "preset2", "preset3"}));
   EXPECT_EQ(OfferedByFish("vptzctl serial reset2p0 on"), Words{"on"});
   EXPECT_EQ(OfferedByFish("vptzctl help power o"), (Words{"off", "on"}));

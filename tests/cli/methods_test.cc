@@ -93,7 +93,7 @@ constexpr MethodCase kMethods[] = {
 };
 
 // Commands whose output is no single object; they have tests of their own.
-const std::set<std::string> kStreams = {"help", "monitor"};
+const std::set<std::string> kStreams = {"help", "monitor", "shell"};
 
 // Whether two values have the same members in the same order, their objects and
 // arrays too. What is not known, or empty, has any shape.

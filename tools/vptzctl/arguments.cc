@@ -245,6 +245,14 @@ std::string Joined(const std::vector<std::string>& texts, const std::string& sep
   return joined;
 }
 
+std::vector<std::string> FixedValues(const Argument& argument) {
+  std::vector<std::string> values = argument.choices;
+  values.insert(values.end(), argument.known.begin(), argument.known.end());
+  for (const auto& word : argument.words) values.push_back(word.first);
+  for (const std::uint32_t number : argument.usual) values.push_back(std::to_string(number));
+  return values;
+}
+
 std::string HelpWithRules(const Argument& argument) {
   std::string help = argument.help;
   const bool numeric = argument.kind == Kind::kNumber || argument.kind == Kind::kInteger;

@@ -78,6 +78,9 @@ constexpr char kProfile[] = "--profile";
 Argument Camera();
 Argument Profile(const std::string& what);
 
+// The values that are known of the argument itself, as they are typed.
+std::vector<std::string> FixedValues(const Argument& argument);
+
 // The help text with limits, default and companions behind it.
 std::string HelpWithRules(const Argument& argument);
 

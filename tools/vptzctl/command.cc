@@ -10,7 +10,7 @@ std::vector<Command> AllSubjects() {
   for (const auto& subject :
        {ConnectionCommands, SignalCommands, RegistryCommands, DiscoveryCommands, MaintenanceCommands,
         MotionCommands, DriveCommands, ProfileCommands, PresetCommands, ImagingCommands, FocusCommands,
-        NatCommands, PowerCommands, DatabaseCommands, FaultCommands, HelpCommands}) {
+        NatCommands, PowerCommands, DatabaseCommands, FaultCommands, HelpCommands, ShellCommands}) {
     std::vector<Command> rows = subject();
     all.insert(all.end(), std::make_move_iterator(rows.begin()), std::make_move_iterator(rows.end()));
   }

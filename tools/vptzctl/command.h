@@ -59,6 +59,7 @@ std::vector<Command> ProfileCommands();
 std::vector<Command> DatabaseCommands();
 std::vector<Command> FaultCommands();
 std::vector<Command> HelpCommands();
+std::vector<Command> ShellCommands();
 
 }  // namespace vptzctl
 

@@ -8,11 +8,11 @@
 #include <ctime>
 #include <optional>
 
-#include <fcntl.h>
 #include <sys/time.h>
 #include <unistd.h>
 
 #include "command.h"
+#include "errors_silenced.h"
 #include "known_values.h"
 #include "people.h"
 #include "usage.h"
@@ -137,9 +137,10 @@ std::vector<Candidate> Options(const Command* command) {
 }
 
 std::vector<Candidate> ValuesOf(const LineSoFar& line, const Library& library) {
+  if (ToldByTheTool(*line.wanted)) return KnownValues(line, library);
   std::vector<Candidate> values;
-  for (const std::string& choice : line.wanted->choices) values.push_back({choice, ""});
-  return values.empty() ? KnownValues(line, library) : values;
+  for (const std::string& text : FixedValues(*line.wanted)) values.push_back({text, ""});
+  return values;
 }
 
 // "help" takes the words of a command.
@@ -190,12 +191,6 @@ void EndWhenWaiting() {
   setitimer(ITIMER_REAL, &every, nullptr);
 }
 
-// The library's log goes there, too.
-void SilenceErrors() {
-  const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-  if (nowhere >= 0) dup2(nowhere, STDERR_FILENO);
-}
-
 // As they were typed: the word under the cursor may have an open quote.
 std::vector<std::string> Unquoted(const std::vector<std::string>& typed) {
   std::vector<std::string> words;
@@ -244,7 +239,7 @@ Completion Complete(const std::vector<std::string>& words, const Library& librar
 int PrintCompletion(const std::vector<std::string>& arguments) noexcept {
   try {
     EndWhenWaiting();
-    SilenceErrors();
+    const ErrorsSilenced silenced;
     Print(arguments);
   } catch (const std::exception&) {
     // A person who presses a key wants candidates, no reasons.

@@ -2,10 +2,8 @@
 
 #include <algorithm>
 
-#include <vptz/model/protocol.h>
-#include <vptz/model/vptzmodel.h>
-
 #include "command.h"
+#include "protocols.h"
 
 namespace vptzctl {
 namespace {
@@ -58,7 +56,13 @@ std::vector<VptzPresetData> Presets(const LineSoFar& line, const Library& librar
 
 Candidates PresetTokens(const LineSoFar& line, const Library& library) {
   Candidates tokens;
-  for (const VptzPresetData& preset : Presets(line, library)) tokens.push_back({preset.token, preset.name});
+  const std::vector<VptzPresetData> presets = Presets(line, library);
+  for (const VptzPresetData& preset : presets) tokens.push_back({preset.token, preset.name});
+  for (const VptzPresetData& preset : presets) {
+    const auto has_name = [&](const VptzPresetData& other) { return other.name == preset.name; };
+    const bool one = std::count_if(presets.begin(), presets.end(), has_name) == 1;
+    if (one && preset.name != preset.token) tokens.push_back({preset.name, preset.token});
+  }
   return tokens;
 }
 
@@ -88,11 +92,8 @@ Candidates Profiles(const LineSoFar& line, const Library& library) {
 
 Candidates Protocols(const LineSoFar&, const Library& library) {
   library();
-  std::vector<Protocol*> rows;
-  Protocol::QueryAll(&rows, 0, 0);
   Candidates names;
-  for (const Protocol* row : rows) names.push_back({row->name(), ""});
-  VptzModel::CleanQuery(&rows);
+  for (const std::string& name : AllProtocols()) names.push_back({name, ""});
   return names;
 }
 

@@ -153,6 +153,10 @@ void OnSignal(bus_client*, void*, const char* name, const void* payload, std::in
                   length > 0 ? std::string(bytes, static_cast<std::size_t>(length)) : std::string()});
 }
 
+void ForgetSignals() {
+  while (TheQueue().Take()) continue;
+}
+
 std::optional<Signal> TakeSignal(const Interrupt& interrupt, std::chrono::duration<double> time) {
   if (std::optional<Signal> signal = TheQueue().Take()) return signal;
   interrupt.WaitFor(time, TheQueue().readable());

@@ -23,6 +23,9 @@ struct Signal {
 // to tell subscriptions apart: there is one queue for the program.
 void OnSignal(bus_client*, void*, const char* name, const void* payload, std::int32_t length);
 
+// Drops what came and was not taken.
+void ForgetSignals();
+
 // The oldest signal that came and was not taken yet; waits for one until the
 // time is over or the program is interrupted.
 std::optional<Signal> TakeSignal(const Interrupt& interrupt, std::chrono::duration<double> time);

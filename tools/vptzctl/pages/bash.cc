@@ -70,30 +70,19 @@ std::string CommandFunction() {
   return text + "    *) options='' valued='' words='' ;;\n  esac\n}\n";
 }
 
-std::string Values(const Argument& argument) {
-  if (!argument.choices.empty()) {
-    return "COMPREPLY=($(compgen -W " + Quoted(Joined(argument.choices, " ")) + " -- \"$current\"))";
+std::string ValuesOf(const Argument& argument) {
+  if (ToldByTheTool(argument)) return "_vptzctl_ask";
+  if (!FixedValues(argument).empty()) {
+    return "COMPREPLY=($(compgen -W " + Quoted(Joined(FixedValues(argument), " ")) + " -- \"$current\"))";
   }
-  if (argument.kind != Kind::kFile) return "_vptzctl_ask";
   return "compopt -o filenames 2>/dev/null; COMPREPLY=($(compgen -f -- \"$current\"))";
-}
-
-// Completes the value of an option, or of an argument by its place.
-std::string ValueFunction() {
-  std::string text = "_vptzctl_value() {\n  case $1 in\n";
-  for (const ValuePlace& place : ValuePlaces()) {
-    const std::string which =
-        place.any_place ? Quoted(place.command + " ") + "*" : Quoted(place.command + " " + place.place);
-    text += "    " + which + ") " + Values(*place.argument) + " ;;\n";
-  }
-  return text + "  esac\n}\n";
 }
 
 }  // namespace
 
 std::string BashCompletion() {
   return "# Completion of vptzctl for bash. Made from the tool's command table.\n\n" + CommandFunction() +
-         "\n" + ValueFunction() + kFunction;
+         "\n" + ValueFunction(ValuesOf) + kFunction;
 }
 
 }  // namespace vptzctl

@@ -74,18 +74,18 @@ std::string Function(const std::string& name, std::string (*body)(const Scope&))
   return text + "    end\nend\n\n";
 }
 
-std::string Values(const Argument& argument) {
-  if (!argument.choices.empty()) return "printf '%s\\n' " + Joined(argument.choices, " ");
+std::string ValuesOf(const Argument& argument) {
+  if (ToldByTheTool(argument)) return "__vptzctl_ask";
   if (argument.kind == Kind::kFile) return "__fish_complete_path (commandline -ct)";
-  return "__vptzctl_ask";
+  return "printf '%s\\n' " + Joined(FixedValues(argument), " ");
 }
 
 std::string ValueFunction() {
   std::string text = "function __vptzctl_value\n    switch \"$argv[1]\"\n";
   for (const ValuePlace& place : ValuePlaces()) {
     const std::string where = place.any_place ? "*" : place.place;
-    text += "        case " + Quoted(place.command + " " + where) + "\n            " + Values(*place.argument) +
-            "\n";
+    text += "        case " + Quoted(place.command + " " + where) + "\n            " +
+            ValuesOf(*place.argument) + "\n";
   }
   return text + "    end\nend\n";
 }

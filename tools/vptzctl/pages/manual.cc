@@ -92,7 +92,9 @@ std::string Environment() {
          Item(Bold("ZERK_LOG_TARGET"), "where it logs: stderr (unless told otherwise), syslog, or file:PATH") +
          Item(Bold("NO_COLOR"), "when it is set and not empty, output has no colours on a terminal either") +
          Item(Bold("TERM"), "on a terminal of the kind dumb output has no colours and is not redrawn") +
-         Item(Bold("TZ"), "the time zone of the times that monitor prints");
+         Item(Bold("TZ"), "the time zone of the times that monitor prints") +
+         Item(Bold("XDG_STATE_HOME") + ", " + Bold("HOME") + ", " + Bold("INPUTRC"),
+              "where the shell remembers lines, and how its keys are set; see readline(3)");
 }
 
 std::string Files() {
@@ -100,10 +102,14 @@ std::string Files() {
          Item(Bold(ConfigFile()), "the library's time-out and preset shift; without it there is no database") +
          Item(Bold(DatabaseFile()), "the library's database, which the service writes") +
          Item(Bold("/etc/dorv/bus.conf"), "user, password and TLS of the message bus, when there are any") +
+         Item(Bold("~/.local/state/vptzctl/history"),
+              "lines that were typed in the shell, when XDG_STATE_HOME does not tell another folder") +
          Item(Bold("/run/dorv/bus.sock"), "where the message bus is unless something else is told");
 }
 
-std::string SeeAlso() { return ".SH SEE ALSO\n.BR vptzd (1),\n.BR mosquitto (8),\n.BR sqlite3 (1)\n"; }
+std::string SeeAlso() {
+  return ".SH SEE ALSO\n.BR vptzd (1),\n.BR mosquitto (8),\n.BR readline (3),\n.BR sqlite3 (1)\n";
+}
 
 std::string Example(const std::string& command) { return ".B " + Plain(command) + "\n.br\n"; }
 
@@ -111,7 +117,7 @@ std::string Examples() {
   return ".SH EXAMPLES\n" + Example("vptzctl device list") + Example("vptzctl ptz move 1 --pan -30 --tilt 10") +
          Example("vptzctl ptz watch 1 --until-still") + Example("vptzctl preset goto stage-left preset2") +
          Example("vptzctl device login 1 admin --password-file secret") +
-         Example("vptzctl --json power status");
+         Example("vptzctl --json power status") + Example("vptzctl shell < commands");
 }
 
 }  // namespace

@@ -30,7 +30,7 @@ std::vector<Candidate> FirstWords() {
 }
 
 bool CanBeCompleted(const Argument& argument) {
-  return !argument.choices.empty() || argument.kind == Kind::kFile || ToldByTheTool(argument);
+  return !FixedValues(argument).empty() || argument.kind == Kind::kFile || ToldByTheTool(argument);
 }
 
 }  // namespace
@@ -54,6 +54,15 @@ std::vector<ValuePlace> ValuePlaces() {
     }
   }
   return places;
+}
+
+std::string ValueFunction(std::string (*values)(const Argument&)) {
+  std::string text = "_vptzctl_value() {\n  case $1 in\n";
+  for (const ValuePlace& place : ValuePlaces()) {
+    const std::string where = place.any_place ? " '*" : " " + place.place + "'";
+    text += "    '" + place.command + where + ") " + values(*place.argument) + " ;;\n";
+  }
+  return text + "  esac\n}\n";
 }
 
 std::string OptionNames(const std::vector<Argument>& options, bool valued_only) {

@@ -27,6 +27,10 @@ struct ValuePlace {
 };
 std::vector<ValuePlace> ValuePlaces();
 
+// In the words of bash and zsh, a function that completes the value of an option,
+// or of an argument by its place, by what `values` says of it.
+std::string ValueFunction(std::string (*values)(const Argument&));
+
 // Those that take a value, or all; with blanks between.
 std::string OptionNames(const std::vector<Argument>& options, bool valued_only);
 

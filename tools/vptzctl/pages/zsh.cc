@@ -78,26 +78,16 @@ std::string CommandFunction() {
   return text + "    *) flags=() valued=() verbs=() ;;\n  esac\n}\n";
 }
 
-std::string Values(const Argument& argument) {
-  if (!argument.choices.empty()) return "compadd -- " + Joined(argument.choices, " ");
-  return argument.kind == Kind::kFile ? "_files" : "_vptzctl_ask";
-}
-
-std::string ValueFunction() {
-  std::string text = "_vptzctl_value() {\n  case $1 in\n";
-  for (const ValuePlace& place : ValuePlaces()) {
-    const std::string which =
-        place.any_place ? Quoted(place.command + " ") + "*" : Quoted(place.command + " " + place.place);
-    text += "    " + which + ") " + Values(*place.argument) + " ;;\n";
-  }
-  return text + "  esac\n}\n";
+std::string ValuesOf(const Argument& argument) {
+  if (ToldByTheTool(argument)) return "_vptzctl_ask";
+  return argument.kind == Kind::kFile ? "_files" : "compadd -- " + Joined(FixedValues(argument), " ");
 }
 
 }  // namespace
 
 std::string ZshCompletion() {
   return "#compdef vptzctl\n# Completion of vptzctl for zsh. Made from the tool's command table.\n\n" +
-         CommandFunction() + "\n" + ValueFunction() + kFunction;
+         CommandFunction() + "\n" + ValueFunction(ValuesOf) + kFunction;
 }
 
 }  // namespace vptzctl
