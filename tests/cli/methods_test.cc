@@ -59,6 +59,7 @@ constexpr MethodCase kMethods[] = {
     {"preset set 1 --id 1", "set_preset"},
     {"preset remove 1 preset1", "remove_preset"},
     {"preset remove 1 --id 1", "remove_preset"},
+    {"preset export 1", ""},
     {"preset refresh 1", "update_device_presets"},
     {"preset refresh 1 --profile 1", "update_presets"},
     {"image show 1", "get_media_profiles"},
@@ -93,7 +94,7 @@ constexpr MethodCase kMethods[] = {
 };
 
 // Commands whose output is no single object; they have tests of their own.
-const std::set<std::string> kStreams = {"help", "monitor", "shell"};
+const std::set<std::string> kStreams = {"help", "monitor", "preset import", "shell"};
 
 // Whether two values have the same members in the same order, their objects and
 // arrays too. What is not known, or empty, has any shape.

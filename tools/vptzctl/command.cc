@@ -7,10 +7,10 @@ namespace {
 
 std::vector<Command> AllSubjects() {
   std::vector<Command> all;
-  for (const auto& subject :
-       {ConnectionCommands, SignalCommands, RegistryCommands, DiscoveryCommands, MaintenanceCommands,
-        MotionCommands, DriveCommands, ProfileCommands, PresetCommands, ImagingCommands, FocusCommands,
-        NatCommands, PowerCommands, DatabaseCommands, FaultCommands, HelpCommands, ShellCommands}) {
+  for (const auto& subject : {ConnectionCommands, SignalCommands, RegistryCommands, DiscoveryCommands,
+                              MaintenanceCommands, MotionCommands, DriveCommands, ProfileCommands,
+                              PresetCommands, PresetFileCommands, ImagingCommands, FocusCommands, NatCommands,
+                              PowerCommands, DatabaseCommands, FaultCommands, HelpCommands, ShellCommands}) {
     std::vector<Command> rows = subject();
     all.insert(all.end(), std::make_move_iterator(rows.begin()), std::make_move_iterator(rows.end()));
   }

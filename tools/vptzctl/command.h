@@ -51,6 +51,7 @@ std::vector<Command> MaintenanceCommands();
 std::vector<Command> MotionCommands();
 std::vector<Command> DriveCommands();
 std::vector<Command> PresetCommands();
+std::vector<Command> PresetFileCommands();
 std::vector<Command> ImagingCommands();
 std::vector<Command> FocusCommands();
 std::vector<Command> NatCommands();

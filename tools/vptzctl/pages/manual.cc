@@ -117,7 +117,8 @@ std::string Examples() {
   return ".SH EXAMPLES\n" + Example("vptzctl device list") + Example("vptzctl ptz move 1 --pan -30 --tilt 10") +
          Example("vptzctl ptz watch 1 --until-still") + Example("vptzctl preset goto stage-left preset2") +
          Example("vptzctl device login 1 admin --password-file secret") +
-         Example("vptzctl --json power status") + Example("vptzctl shell < commands");
+         Example("vptzctl --json power status") + Example("vptzctl shell < commands") +
+         Example("vptzctl preset export 1 presets.json");
 }
 
 }  // namespace
