@@ -17,12 +17,34 @@ Words Split(const std::string& line) {
   return words;
 }
 
-std::string Page() {
-  const std::ifstream file(VPTZCTL_PAGE);
+std::vector<std::string> Lines(const std::string& text) {
+  std::istringstream stream(text);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
+}
+
+std::string Content(const std::string& path) {
+  const std::ifstream file(path);
   std::ostringstream text;
   text << file.rdbuf();
   return text.str();
 }
+
+std::size_t Count(const std::string& text, const std::string& part) {
+  std::size_t count = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+  return count;
+}
+
+Words InTerminal(const Words& words) {
+  // A shell that stayed between would die of an interrupt itself.
+  std::string command = "exec ";
+  for (const std::string& word : words) command += word + " ";
+  return {VPTZ_SCRIPT, "--quiet", "--return", "--command", command, "/dev/null"};
+}
+
+std::string Page() { return Content(VPTZCTL_PAGE); }
 
 RunResult RunTool(const Words& words, const Words& environment) {
   Words argv = {VPTZCTL};

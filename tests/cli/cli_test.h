@@ -26,6 +26,16 @@ Words Split(const std::string& line);
 // The text of docs/vptzctl.md.
 std::string Page();
 
+// The lines of a text, the text of a file.
+std::vector<std::string> Lines(const std::string& text);
+std::string Content(const std::string& path);
+
+// How often a text holds another one.
+std::size_t Count(const std::string& text, const std::string& part);
+
+// Runs a command line in a terminal of its own; keys are written to its input.
+Words InTerminal(const Words& words);
+
 // Runs vptzctl with nothing around it; VPTZ_TEST_FOLDER in the environment says
 // where its configuration file and its database are.
 RunResult RunTool(const Words& words, const Words& environment = {});

@@ -1,5 +1,4 @@
 // The completion script for bash and the manual page that the build makes.
-#include <fstream>
 #include <sstream>
 
 #include "cli_test.h"
@@ -29,13 +28,6 @@ Words Offered(const Words& words) {
   EXPECT_EQ(result.exit_code, 0) << result.errors;
   EXPECT_EQ(result.errors, "");
   return vptz_test::Split(result.output);
-}
-
-std::string Manual() {
-  const std::ifstream file(VPTZCTL_MANUAL);
-  std::ostringstream text;
-  text << file.rdbuf();
-  return text.str();
 }
 
 TEST(CompletionTest, IsSoundBash) {
@@ -105,7 +97,7 @@ TEST(ManualTest, GivesTheFormatterNoReasonToWarn) {
 }
 
 TEST(ManualTest, EveryDashCanBeCopiedFromIt) {
-  std::istringstream lines(Manual());
+  std::istringstream lines(vptz_test::Content(VPTZCTL_MANUAL));
   for (std::string line; std::getline(lines, line);) {
     if (line.rfind('.', 0) == 0 && line.rfind(".B ", 0) != 0) continue;
     const std::size_t dash = line.find("--");

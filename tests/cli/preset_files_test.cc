@@ -3,8 +3,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 #include "cli_test.h"
 #include "support/wait_until.h"
@@ -14,19 +12,13 @@ namespace {
 using testing::HasSubstr;
 using vptz_test::BusTest;
 using vptz_test::CliTest;
+using vptz_test::Content;
 using vptz_test::ExpectFailure;
+using vptz_test::InTerminal;
 using vptz_test::Json;
 using vptz_test::Process;
 using vptz_test::RunResult;
 using vptz_test::WaitUntil;
-using vptz_test::Words;
-
-std::string Content(const std::string& path) {
-  const std::ifstream file(path);
-  std::ostringstream text;
-  text << file.rdbuf();
-  return text.str();
-}
 
 class PresetFilesTest : public CliTest {
  protected:
@@ -128,10 +120,8 @@ TEST_F(PresetFilesTest, TheCameraDoesNotMoveUnasked) {
   const std::string path = Near();
   ExpectFailure(Ctl("--json preset import 1 " + path), 2, "not_confirmed");
   EXPECT_TRUE(Preset("a").is_null());
-  std::string command = "exec ";
-  for (const std::string& word : ToolOnBus("preset import 1 " + path)) command += word + " ";
   for (const std::string answer : {"n\n", "y\n"}) {
-    Process terminal({VPTZ_SCRIPT, "--quiet", "--return", "--command", command, "/dev/null"}, environment());
+    Process terminal(InTerminal(ToolOnBus("preset import 1 " + path)), environment());
     ASSERT_TRUE(WaitUntil([&] { return terminal.Output().find("Go on? [y/N] ") != std::string::npos; }));
     EXPECT_THAT(terminal.Output(), HasSubstr("move to 2 positions"));
     terminal.Write(answer);

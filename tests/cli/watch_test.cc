@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <sstream>
 
 #include <vptz/vptz_data.h>
 
@@ -16,29 +15,16 @@ using testing::HasSubstr;
 using vptz_test::BusTest;
 using vptz_test::CliTest;
 using vptz_test::FakeService;
+using vptz_test::InTerminal;
 using vptz_test::Json;
+using vptz_test::Lines;
 using vptz_test::Process;
 using vptz_test::RunResult;
 using vptz_test::WaitUntil;
 using vptz_test::Words;
 
-std::vector<std::string> Lines(const std::string& text) {
-  std::istringstream stream(text);
-  std::vector<std::string> lines;
-  for (std::string line; std::getline(stream, line);) lines.push_back(line);
-  return lines;
-}
-
 class WatchTest : public CliTest {
  protected:
-  // Runs in a terminal of its own; keys are written to its input.
-  Words InTerminal(const std::string& line) const {
-    // A shell that stayed between would die of the interrupt itself.
-    std::string command = "exec ";
-    for (const std::string& word : ToolOnBus(line)) command += word + " ";
-    return {VPTZ_SCRIPT, "--quiet", "--return", "--command", command, "/dev/null"};
-  }
-
   Words Terminal(const std::string& kind) const { return {environment()[0], "TERM=" + kind, "NO_COLOR=1"}; }
 
   static bool WaitForLines(const Process& process, std::size_t count) {
@@ -123,7 +109,7 @@ TEST_F(BusTest, UntilStillComparesPositionsWhereSpeedsAreUnknown) {
 }
 
 TEST_F(WatchTest, RedrawsOnATerminal) {
-  Process terminal(InTerminal("ptz watch 1 --interval 0.01"), Terminal("xterm"));
+  Process terminal(InTerminal(ToolOnBus("ptz watch 1 --interval 0.01")), Terminal("xterm"));
   ASSERT_TRUE(WaitUntil([&] { return terminal.Output().find("\x1b[7A") != std::string::npos; }))
       << terminal.Output();
   terminal.Write("\x03");
@@ -133,7 +119,7 @@ TEST_F(WatchTest, RedrawsOnATerminal) {
 }
 
 TEST_F(WatchTest, ATerminalThatCannotRedrawGetsLines) {
-  Process terminal(InTerminal("ptz watch 1 --interval 0.01"), Terminal("dumb"));
+  Process terminal(InTerminal(ToolOnBus("ptz watch 1 --interval 0.01")), Terminal("dumb"));
   ASSERT_TRUE(WaitForLines(terminal, 3));
   terminal.Write("\x03");
   EXPECT_EQ(terminal.Wait(), 0);

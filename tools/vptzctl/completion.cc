@@ -105,24 +105,6 @@ class Reader {
 
 // ---- candidates ----------------------------------------------------------------
 
-std::vector<Candidate> FirstWords() {
-  std::vector<Candidate> words;
-  for (const Command& command : Commands()) {
-    if (command.group.empty()) words.push_back({command.verb, command.help});
-  }
-  for (const Group& group : Groups()) words.push_back({group.name, group.help});
-  return words;
-}
-
-std::vector<Candidate> NextWords(const std::string& group) {
-  if (group.empty()) return FirstWords();
-  std::vector<Candidate> words;
-  for (const Command& command : Commands()) {
-    if (command.group == group) words.push_back({command.verb, command.help});
-  }
-  return words;
-}
-
 std::vector<Candidate> Options(const Command* command) {
   std::vector<Candidate> options;
   const auto add = [&](const std::vector<Argument>& arguments) {
@@ -223,6 +205,16 @@ void Print(std::vector<std::string> arguments) {
 }
 
 }  // namespace
+
+std::vector<Candidate> NextWords(const std::string& group) {
+  std::vector<Candidate> words;
+  for (const Command& command : Commands()) {
+    if (command.group == group) words.push_back({command.verb, command.help});
+  }
+  if (!group.empty()) return words;
+  for (const Group& each : Groups()) words.push_back({each.name, each.help});
+  return words;
+}
 
 Completion Complete(const std::vector<std::string>& words, const Library& library) {
   Reader reader;

@@ -31,6 +31,10 @@ using Library = std::function<VptzClient&()>;
 // program's name.
 Completion Complete(const std::vector<std::string>& words, const Library& library);
 
+// The words that bring a command line nearer to a command: behind nothing, or behind
+// a group.
+std::vector<Candidate> NextWords(const std::string& group);
+
 // Whether the values of that argument come from the database or from a list of
 // the tool's, so that only the tool can tell them.
 bool ToldByTheTool(const Argument& argument);

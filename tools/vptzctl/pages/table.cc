@@ -15,20 +15,6 @@ std::vector<Argument> OptionsOf(const std::vector<Argument>& arguments) {
   return options;
 }
 
-std::vector<Candidate> VerbsOf(const std::string& group) {
-  std::vector<Candidate> verbs;
-  for (const Command& command : Commands()) {
-    if (command.group == group) verbs.push_back({command.verb, command.help});
-  }
-  return verbs;
-}
-
-std::vector<Candidate> FirstWords() {
-  std::vector<Candidate> words = VerbsOf("");
-  for (const Group& group : Groups()) words.push_back({group.name, group.help});
-  return words;
-}
-
 bool CanBeCompleted(const Argument& argument) {
   return !FixedValues(argument).empty() || argument.kind == Kind::kFile || ToldByTheTool(argument);
 }
@@ -36,8 +22,8 @@ bool CanBeCompleted(const Argument& argument) {
 }  // namespace
 
 std::vector<Scope> Scopes() {
-  std::vector<Scope> scopes = {{"", FirstWords(), OptionsOf({})}};
-  for (const Group& group : Groups()) scopes.push_back({group.name, VerbsOf(group.name), OptionsOf({})});
+  std::vector<Scope> scopes = {{"", NextWords(""), OptionsOf({})}};
+  for (const Group& group : Groups()) scopes.push_back({group.name, NextWords(group.name), OptionsOf({})});
   for (const Command& command : Commands())
     scopes.push_back({command.Name(), {}, OptionsOf(command.arguments)});
   return scopes;
