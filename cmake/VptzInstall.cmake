@@ -50,12 +50,14 @@ function(vptz_install_package)
   export(EXPORT vptz_clientTargets NAMESPACE vptz:: FILE ${PROJECT_BINARY_DIR}/vptz_clientTargets.cmake)
   file(RELATIVE_PATH vptz_prefix_from_pkgconfig
     ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
-  configure_file(${PROJECT_SOURCE_DIR}/cmake/vptz_client.pc.in ${PROJECT_BINARY_DIR}/vptz_client.pc @ONLY)
+  foreach(module vptz_client vptz_model)
+    configure_file(${PROJECT_SOURCE_DIR}/cmake/${module}.pc.in ${PROJECT_BINARY_DIR}/${module}.pc @ONLY)
+  endforeach()
 
   install(EXPORT vptz_clientTargets NAMESPACE vptz:: DESTINATION ${vptz_config_folder} COMPONENT development)
   install(FILES ${PROJECT_BINARY_DIR}/vptz_clientConfig.cmake ${PROJECT_BINARY_DIR}/vptz_clientConfigVersion.cmake
     DESTINATION ${vptz_config_folder} COMPONENT development)
-  install(FILES ${PROJECT_BINARY_DIR}/vptz_client.pc
+  install(FILES ${PROJECT_BINARY_DIR}/vptz_client.pc ${PROJECT_BINARY_DIR}/vptz_model.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/vptz ${VPTZ_MODEL_INCLUDE_DIR}/vptz
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
