@@ -38,11 +38,21 @@ class Connected(unittest.TestCase):
         return self.client.ptz_profile(1, "ptz0").pan.speed == 0.0
 
 
+def is_stopped(thread: pathlib.Path) -> bool:
+    """Whether a thread, named by its folder in /proc, stands still or has ended."""
+    try:
+        return (thread / "stat").read_text().rpartition(")")[2].split()[0] == "T"
+    except (FileNotFoundError, ProcessLookupError):
+        return True
+
+
 @contextlib.contextmanager
 def stopped(process: str) -> Iterator[int]:
-    """Holds BROKER or SERVICE still."""
+    """Holds BROKER or SERVICE still: none of its threads runs any more."""
     pid = int(os.environ[f"VPTZ_TEST_{process}"])
     os.kill(pid, signal.SIGSTOP)
+    while not all(is_stopped(thread) for thread in pathlib.Path(f"/proc/{pid}/task").iterdir()):
+        time.sleep(0.001)
     try:
         yield pid
     finally:
