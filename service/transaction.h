@@ -14,7 +14,7 @@ namespace vptzd {
 
 // A transaction on a connection of the service's own: the model changes a row,
 // or inserts rows of one class, in a transaction each. The thread that has begun
-// one uses the model for nothing else until it has ended. Whoever uses it includes
+// one uses the model for nothing else until it has ended. A source that uses it includes
 // the mapper's header of the row's class.
 class Transaction {
  public:

@@ -110,7 +110,7 @@ TEST(NoBrokerTest, AServerThatTakesNoConnectionIsNamedSo) {
               HasSubstr("at mqtt://127.0.0.1:1: Connection refused; is the broker running?\n"));
 }
 
-TEST(NoBrokerTest, TheLogIsShownToWhoeverAsksForIt) {
+TEST(NoBrokerTest, TheLogIsShownToAUserWhoAsksForIt) {
   const Words quiet = {"--bus", "unix:/nowhere", "status"};
   EXPECT_THAT(RunTool(quiet).errors, testing::Not(HasSubstr("Failed to connect")));
   EXPECT_THAT(RunTool({"-v", "--bus", "unix:/nowhere", "status"}).errors, HasSubstr("Failed to connect"));

@@ -117,7 +117,7 @@ std::vector<Command> DriveCommands() {
         Number("--tilt", "DEG/S", "deg/s", "velocity in degrees per second, positive upwards"),
         Number("--zoom", "X/S", "x/s", "velocity in magnification per second, positive zooms in"),
         NumberWithin("--for", "S", "s", {0.01, 86400},
-                     "repeat the velocity for so many seconds, then stop; Ctrl-C stops at once"),
+                     "repeat the velocity for that many seconds, then stop; Ctrl-C stops at once"),
         Profile("PTZ profile")},
        {"--pan", "--tilt", "--zoom"},
        Drive}};

@@ -147,7 +147,7 @@ void TellLine(int line, bool goes_on) {
                goes_on ? "" : "; the lines behind it were not run");
 }
 
-// Whoever interrupts one of many commands means them all.
+// A user who interrupts one of many commands means them all.
 void EndIfInterrupted() {
   if (Interrupt::Caught() != 0) raise(Interrupt::Caught());
 }

@@ -134,7 +134,7 @@ DORV_BUS_API void bus_client_free(bus_client* client);
  * -EKEYREJECTED  the broker refused user name, password or certificate
  * -EACCES        the broker does not allow this client to connect or to
  *                receive replies
- * -EPROTO        whoever answers there speaks no MQTT 5
+ * -EPROTO        what answers there speaks no MQTT 5
  * -EOPNOTSUPP    the broker does not offer what the bus needs (QoS 1, retained
  *                messages, wildcards, subscription identifiers); the log tells
  *                which
