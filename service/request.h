@@ -26,7 +26,8 @@ AxisValues Velocities(const tutorial::PtzCommand& command);
 
 // Answers with what `action`, a Status (Camera&, const tutorial::PtzCommand&),
 // returns for the camera that the command is about, whether or not it is logged
-// in to. Whoever follows that camera does the same, as far as it can.
+// in to. The camera that follows it does the same, as far as it can: one that was
+// logged out in motion is still stopped.
 template <class Action>
 tutorial::VptzResponse OnAnyPtz(World& world, const tutorial::VptzCommand& command, Action action) {
   if (!command.has_ptz_command()) return Answer(Status::kBadRequest);
@@ -35,7 +36,7 @@ tutorial::VptzResponse OnAnyPtz(World& world, const tutorial::VptzCommand& comma
   if (status == Status::kDone) status = action(member->camera, command.ptz_command());
   if (status != Status::kDone) return Answer(status);
   Member* follower = member->follower == 0 ? nullptr : world.MemberOfDevice(member->follower);
-  if (world.CheckUsable(follower, command.method_name()) == Status::kDone) {
+  if (world.CheckThere(follower, command.method_name()) == Status::kDone) {
     action(follower->camera, command.ptz_command());
   }
   return Answer(Status::kDone);

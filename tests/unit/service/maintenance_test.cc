@@ -123,6 +123,26 @@ TEST_F(MaintenanceTest, SlaveDoesWhatItsLeaderDoesUntilTheCouplingEnds) {
   EXPECT_EQ(simulation_->Look(2).pan().position(), 20.0);
 }
 
+TEST_F(MaintenanceTest, LoggedOutSlaveIsStoppedWithItsLeaderButNotMoved) {
+  EXPECT_EQ(Status("set_slave_device", Slave(1, "192.0.2.2")), 0);
+  VptzCommand drive;
+  drive.mutable_ptz_command()->set_ptz_id(1);
+  drive.mutable_ptz_command()->set_pan_velocity(10.0);
+  EXPECT_EQ(Status("continuous_move", drive), 0);
+  Wait(1s);
+  EXPECT_EQ(Status("logout", OfDevice(2)), 0);
+  VptzCommand stop;
+  stop.mutable_ptz_command()->set_ptz_id(1);
+  stop.mutable_ptz_command()->set_stop_pan(true);
+  EXPECT_EQ(Status("ptz_stop", stop), 0);
+  Wait(1s);
+  EXPECT_EQ(simulation_->Look(2).pan().speed(), 0.0);
+  const double stopped_at = simulation_->Look(2).pan().position();
+  EXPECT_EQ(Status("absolute_move", Turn(1, 0.0)), 0);
+  Wait(1s);
+  EXPECT_EQ(simulation_->Look(2).pan().position(), stopped_at);
+}
+
 TEST_F(MaintenanceTest, SlaveIsAnotherDeviceThatTakesTheCredentials) {
   EXPECT_EQ(Status("set_slave_device", Slave(1, "192.0.2.9")), -1004);
   EXPECT_EQ(Status("set_slave_device", Slave(1, "192.0.2.201")), -1004) << "not known yet";
