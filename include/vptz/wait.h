@@ -18,12 +18,16 @@
 
 #include <vptz/vptz_client.h>
 
-// Calls `done`, a bool (), until it returns true. False when the limit is over.
+// Calls `done`, a bool (), until it returns true. False when the limit is over; one
+// of more than a year counts as a year.
 template <class Done>
 bool VptzWaitUntil(Done done, std::chrono::milliseconds limit,
                    std::chrono::milliseconds pause = std::chrono::milliseconds(100)) {
   using std::chrono::steady_clock;
-  const steady_clock::time_point end = steady_clock::now() + limit;
+  // The clock cannot tell times as far away as a limit can be.
+  constexpr std::chrono::hours kYear(365 * 24);
+  const steady_clock::time_point end =
+      steady_clock::now() + (limit < kYear ? limit : std::chrono::milliseconds(kYear));
   while (!done()) {
     const steady_clock::duration left = end - steady_clock::now();
     if (left <= steady_clock::duration::zero()) return false;

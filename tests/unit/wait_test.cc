@@ -49,6 +49,12 @@ TEST(WaitUntilTest, LimitOfZeroAsksOnce) {
   EXPECT_EQ(asked, 1);
 }
 
+TEST(WaitUntilTest, LongestLimitIsNotOverAtOnce) {
+  int asked = 0;
+  EXPECT_TRUE(VptzWaitUntil([&] { return ++asked == 3; }, milliseconds::max(), kNoPause));
+  EXPECT_EQ(asked, 3);
+}
+
 TEST(WaitUntilTest, PauseDoesNotOutlastTheLimit) {
   EXPECT_FALSE(VptzWaitUntil([] { return false; }, milliseconds(20), hours(1)));
 }
