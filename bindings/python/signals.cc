@@ -152,8 +152,11 @@ void Unsubscribe(Client& client, const std::string& signal) {
   UnsubscribeAtBus(client, signal, session);
 }
 
-// The bus library goes on; nobody listens.
-void UnsubscribeAll(Client& client) { Places()[PlaceFor(client, Kind::kAllSignals, "")] = {}; }
+// The bus library goes on calling the place's function; so the place stays the
+// client's, and nobody listens.
+void UnsubscribeAll(Client& client) {
+  Places()[PlaceFor(client, Kind::kAllSignals, "")].callback = py::function();
+}
 
 std::optional<unsigned int> UpdatedDevice(const std::string& payload) {
   tutorial::DeviceCommand device;
@@ -206,12 +209,11 @@ Listener::Listener(Client& client, const std::string& signal)
   }
 }
 
-// A subscription that stays at the bus does no harm: nobody listens.
+// A subscription that stays at the bus keeps its place: nobody listens, and nobody
+// else gets its signals.
 Listener::~Listener() {
-  Place& place = Places()[place_];
-  auto& listeners = place.listeners;
+  auto& listeners = Places()[place_].listeners;
   listeners.erase(std::remove(listeners.begin(), listeners.end(), payload_), listeners.end());
-  if (place.used() && !place.callback && listeners.empty()) place = {};
 }
 
 void Listener::End() {

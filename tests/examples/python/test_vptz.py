@@ -184,6 +184,20 @@ class SignalsTest(Connected):
         self.client.search(wait=True)
         self.assertEqual(signals, [])
 
+    def test_what_one_client_ends_does_not_come_to_another(self) -> None:
+        names: List[str] = []
+        self.client.subscribe_all(lambda name, payload: None)
+        self.client.unsubscribe_all()
+        other = vptz.Client()
+        other.connect("python-test-other")
+        self.addCleanup(other.disconnect)
+        other.subscribe_all(lambda name, payload: names.append(name))
+        for _ in range(3):
+            self.assertEqual(self.client.search(wait=True), 0)
+        self.assertTrue(wait_until(lambda: names.count("finish/search_device") >= 3))
+        self.assertEqual(names.count("finish/search_device"), 3)
+        other.unsubscribe_all()
+
     def test_the_end_of_a_search_is_told_as_a_number(self) -> None:
         results: List[Optional[int]] = []
         self.client.subscribe_search_finish(results.append)
