@@ -74,7 +74,7 @@ int Connection::Connect(std::unique_lock<std::mutex>& lock, std::shared_ptr<void
   connecting_.erase(std::remove(connecting_.begin(), connecting_.end(), &waiter), connecting_.end());
   if (result < 0) {
     // A caller that sees the failure finds its reason in the log, unless that is
-    // stuck.
+    // stuck or his time is over.
     lock.unlock();
     log_.Wait(std::min(waiter.deadline, Clock::now() + std::chrono::milliseconds(100)));
     lock.lock();

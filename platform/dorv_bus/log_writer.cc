@@ -56,8 +56,10 @@ void LogWriter::Add(int level, const char* file, int line, const char* function,
       state_->running = true;
     }
   } catch (const std::exception&) {  // no memory, no thread
-    state_->missing += static_cast<int>(state_->lines.size());
-    state_->lines.clear();
+    ++state_->missing;
+    if (!state_->running) {
+      state_->lines.clear();
+    }
   }
 }
 
