@@ -147,6 +147,7 @@ std::vector<CameraIds> StoreNewCameras(const std::vector<const Camera*>& cameras
   std::vector<CameraIds> ids;
   if (cameras.empty()) return ids;
   std::vector<Kind> kinds;
+  kinds.reserve(cameras.size());
   for (const Camera* camera : cameras) kinds.push_back(KindOf(camera->description()));
   told(1, cameras.size());
   Transaction transaction;
@@ -283,6 +284,7 @@ bool Begin(Member* member, AxisRows* axes) {
 // Gives those cameras rows; they stay unknown when the database does not take them.
 void StoreNew(const std::vector<Member*>& members, const StoringTold& told) {
   std::vector<const Camera*> cameras;
+  cameras.reserve(members.size());
   for (const Member* member : members) cameras.push_back(&member->camera);
   const std::vector<CameraIds> ids = StoreNewCameras(cameras, told);
   for (std::size_t i = 0; i < ids.size(); ++i) members[i]->ids = ids[i];
