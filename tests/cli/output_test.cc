@@ -2,6 +2,7 @@
 #include "people.h"
 
 #include "cli_test.h"
+#include "printable.h"
 
 namespace {
 
@@ -23,6 +24,27 @@ TEST(OutputTest, NumbersAreShortAndKeepWhatMatters) {
 TEST(OutputTest, ControlCharactersAreMadeVisible) {
   EXPECT_EQ(vptzctl::Printable("a\x1b[31m\n\x7f"), "a\\x1b[31m\\x0a\\x7f");
   EXPECT_EQ(vptzctl::Printable("Kamera Süd"), "Kamera Süd");
+}
+
+TEST(OutputTest, ControlCharactersOfTheUpperHalfAreMadeVisible) {
+  EXPECT_EQ(vptzctl::Printable("\xc2\x9b"
+                               "31m"),
+            "\\xc2\\x9b31m");
+  EXPECT_EQ(vptzctl::Printable("a\xe2\x80\xa8"), "a\\xe2\\x80\\xa8");
+}
+
+TEST(OutputTest, MarksThatTurnTheDirectionOfWritingAreMadeVisible) {
+  EXPECT_EQ(vptzctl::Printable("Stage\xe2\x80\xae"
+                               "1"),
+            "Stage\\xe2\\x80\\xae1");
+  EXPECT_EQ(vptzctl::Printable("\xe2\x81\xa6"), "\\xe2\\x81\\xa6");
+}
+
+TEST(OutputTest, BytesThatAreNoTextAreMadeVisible) {
+  EXPECT_EQ(vptzctl::Printable("\xff\xc3"), "\\xff\\xc3");
+  EXPECT_EQ(vptzctl::Printable("\xc0\x9b"), "\\xc0\\x9b") << "overlong";
+  EXPECT_EQ(vptzctl::Printable("\xed\xa0\x80"), "\\xed\\xa0\\x80") << "a surrogate";
+  EXPECT_EQ(vptzctl::Printable("日本語 🎥"), "日本語 🎥");
 }
 
 TEST_F(CliTest, ArgumentsCannotControlTheTerminal) {

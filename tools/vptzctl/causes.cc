@@ -5,6 +5,7 @@
 #include "arguments.h"
 #include "people.h"
 #include "presets.h"
+#include "printable.h"
 #include "protocols.h"
 #include "serial_line.h"
 #include "session.h"

@@ -1,7 +1,6 @@
 #include "completion.h"
 
 #include <algorithm>
-#include <cctype>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -14,7 +13,7 @@
 #include "command.h"
 #include "errors_silenced.h"
 #include "known_values.h"
-#include "people.h"
+#include "printable.h"
 #include "usage.h"
 #include "words.h"
 
@@ -141,10 +140,7 @@ std::vector<Candidate> Candidates(const Reader& reader, const LineSoFar& line, c
 }
 
 // What would play tricks on a terminal, or be two lines, is not offered.
-bool CanBeOffered(const std::string& text) {
-  return !text.empty() &&
-         std::none_of(text.begin(), text.end(), [](unsigned char c) { return std::iscntrl(c) != 0; });
-}
+bool CanBeOffered(const std::string& text) { return !text.empty() && Printable(text) == text; }
 
 // ---- the verb ------------------------------------------------------------------
 

@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "people.h"
+#include "printable.h"
 
 namespace vptzctl {
 namespace {

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "arguments.h"
+#include "printable.h"
 
 namespace vptzctl {
 namespace {
@@ -232,21 +233,6 @@ std::string Quoted(const std::string& text) {
   constexpr std::size_t kLongest = 64;
   const bool is_plain = std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
   return is_plain && text.size() <= kLongest ? "\"" + text + "\"" : "that was given";
-}
-
-std::string Printable(const std::string& text) {
-  std::string clean;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x20 || byte == 0x7f) {
-      char escaped[8];
-      std::snprintf(escaped, sizeof escaped, "\\x%02x", byte);
-      clean += escaped;
-    } else {
-      clean += c;
-    }
-  }
-  return clean;
 }
 
 }  // namespace vptzctl

@@ -48,9 +48,6 @@ std::string FormatNumber(double number);
 // repeated: what was asked stands in front of the message.
 std::string Quoted(const std::string& text);
 
-// Without control characters, which could play tricks on a terminal.
-std::string Printable(const std::string& text);
-
 }  // namespace vptzctl
 
 #endif

@@ -10,6 +10,7 @@
 #include "arguments.h"
 #include "interrupt.h"
 #include "people.h"
+#include "printable.h"
 #include "session.h"
 
 namespace vptzctl {

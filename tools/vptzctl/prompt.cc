@@ -5,7 +5,7 @@
 
 #include <unistd.h>
 
-#include "people.h"
+#include "printable.h"
 #include "session.h"
 
 namespace vptzctl {
