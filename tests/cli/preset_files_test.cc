@@ -1,5 +1,6 @@
 // Presets in files: exported from the database, and stored at a camera again.
 #include <signal.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -97,6 +98,12 @@ TEST_F(PresetFilesTest, AFileThatIsThereIsNotLost) {
   }
 }
 
+TEST_F(PresetFilesTest, APipeIsNotReplacedByAFile) {
+  ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
+  ExpectFailure(Ctl("--json preset export 1 --replace " + file()), 2, "unusable_file");
+  EXPECT_TRUE(std::filesystem::is_fifo(file()));
+}
+
 TEST_F(PresetFilesTest, PositionsThatAreNotKnownAreTold) {
   Sql("UPDATE preset SET pan = NULL WHERE ptz = 1 AND preset_id = 2");
   const RunResult result = Ctl("preset export 1");
@@ -176,6 +183,7 @@ constexpr BadFile kBadFiles[] = {
     {"PositionThatIsNoNumber", "{\"token\": \"b\",\n \"pan\": \"left\"}", ":5: \"pan\" of \"b\" is no number"},
     {"PositionOutOfRange", "{\"token\": \"a\", \"pan\": 999}", ":5: pan of \"a\": 999 is outside -170 to 170"},
     {"ReservedPosition", "{\"token\": \"a\", \"tilt\": -9999999}", "is reserved"},
+    {"NumberTooLarge", "{\"token\": \"a\", \"pan\": 1e999}", ":5: a number is too large"},
     {"NoObject", "17", "a member of \"presets\" is no object"},
 };
 
@@ -196,6 +204,7 @@ TEST_F(BusTest, AFileOfSomethingElseIsNoPresetFile) {
   ExpectFailure(Ctl("--json preset import 1 " + Write("b", "{\"format\": \"other\"}")), 2, "bad_file");
   ExpectFailure(Ctl("--json preset import 1 " + Write("c", "{\"format\": \"vptz-presets\", \"version\": 2}")),
                 2, "bad_file");
+  ExpectFailure(Ctl("--json preset import 1 " + Write("d", "")), 2, "bad_file");
   ExpectFailure(Ctl("--json preset import 1 /nonexistent"), 2, "unusable_file");
   ExpectFailure(Ctl("--json preset import 1 /"), 2, "unusable_file");
 }

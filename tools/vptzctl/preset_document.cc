@@ -5,10 +5,12 @@
 #include <cerrno>
 #include <cmath>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <set>
 #include <sstream>
+#include <system_error>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -98,6 +100,13 @@ class NewFile {
   bool placed_ = false;
 };
 
+// A pipe or a device, which renaming would replace by a file.
+bool IsSpecial(const std::string& path) {
+  std::error_code unknown;
+  const auto status = std::filesystem::status(path, unknown);
+  return std::filesystem::is_other(status);
+}
+
 // ---- reading -------------------------------------------------------------------
 
 // Characters for the parser, which counts no lines itself.
@@ -145,8 +154,10 @@ class Reader {
   std::string Text() const {
     std::ifstream file(path_);
     std::ostringstream text;
-    if (file) text << file.rdbuf();
-    if (!file || !text) Fail("unusable_file", path_ + " cannot be read: " + std::strerror(errno));
+    // Copying nothing would count as a failure; an empty file is none.
+    if (file.peek() != std::ifstream::traits_type::eof()) text << file.rdbuf();
+    if (!file.is_open() || file.bad() || !text)
+      Fail("unusable_file", path_ + " cannot be read: " + std::strerror(errno));
     return text.str();
   }
 
@@ -162,6 +173,8 @@ class Reader {
                          CountingIterator{text.data() + text.size(), &line}, note);
     } catch (const Json::parse_error&) {
       FailAt(line, "this is not JSON");
+    } catch (const Json::out_of_range&) {
+      FailAt(line, "a number is too large");
     }
   }
 
@@ -252,6 +265,9 @@ std::string PresetDocument(const CVptzDevice& camera, const VptzPtzData& profile
 std::vector<FilePreset> ReadPresetDocument(const std::string& path) { return Reader(path).Read(); }
 
 void WriteNewFile(const std::string& path, const std::string& text, bool replace) {
+  if (replace && IsSpecial(path)) {
+    Fail("unusable_file", path + " is no file of its own; without FILE the presets go to standard output");
+  }
   NewFile file(path);
   file.Write(text);
   file.Place(replace);
