@@ -76,6 +76,16 @@ TEST_F(BatchTest, ALineThatIsWrongIsAMistakeOfUsage) {
   EXPECT_EQ(Batch("").exit_code, 0);
 }
 
+TEST_F(BatchTest, InputThatCannotBeReadIsAFailure) {
+  for (const char* input : {"</", "<&-"}) {
+    std::string command = "exec";
+    for (const std::string& word : ToolOnBus("shell")) command += " " + word;
+    const RunResult result = vptz_test::Run({"bash", "-c", command + " " + input}, environment());
+    EXPECT_EQ(result.exit_code, 6) << input;
+    EXPECT_EQ(result.errors, "vptzctl: cannot read standard input\n") << input;
+  }
+}
+
 TEST_F(BatchTest, OptionsOfTheShellHoldForItsLines) {
   service->Signal(SIGSTOP);
   const auto begin = std::chrono::steady_clock::now();

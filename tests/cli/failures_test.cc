@@ -153,4 +153,14 @@ TEST_F(CliTest, OutputThatCannotBeWrittenIsAFailure) {
   EXPECT_THAT(result.errors, HasSubstr("vptzctl: cannot write to standard output\n"));
 }
 
+TEST_F(CliTest, ClosedOutputIsAFailureToo) {
+  for (const char* line : {"ptz position 1", "device list", "status"}) {
+    std::string command = "exec";
+    for (const std::string& word : ToolOnBus(line)) command += " " + word;
+    const RunResult result = vptz_test::Run({"bash", "-c", command + " >&-"}, environment());
+    EXPECT_EQ(result.exit_code, 6) << line;
+    EXPECT_THAT(result.errors, HasSubstr("vptzctl: cannot write to standard output\n")) << line;
+  }
+}
+
 }  // namespace

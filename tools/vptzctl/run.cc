@@ -5,6 +5,9 @@
 #include <exception>
 #include <string>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include "command.h"
 #include "completion.h"
 #include "environment.h"
@@ -27,6 +30,16 @@ ExitCode RunCommand(const Invocation& invocation, KeptClients* kept, Output* out
     session.result.lists.clear();
     output->Fail(session.result, error.failure(), std::nullopt);
     return error.failure().exit_code;
+  }
+}
+
+// The next file or socket would become a standard stream that the caller has
+// closed, and get what is printed. Opened the wrong way round, so that using the
+// stream fails as it does when it is closed.
+void OccupyClosedStreams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(stream, F_GETFD) >= 0) continue;
+    open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
   }
 }
 
@@ -56,6 +69,7 @@ ExitCode RunInvocation(const Invocation& invocation, KeptClients* kept) {
 }
 
 int Run(int argc, const char* const* argv) noexcept {
+  OccupyClosedStreams();
   try {
     if (argc > 1 && std::string(argv[1]) == "complete") return PrintCompletion({argv + 2, argv + argc});
     return static_cast<int>(RunInvocation(Parse(argc, argv)));

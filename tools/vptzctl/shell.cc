@@ -5,6 +5,7 @@
 #include <exception>
 #include <iostream>
 #include <optional>
+#include <stdexcept>
 #include <streambuf>
 #include <utility>
 
@@ -130,6 +131,7 @@ class Script {
       *words = std::move(split.words);
       return true;
     }
+    if (std::ferror(stdin) != 0) throw std::runtime_error("cannot read standard input");
     if (!text.empty()) throw UsageError("the input ends within a quote, or behind a backslash");
     return false;
   }
