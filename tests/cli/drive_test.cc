@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <thread>
 
 #include "cli_test.h"
 #include "fake_service.h"
@@ -88,6 +89,20 @@ TEST_F(StopTest, TheVelocityIsRepeatedUntilTheTimeIsOver) {
   EXPECT_EQ(CtlJson("ptz drive 1 --zoom 1 --for 1.2")["stopped"], true);
   EXPECT_EQ(velocities, 3);
   EXPECT_EQ(stops, 1);
+}
+
+// As by Ctrl-Z: meanwhile the grace period has stopped the camera.
+TEST_F(StopTest, ADriveThatWasHeldStillMovesNoCameraAgain) {
+  Process drive(ToolOnBus("--json ptz drive 1 --pan 1 --for 3600"), environment());
+  ASSERT_TRUE(WaitUntil([this] { return velocities > 1; }));
+  drive.Signal(SIGSTOP);
+  std::this_thread::sleep_for(std::chrono::milliseconds(2700));  // it is held still that long
+  const int before = velocities;
+  drive.Signal(SIGCONT);
+  EXPECT_EQ(drive.Wait(), 0);
+  EXPECT_EQ(velocities, before);
+  EXPECT_EQ(stops, 1);
+  EXPECT_EQ(Json::parse(drive.Output())["stopped"], true);
 }
 
 TEST_F(StopTest, AStopThatDoesNotArriveIsTriedAgain) {

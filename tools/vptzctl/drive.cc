@@ -17,6 +17,11 @@ using Seconds = std::chrono::duration<double>;
 // Well within any grace period that a service gives its driver.
 constexpr std::chrono::milliseconds kRepeat(500);
 
+// So long after the last velocity, because the program was held still for instance,
+// the service may have stopped the camera. A repeat would set it moving again when
+// nobody expects that.
+constexpr std::chrono::milliseconds kTooLate(2500);
+
 // How long a stop is tried, and how often.
 constexpr std::chrono::seconds kInsist(30);
 constexpr std::chrono::milliseconds kPause(200);
@@ -88,11 +93,14 @@ ExitCode DriveFor(Session& session) {
   const Interrupt interrupt;
   const auto begin = steady_clock::now();
   const auto end = begin + std::chrono::duration_cast<steady_clock::duration>(Seconds(session.Number("--for")));
+  steady_clock::time_point sent = begin;
   int status = SendVelocity(session);
   if (!MayMove(status)) return session.Fail(status);
   while (status == 0) {
-    const steady_clock::duration left = end - steady_clock::now();
-    if (interrupt.WaitFor(std::min<Seconds>(kRepeat, left)) || steady_clock::now() >= end) break;
+    const bool interrupted = interrupt.WaitFor(std::min<Seconds>(kRepeat, end - steady_clock::now()));
+    const steady_clock::time_point now = steady_clock::now();
+    if (interrupted || now >= end || now - sent > kTooLate) break;
+    sent = now;
     status = SendVelocity(session);
   }
   return Stopped(session, status, steady_clock::now() - begin);
