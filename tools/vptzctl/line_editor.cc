@@ -33,8 +33,9 @@ void WaitForKey(int descriptor) {
   sigemptyset(&held);
   for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP, SIGWINCH}) sigaddset(&held, number);
   pthread_sigmask(SIG_BLOCK, &held, &before);
-  pollfd key = {descriptor, POLLIN, 0};
-  if (rl_pending_signal() == 0) ppoll(&key, 1, nullptr, &before);
+  // One may have arrived before the library's own handlers were there.
+  pollfd wanted[] = {{descriptor, POLLIN, 0}, {prompt_interrupt->descriptor(), POLLIN, 0}};
+  if (rl_pending_signal() == 0) ppoll(wanted, 2, nullptr, &before);
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
   rl_check_signals();
 }

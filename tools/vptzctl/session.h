@@ -3,6 +3,7 @@
 #ifndef VPTZCTL_SESSION_H
 #define VPTZCTL_SESSION_H
 
+#include <atomic>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,7 +26,8 @@ struct Invocation;
 struct KeptClients {
   std::optional<VptzClient> lookup;
   std::optional<VptzClient> bus;
-  bool connected = false;  // the bus library sees to it from then on
+  // The bus library sees to it from then on. Another thread may ask.
+  std::atomic<bool> connected{false};
 };
 
 class Session {

@@ -218,15 +218,16 @@ class Prompt {
   // the command may have a camera to stop yet.
   void Run(const Invocation& invocation) {
     KeptClients& clients = runner_.clients();
-    bool connected = clients.connected;
-    CallBreaker breaker(interrupt_, [&, could_break = connected] {
-      if (!could_break) return;
+    bool rejoined = true;
+    interrupt_.Take();  // one that came before this command is not about it
+    CallBreaker breaker(interrupt_, [&] {
+      if (!clients.connected) return;  // nothing waits for an answer yet
       clients.bus->Disconnect();
-      connected = clients.bus->Connect("vptzctl", runner_.address()) == 0;
+      rejoined = clients.bus->Connect("vptzctl", runner_.address()) == 0;
     });
     runner_.Run(invocation);
     if (!breaker.End()) return;
-    clients.connected &= connected;
+    if (!rejoined) clients.connected = false;
     std::fputs("vptzctl: interrupted\n", stderr);
   }
 
