@@ -1,4 +1,8 @@
 #include <chrono>
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "cli_test.h"
 
@@ -110,7 +114,31 @@ TEST(NoBrokerTest, AServerThatTakesNoConnectionIsNamedSo) {
               HasSubstr("at mqtt://127.0.0.1:1: Connection refused; is the broker running?\n"));
 }
 
+// Takes the log's variables out of the environment, which the tool would obey.
+class NoLogSettings {
+ public:
+  NoLogSettings() {
+    for (const char* name : kNames) {
+      const char* const value = std::getenv(name);
+      before_.push_back(value == nullptr ? std::nullopt : std::optional<std::string>(value));
+      unsetenv(name);
+    }
+  }
+  ~NoLogSettings() {
+    for (std::size_t i = 0; i < before_.size(); ++i) {
+      if (before_[i]) setenv(kNames[i], before_[i]->c_str(), 1);
+    }
+  }
+  NoLogSettings(const NoLogSettings&) = delete;
+  NoLogSettings& operator=(const NoLogSettings&) = delete;
+
+ private:
+  static constexpr const char* kNames[] = {"ZERK_LOG_LEVEL", "ZERK_LOG_TARGET"};
+  std::vector<std::optional<std::string>> before_;
+};
+
 TEST(NoBrokerTest, TheLogIsShownToAUserWhoAsksForIt) {
+  const NoLogSettings none;
   const Words quiet = {"--bus", "unix:/nowhere", "status"};
   EXPECT_THAT(RunTool(quiet).errors, testing::Not(HasSubstr("Failed to connect")));
   EXPECT_THAT(RunTool({"-v", "--bus", "unix:/nowhere", "status"}).errors, HasSubstr("Failed to connect"));
