@@ -2,5 +2,5 @@
 
 int main() {
   VptzClient client;
-  return client.AbsolutePanMove(1, 10.0, 5.0) == -1 && client.QueryDeviceAll()->empty() ? 0 : 1;
+  return client.AbsolutePanMove(1, 10.0, 5.0) == -1 && client.QueryDeviceAll() != nullptr ? 0 : 1;
 }
