@@ -101,6 +101,11 @@ std::optional<std::vector<Fault>> ReadSwitch(const std::string& text, std::size_
   return ReadFaults(*list, cameras);
 }
 
+std::size_t LastNumber(World& world) {
+  const auto lock = world.Enter();
+  return world.size() == 0 ? 0 : world.members().back()->number;
+}
+
 }  // namespace
 
 std::vector<Fault> ReadFaults(const Value& list, std::size_t cameras) {
@@ -117,10 +122,11 @@ std::string TextOf(const std::vector<Fault>& faults) {
 
 tutorial::VptzResponse SimulateFaults(World& world, const std::string& text) {
   tutorial::VptzResponse response = Answer(Status::kDone);
-  const auto lock = world.Enter();
   try {
-    const std::size_t cameras = world.size() == 0 ? 0 : world.members().back()->number;
-    if (auto faults = ReadSwitch(text, cameras)) world.SetFaults(*std::move(faults));
+    // A long text is read before the world is entered: calls are answered meanwhile.
+    auto faults = ReadSwitch(text, LastNumber(world));
+    const auto lock = world.Enter();
+    if (faults) world.SetFaults(*std::move(faults));
     response.set_nat_address(TextOf(world.faults()));
   } catch (const DocumentError& error) {
     response = Answer(Status::kBadRequest);
