@@ -75,10 +75,12 @@ inline bool VptzIsStill(const VptzPtzData& before, const VptzPtzData& now) {
          VptzIsStill(before.zoom, now.zoom);
 }
 
-// Waits until no axis of a PTZ profile moves, as two readings in a row show.
-// `device_id` is the device's row id, `token` the profile's (VptzPtzData::node).
-// The last reading goes to *state unless that is null. 0; -ETIMEDOUT when the
-// profile still moves at the limit; else the failure of the reading.
+// Waits until no axis of a PTZ profile moves, as two readings in a row show. A
+// pause of 100 ms lies between them, or the limit where that is shorter: at once
+// they would agree in motion too. `device_id` is the device's row id, `token` the
+// profile's (VptzPtzData::node). The last reading goes to *state unless that is
+// null. 0; -ETIMEDOUT when the profile still moves at the limit; else the failure
+// of the reading.
 inline int VptzWaitUntilStill(VptzClient& client, unsigned int device_id, const std::string& token,
                               std::chrono::milliseconds limit, VptzPtzData* state = nullptr) {
   VptzPtzData before;
@@ -91,7 +93,11 @@ inline int VptzWaitUntilStill(VptzClient& client, unsigned int device_id, const 
     before = now;
     return still || result < 0;
   };
-  if (result >= 0) VptzWaitUntil(read, limit);
+  if (result >= 0) {
+    const auto pause = std::min(limit, std::chrono::milliseconds(100));
+    std::this_thread::sleep_for(pause);
+    VptzWaitUntil(read, limit - pause);
+  }
   if (state != nullptr) *state = before;
   return result < 0 ? result : (still ? 0 : -ETIMEDOUT);
 }

@@ -101,6 +101,21 @@ TEST_F(WaitTest, MotionEndsWhenTwoReadingsAgree) {
   EXPECT_EQ(bus.CallsOf("bus_method_call_sync").size(), 4u);
 }
 
+// Of an axis whose speed is not known two readings at once would agree in motion too.
+TEST_F(WaitTest, PauseLiesBetweenTheReadings) {
+  using std::chrono::steady_clock;
+  std::vector<steady_clock::time_point> readings;
+  tutorial::VptzResponse reply = StatusReply(0);
+  reply.mutable_ptz_info()->mutable_pan()->set_position(1);
+  bus.on_call = [&](const BusCall&) {
+    readings.push_back(steady_clock::now());
+    bus.ReplyWith(reply);
+  };
+  EXPECT_EQ(VptzWaitUntilStill(client, 1, "ptz0", hours(1)), 0);
+  ASSERT_EQ(readings.size(), 2u);
+  EXPECT_GE(readings[1] - readings[0], milliseconds(100));
+}
+
 TEST_F(WaitTest, CameraThatMovesOnIsATimeOut) {
   AnswerWith({PanAt(1, 20)});
   EXPECT_EQ(VptzWaitUntilStill(client, 1, "ptz0", milliseconds(0)), -ETIMEDOUT);
