@@ -21,16 +21,6 @@ void GiveSignOfLife(World& world, const Call& call) {
   if (follower != nullptr) follower->camera.GiveSignOfLife(call.caller);
 }
 
-tutorial::VptzResponse AnswerStoring(Service& service, const Call& call) {
-  service.caller = call.caller;
-  try {
-    return call.method->storing_handler(service, call.command);
-  } catch (const StorageError& error) {
-    VPTZD_LOG(LogLevel::kError, "%s: %s", call.command.method_name().c_str(), error.what());
-    return Answer(Status::kNotStored);
-  }
-}
-
 }  // namespace
 
 Member* NamedMember(World& world, const Call& call) {
@@ -53,14 +43,28 @@ Status ReadCall(std::string_view method, const void* payload, int length, Call* 
   return readable ? Status::kDone : Status::kBadRequest;
 }
 
-tutorial::VptzResponse Answer(Service& service, const Call& call) {
-  {
-    const auto lock = service.world.Enter();
-    GiveSignOfLife(service.world, call);
-    service.world.set_caller(call.caller);
-    if (call.method->handler != nullptr) return call.method->handler(service.world, call.command);
+std::optional<tutorial::VptzResponse> AnswerAtOnce(Service& service, const Call& call) {
+  const auto lock = service.world.Enter();
+  GiveSignOfLife(service.world, call);
+  if (call.method->handler == nullptr) return std::nullopt;
+  service.world.set_caller(call.caller);
+  const tutorial::VptzResponse answer = call.method->handler(service.world, call.command);
+  const bool done = answer.status_code() == static_cast<int>(Status::kDone);
+  return done && call.method->storing_handler != nullptr ? std::nullopt : std::optional(answer);
+}
+
+std::optional<tutorial::VptzResponse> AnswerStoring(Service& service, const Call& call) {
+  try {
+    return call.method->storing_handler(service, call.command);
+  } catch (const StorageError& error) {
+    VPTZD_LOG(LogLevel::kError, "%s: %s", call.command.method_name().c_str(), error.what());
+    return Answer(Status::kNotStored);
   }
-  return AnswerStoring(service, call);
+}
+
+tutorial::VptzResponse Answer(Service& service, const Call& call) {
+  const auto answer = AnswerAtOnce(service, call);
+  return answer ? *answer : *AnswerStoring(service, call);
 }
 
 }  // namespace vptzd

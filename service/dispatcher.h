@@ -3,6 +3,7 @@
 #define VPTZ_SERVICE_DISPATCHER_H
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include <vptz/vptz.pb.h>
@@ -24,8 +25,17 @@ struct Call {
 // when `length` is 0.
 Status ReadCall(std::string_view method, const void* payload, int length, Call* call);
 
-// Has the method's handler answer, with the world entered where the handler
-// wants that. Handlers that store are to be called by the agenda only.
+// Both have a method's handler answer; none when the other function is to answer.
+using Answering = std::optional<tutorial::VptzResponse>(Service& service, const Call& call);
+
+// When a call comes: what must not wait for the database. The call counts as a sign
+// of life from then on.
+Answering AnswerAtOnce;
+
+// By the agenda only: what stores.
+Answering AnswerStoring;
+
+// The one and, where that does not answer, the other.
 tutorial::VptzResponse Answer(Service& service, const Call& call);
 
 // The camera that a command names; null for none.

@@ -54,8 +54,9 @@ StoringHandler RemovePreset;
 StoringHandler GetCapabilities;
 StoringHandler SetImagingSettings;
 StoringHandler SwitchFocusMode;
-StoringHandler FocusFar;
-StoringHandler FocusNear;
+Handler FocusFar;
+Handler FocusNear;
+StoringHandler StoreFocusMode;  // of a focus drive that has begun
 Handler FocusStop;
 
 // nat.cc

@@ -7,6 +7,7 @@
 #include "lookup.h"
 #include "request.h"
 #include "rows.h"
+#include "storage.h"
 
 namespace vptzd {
 
@@ -78,26 +79,15 @@ double DriveSpeed(const std::string& text) {
   return whole && speed > 0.0 && speed <= 1.0 ? speed : kOrdinaryDrive;
 }
 
-VptzResponse DriveFocus(Service& service, const VptzCommand& command, double direction) {
+VptzResponse DriveFocus(World& world, const VptzCommand& command, double direction) {
   if (!command.has_device_command()) return Answer(Status::kBadRequest);
   const DeviceCommand& device = command.device_command();
-  Member* member = nullptr;
-  std::string token;
-  Status status = LookUpMedia(service, command, device.device_id(), Need::kLogin, &member, &token);
+  Member* member = world.MemberOfMedia(device.device_id());
+  const Status status = world.CheckUsable(member, command.method_name());
   if (status != Status::kDone) return Answer(status);
-  bool was_automatic = false;
-  ImageSettings image;
-  {
-    const auto lock = service.world.Enter();
-    was_automatic = member->camera.FindMediaProfile(token)->image.auto_focus != 0.0;
-    status = member->camera.DriveFocus(token, direction * DriveSpeed(device.token()),
-                                       service.world.DriverFor(service.caller));
-    image = member->camera.FindMediaProfile(token)->image;
-  }
-  if (status != Status::kDone || !was_automatic) return Answer(status);
-  StoreImage(device.device_id(), image);
-  service.AnnounceRowsOf(member->ids.device);
-  return Answer(Status::kDone);
+  return Answer(member->camera.DriveFocus(MediaTokenOf(*member, device.device_id()),
+                                          direction * DriveSpeed(device.token()),
+                                          world.DriverFor(world.caller())));
 }
 
 }  // namespace
@@ -143,12 +133,26 @@ VptzResponse SwitchFocusMode(Service& service, const VptzCommand& command) {
   return Store(service, media, member, token, image);
 }
 
-VptzResponse FocusFar(Service& service, const VptzCommand& command) {
-  return DriveFocus(service, command, 1.0);
-}
+// At once, as the stop that may follow.
+VptzResponse FocusFar(World& world, const VptzCommand& command) { return DriveFocus(world, command, 1.0); }
 
-VptzResponse FocusNear(Service& service, const VptzCommand& command) {
-  return DriveFocus(service, command, -1.0);
+VptzResponse FocusNear(World& world, const VptzCommand& command) { return DriveFocus(world, command, -1.0); }
+
+VptzResponse StoreFocusMode(Service& service, const VptzCommand& command) {
+  const std::uint32_t media = command.device_command().device_id();
+  Member* member = nullptr;
+  std::string token;
+  if (LookUpMedia(service, command, media, Need::kAnswer, &member, &token) == Status::kUnknownId) {
+    return Answer(Status::kUnknownId);  // removed meanwhile
+  }
+  try {
+    if (StoreImage(media, ImageOf(service.world, *member, token))) service.AnnounceRowsOf(member->ids.device);
+  } catch (const StorageError&) {
+    const auto lock = service.world.Enter();
+    member->camera.StopFocus();  // a refused command leaves nothing running
+    throw;
+  }
+  return Answer(Status::kDone);
 }
 
 VptzResponse FocusStop(World& world, const VptzCommand& command) {

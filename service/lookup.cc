@@ -26,15 +26,17 @@ Status LookUpPtz(Service& service, const tutorial::VptzCommand& command, Need ne
   return Check(service.world, *member, command, need);
 }
 
+std::string MediaTokenOf(const Member& member, std::uint32_t media) {
+  const auto& ids = member.ids.media;
+  const auto index = std::find(ids.begin(), ids.end(), media) - ids.begin();
+  return member.camera.media_profiles()[static_cast<std::size_t>(index)].token;
+}
+
 Status LookUpMedia(Service& service, const tutorial::VptzCommand& command, std::uint32_t media, Need need,
                    Member** member, std::string* token) {
   const auto lock = service.world.Enter();
   *member = service.world.MemberOfMedia(media);
-  if (*member != nullptr) {
-    const auto& ids = (*member)->ids.media;
-    const auto index = std::find(ids.begin(), ids.end(), media) - ids.begin();
-    *token = (*member)->camera.media_profiles()[static_cast<std::size_t>(index)].token;
-  }
+  if (*member != nullptr) *token = MediaTokenOf(**member, media);
   return Check(service.world, *member, command, need);
 }
 

@@ -2,6 +2,9 @@
 #ifndef VPTZ_SERVICE_LOOKUP_H
 #define VPTZ_SERVICE_LOOKUP_H
 
+#include <cstdint>
+#include <string>
+
 #include <vptz/vptz.pb.h>
 
 #include "service.h"
@@ -19,6 +22,9 @@ enum class Need {
 // may be read without the lock; its camera may not.
 Status LookUpDevice(Service& service, const tutorial::VptzCommand& command, Need need, Member** member);
 Status LookUpPtz(Service& service, const tutorial::VptzCommand& command, Need need, Member** member);
+
+// The token of a media profile of that member.
+std::string MediaTokenOf(const Member& member, std::uint32_t media);
 
 // Also the token of the media profile.
 Status LookUpMedia(Service& service, const tutorial::VptzCommand& command, std::uint32_t media, Need need,

@@ -38,8 +38,8 @@ const MethodTable& Methods() {
       {"get_capabilities", GetCapabilities},
       {"set_imaging_settings", SetImagingSettings},
       {"switch_focus_mode", SwitchFocusMode},
-      {"focus_far", FocusFar},
-      {"focus_near", FocusNear},
+      {"focus_far", FocusFar, StoreFocusMode},
+      {"focus_near", FocusNear, StoreFocusMode},
       {"focus_stop", FocusStop},
       // nat
       {"clear_nat", ClearNat},

@@ -12,9 +12,12 @@ namespace vptzd {
 struct Method {
   constexpr Method(std::string_view method, Handler* at_once) : name(method), handler(at_once) {}
   constexpr Method(std::string_view method, StoringHandler* later) : name(method), storing_handler(later) {}
+  constexpr Method(std::string_view method, Handler* at_once, StoringHandler* then)
+      : name(method), handler(at_once), storing_handler(then) {}
 
   std::string_view name;
-  // One of the two.
+  // One of the two, or both: the second stores what the first has done and answers,
+  // unless the first refuses.
   Handler* handler = nullptr;
   StoringHandler* storing_handler = nullptr;
 };

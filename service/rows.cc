@@ -57,12 +57,14 @@ std::unique_ptr<MediaParameter> ParameterOf(std::uint32_t media, const char* nam
       [&](MediaParameter** row) { return MediaParameter::QueryByName(row, media, name); });
 }
 
-void StoreParameter(std::uint32_t media, const char* name, double value) {
+// Whether it was to be changed.
+bool StoreParameter(std::uint32_t media, const char* name, double value) {
   const auto row = ParameterOf(media, name);
   if (row == nullptr) throw StorageError(std::string("the database has no parameter ") + name);
-  if (row->value() == value) return;
+  if (row->value() == value) return false;
   row->set_value(value);
   UpdateRow(*row, "media parameters");
+  return true;
 }
 
 void LoadParameter(std::uint32_t media, const char* name, double* value) {
@@ -167,12 +169,13 @@ void StoreTrackMode(const CameraIds& ids, std::uint32_t mode) {
   ChangeDevice(ids.device, [&](Device& row) { row.set_tracking(mode != 0); });
 }
 
-void StoreImage(std::uint32_t media, const ImageSettings& image) {
-  StoreParameter(media, "brightness", image.brightness);
-  StoreParameter(media, "contrast", image.contrast);
-  StoreParameter(media, "sharpness", image.sharpness);
-  StoreParameter(media, "auto_focus", image.auto_focus);
-  StoreParameter(media, "backlight_mode", image.backlight_mode);
+bool StoreImage(std::uint32_t media, const ImageSettings& image) {
+  bool changed = StoreParameter(media, "brightness", image.brightness);
+  changed |= StoreParameter(media, "contrast", image.contrast);
+  changed |= StoreParameter(media, "sharpness", image.sharpness);
+  changed |= StoreParameter(media, "auto_focus", image.auto_focus);
+  changed |= StoreParameter(media, "backlight_mode", image.backlight_mode);
+  return changed;
 }
 
 ImageSettings StoredImage(std::uint32_t media, const ImageSettings& factory) {

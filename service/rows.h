@@ -46,7 +46,8 @@ bool StorePresets(std::uint32_t ptz, const PresetList& presets);
 PresetList StoredPresets(std::uint32_t ptz, const std::string& protocol);
 
 void StoreTrackMode(const CameraIds& ids, std::uint32_t mode);
-void StoreImage(std::uint32_t media, const ImageSettings& image);
+// Whether anything was to be changed.
+bool StoreImage(std::uint32_t media, const ImageSettings& image);
 // What the rows hold instead of the factory settings.
 ImageSettings StoredImage(std::uint32_t media, const ImageSettings& factory);
 

@@ -51,16 +51,18 @@ void Server::Receive(const Held& request) {
   if (status != Status::kDone) {
     VPTZD_LOG(ZERK_LOG_NOTICE, "%s is refused with %d", request->method().c_str(), static_cast<int>(status));
     request->Reply(Answer(status).SerializeAsString());
-  } else if (call.method->storing_handler != nullptr) {
-    service_.agenda.Post([this, request, call] { Handle(request, call); });
   } else {
-    Handle(request, call);
+    Handle(request, call, AnswerAtOnce);
   }
 }
 
-void Server::Handle(const Held& request, const Call& call) {
+void Server::Handle(const Held& request, const Call& call, Answering* answering) {
   try {
-    Send(request, call, Answer(service_, call));
+    if (const auto answer = answering(service_, call)) {
+      Send(request, call, *answer);
+    } else {
+      service_.agenda.Post([this, request, call] { Handle(request, call, AnswerStoring); });
+    }
   } catch (const std::exception& error) {
     VPTZD_LOG(ZERK_LOG_ERROR, "%s failed: %s", request->method().c_str(), error.what());
     request->Fail(-EIO);

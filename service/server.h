@@ -39,7 +39,7 @@ class Server {
 
   static void OnRequest(bus_service* service, bus_request* request, void* server) noexcept;
   void Receive(const Held& request);
-  void Handle(const Held& request, const Call& call);
+  void Handle(const Held& request, const Call& call, Answering* answering);
   void Send(const Held& request, const Call& call, const tutorial::VptzResponse& response);
   void EmitSignal(const char* signal, const std::string& payload);
 

@@ -22,7 +22,6 @@ struct Service {
   World& world;
   Agenda& agenda;
   std::chrono::milliseconds search_time{1000};
-  std::uint64_t caller = 0;  // of the command that a storing handler carries out; the agenda's alone
   Emit emit = [](const char*, const std::string&) {};
 
   // Tells everybody that rows have changed: those of one device, or of several.

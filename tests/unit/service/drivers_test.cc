@@ -220,6 +220,22 @@ TEST_F(StoredDrivers, CallsThatStoreAreSignsOfLifeToo) {
   EXPECT_NEAR(Pan(), 28.0, 0.5);
 }
 
+TEST_F(StoredDrivers, CallThatWaitsForTheDatabaseIsASignOfLifeWhenItComes) {
+  FakeBusService bus;
+  vptzd::Server server(simulation_->service());
+  ASSERT_EQ(server.Start(nullptr), 0);
+  ASSERT_EQ(As(kOperator, "continuous_move", Drive(10.0, kLeave)), 0);
+  Wait(900ms);
+  VptzCommand command = OfDevice(1);
+  command.set_method_name("update_device_info");
+  bus.Request("update_device_info", command.SerializeAsString(), kOperator);
+  EXPECT_EQ(bus.ended, 0) << "it waits on the agenda";
+  Wait(900ms);
+  EXPECT_EQ(bus.ended, 1);
+  Wait(1h);
+  EXPECT_NEAR(Pan(), 19.0, 0.5);
+}
+
 // As requests come over the bus.
 TEST(DriversOnTheBus, RequestsTellTheirCallers) {
   FakeBusService bus;

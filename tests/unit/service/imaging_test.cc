@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <vptz/model/media_parameter.h>
 
+#include "fake_bus_service.h"
+#include "server.h"
 #include "stored_simulation.h"
 
 namespace vptz_test {
@@ -84,6 +86,34 @@ TEST_F(ImagingTest, FocusRunsUntilItIsStopped) {
   EXPECT_THAT(TakeSignals(), IsEmpty()) << "the focus was manual already";
   Wait(10s);
   EXPECT_EQ(Focus(), 1.0);
+}
+
+// The request for the row waits on the agenda, as it does for a database that is
+// locked; the stop does not wait.
+TEST_F(ImagingTest, StopHoldsThatComesWhileTheRowOfADriveWaits) {
+  FakeBusService bus;
+  vptzd::Server server(simulation_->service());
+  ASSERT_EQ(server.Start(nullptr), 0);
+  const double before = Focus();
+  for (const std::string method : {"focus_near", "focus_stop"}) {
+    VptzCommand command = OfDevice(1);
+    command.set_method_name(method);
+    bus.Request(method, command.SerializeAsString());
+  }
+  EXPECT_EQ(bus.ended, 1) << "the stop";
+  Wait(1s);
+  EXPECT_EQ(bus.ended, 2);
+  EXPECT_EQ(Stored(1, "auto_focus"), 0.0);
+  Wait(10s);
+  EXPECT_EQ(Focus(), before);
+}
+
+TEST_F(ImagingTest, DriveWhoseRowIsNotStoredDoesNotRunOn) {
+  const double before = Focus();
+  VptzModel::Instance().Release();
+  EXPECT_EQ(Status("focus_near", OfDevice(1)), -1011);
+  Wait(10s);
+  EXPECT_EQ(Focus(), before);
 }
 
 TEST_F(ImagingTest, DriveTextIsAPartOfTheTopSpeed) {
