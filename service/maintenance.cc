@@ -205,7 +205,7 @@ VptzResponse SetSlaveDevice(Service& service, const VptzCommand& command) {
   StoreFollower(leader->ids.device, follower);
   {
     const auto lock = world.Enter();
-    leader->follower = follower;
+    world.SetFollower(leader, follower);
   }
   return Announced(service, *leader);
 }

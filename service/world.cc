@@ -1,6 +1,7 @@
 #include "world.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "addresses.h"
 #include "fleet.h"
@@ -93,14 +94,21 @@ Member* World::Add(const CameraDescription& description) {
   return members_.back().get();
 }
 
+void World::SetFollower(Member* leader, std::uint32_t device) {
+  const std::uint32_t former = std::exchange(leader->follower, device);
+  Camera* const freed = former == device ? nullptr : FindDevice(former);
+  if (freed != nullptr) freed->EndDrives();
+}
+
 void World::Forget(Member* member) {
   const std::uint32_t device = member->ids.device;
   nat_.CloseAllOf(device);
   for (const auto& other : members_) {
-    if (other->follower == device) other->follower = 0;
+    if (other->follower == device) SetFollower(other.get(), 0);
   }
+  SetFollower(member, 0);
+  member->camera.EndDrives();
   member->ids = {};
-  member->follower = 0;
   member->camera.set_logged_in(member->camera.description().credentials.empty());
   if (member->in_fleet) return;
   members_.erase(

@@ -83,7 +83,12 @@ class World {
   // Adds a camera outside the fleet. Null when there are too many.
   Member* Add(const CameraDescription& description);
 
-  // Makes a camera unknown; it goes when it is outside the fleet.
+  // Has the camera of that device follow the leader; 0: none. One that follows no
+  // more does not run on: the leader's stop does not reach it.
+  void SetFollower(Member* leader, std::uint32_t device);
+
+  // Makes a camera unknown, for which no stop can come any more: nothing that runs
+  // until it is stopped runs on. It goes when it is outside the fleet.
   void Forget(Member* member);
 
   // What a camera is called in commands.

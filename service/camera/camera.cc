@@ -162,6 +162,12 @@ void Camera::EndDrive(std::size_t index) {
   (index == kFocus ? focus_ : axes_[index]).Stop();
 }
 
+void Camera::EndDrives() {
+  for (std::size_t i = 0; i < drives_.size(); ++i) {
+    if (drives_[i]) EndDrive(i);
+  }
+}
+
 void Camera::PowerOff() {
   powered_ = false;
   for (Axis& axis : axes_) axis.Halt();

@@ -80,6 +80,9 @@ class Camera {
   // Slows the marked axes down to rest, whatever moves them.
   void Stop(const PerAxis<bool>& axes);
 
+  // Slows down what runs until it is stopped, axes and focus.
+  void EndDrives();
+
   // Begins the grace of everything that this caller drives anew, axes and focus.
   void GiveSignOfLife(std::uint64_t caller);
 

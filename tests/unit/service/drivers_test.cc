@@ -189,11 +189,47 @@ class StoredDrivers : public StoredSimulation {
     const auto lock = world().Enter();
     return world().FindCamera(1)->focus().position();
   }
-  double Pan() {
+  double Pan(unsigned camera = 1) {
     const auto lock = world().Enter();
-    return world().FindCamera(1)->axis(vptzd::kPan).position();
+    return world().FindCamera(camera)->axis(vptzd::kPan).position();
   }
 };
+
+// The leader's stop does not reach it any more.
+TEST_F(StoredDrivers, CameraThatFollowsNoMoreStops) {
+  VptzCommand nobody;
+  nobody.mutable_slave_device_command()->set_device_id(1);
+  world().set_grace(0s);
+  world().MemberOfDevice(1)->follower = 2;
+  ASSERT_EQ(As(kOperator, "continuous_move", Drive(10.0, kLeave)), 0);
+  Wait(1s);
+  EXPECT_EQ(As(kOnlooker, "set_slave_device", nobody), 0);
+  Wait(4s);
+  EXPECT_NEAR(Pan(1), 50.0, 1.0) << "it is driven on";
+  EXPECT_NEAR(Pan(2), 10.0, 1.0);
+}
+
+TEST_F(StoredDrivers, CouplingThatStaysTheSameStopsNothing) {
+  world().MemberOfDevice(1)->follower = 2;
+  ASSERT_EQ(As(kOperator, "continuous_move", Drive(10.0, kLeave)), 0);
+  {
+    const auto lock = world().Enter();
+    world().SetFollower(world().MemberOfDevice(1), 2);
+  }
+  Wait(900ms);
+  EXPECT_NEAR(Pan(2), 9.0, 1.0);
+}
+
+TEST_F(StoredDrivers, RemovedCameraAndItsFollowerStop) {
+  world().set_grace(0s);
+  world().MemberOfDevice(1)->follower = 2;
+  ASSERT_EQ(As(kOperator, "continuous_move", Drive(10.0, kLeave)), 0);
+  Wait(1s);
+  EXPECT_EQ(As(kOnlooker, "remove_device", OfDevice(1)), 0);
+  Wait(1h);
+  EXPECT_NEAR(Pan(1), 10.0, 1.0);
+  EXPECT_NEAR(Pan(2), 10.0, 1.0);
+}
 
 TEST_F(StoredDrivers, FocusDriveBelongsToItsCaller) {
   ASSERT_EQ(As(kOperator, "focus_near", OfDevice(1, "0.1")), 0);  // 0.05 of the way each second, from 0.6
