@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <set>
 #include <vector>
 
@@ -164,12 +165,9 @@ CameraIds StoreNewCamera(const Camera& camera) {
 }
 
 std::set<std::uint32_t> UsedMovements() {
-  // Not empty at first: only then is a failure told from a table without rows.
-  std::vector<Ptz*> nodes = {new Ptz};
-  if (Ptz::QueryAll(&nodes, 0, kAll) < 0) throw StorageError("the database does not tell its PTZ nodes");
   std::set<std::uint32_t> used;
-  for (const Ptz* node : nodes) used.insert({node->pan_id(), node->tilt_id(), node->zoom_id()});
-  VptzModel::CleanQuery(&nodes);
+  const auto nodes = FoundRows<Ptz>([](std::vector<Ptz*>* rows) { return Ptz::QueryAll(rows, 0, kAll); });
+  for (const auto& node : nodes) used.insert({node->pan_id(), node->tilt_id(), node->zoom_id()});
   return used;
 }
 
@@ -209,17 +207,18 @@ std::unique_ptr<Device> DeviceAt(const std::string& service_uri) {
 // any more; the rows that are to be changed are added to `axes`.
 void TakeOn(const Device& device, const CameraIds& ids, Member* member, AxisRows* axes) {
   Camera& camera = member->camera;
-  member->ids = ids;
   if (const Protocol* protocol = device.protocol()) camera.description().protocol = protocol->name();
   camera.presets() = StoredPresets(ids.ptz, camera.description().protocol);
   camera.set_logged_in(device.authorized());
   const auto node = FoundRow<Ptz>([&](Ptz** row) { return Ptz::QueryById(row, ids.ptz); });
+  if (node == nullptr) throw StorageError("the database has no such PTZ node");
   if (const auto home = StoredHome(ids.ptz)) camera.SetHome(*home);
   camera.set_track_mode(static_cast<std::uint32_t>(node->track_mode()));
   for (std::size_t i = 0; i < ids.media.size(); ++i) {
     const MediaProfile& profile = camera.media_profiles()[i];
     camera.SetImage(profile.token, StoredImage(ids.media[i], profile.image));
   }
+  member->ids = ids;  // from here on its rows are made what it is
   axes->Compare(ids.ptz, camera);
 }
 
@@ -238,19 +237,17 @@ CameraDescription DescriptionOf(const Device& device) {
   return camera;
 }
 
-void Restore(const Device& device, World& world, AxisRows* axes) {
+// False for a device with rows missing: the service was killed while it added it.
+bool Restore(const Device& device, World& world, AxisRows* axes) {
   const CameraDescription description = DescriptionOf(device);
   const CameraIds ids = IdsOf(device, Camera(description));
-  if (ids.device == 0) {
-    RemoveCamera(device.id());  // the service was killed while it added it
-    return;
-  }
-  Member* member = world.Add(description);
-  if (member == nullptr) {
+  if (ids.device == 0) return false;
+  if (Member* const member = world.Add(description)) {
+    TakeOn(device, ids, member, axes);
+  } else {
     VPTZD_LOG(ZERK_LOG_WARNING, "the device %u is one more than can be simulated", device.id());
-    return;
   }
-  TakeOn(device, ids, member, axes);
+  return true;
 }
 
 // A full disk is no reason not to start: the cameras that are there can be moved.
@@ -263,9 +260,16 @@ void TryAtStart(Storing storing) {
   }
 }
 
-// A camera of the fleet takes on its rows, unless it has been removed. Whether it
-// is to be stored.
-bool Begin(Member* member, AxisRows* axes) {
+// A camera of the fleet that has not all its rows.
+struct Unstored {
+  Member* member;
+  std::uint32_t
+      leftover;  // device whose rows go: the service was killed while it removed or wrote them; 0: none
+  bool wanted;   // it is to be stored
+};
+
+// A camera of the fleet takes on its rows, unless it has been removed.
+std::optional<Unstored> Begin(Member* member, AxisRows* axes) {
   const CameraDescription& description = member->camera.description();
   const auto device = DeviceAt(description.service_uri);
   const bool removed = WasRemoved(description.service_uri);
@@ -273,12 +277,23 @@ bool Begin(Member* member, AxisRows* axes) {
     const CameraIds ids = IdsOf(*device, member->camera);
     if (ids.device != 0) {
       TakeOn(*device, ids, member, axes);
-      return false;
+      return std::nullopt;
     }
   }
-  // The service was killed while it removed or wrote it.
-  if (device != nullptr) RemoveCamera(device->id());
-  return !removed && (device != nullptr || description.known);
+  return Unstored{member, device == nullptr ? 0 : device->id(),
+                  !removed && (device != nullptr || description.known)};
+}
+
+// The cameras of the fleet that have not all their rows; the others take on theirs.
+std::vector<Unstored> BeginAll(World& world, AxisRows* axes) {
+  std::vector<Unstored> unstored;
+  const StableRows nothing_is_missed;
+  for (const auto& member : world.members()) {
+    TryAtStart<StorageError>([&] {
+      if (const auto one = Begin(member.get(), axes)) unstored.push_back(*one);
+    });
+  }
+  return unstored;
 }
 
 // Gives those cameras rows; they stay unknown when the database does not take them.
@@ -299,9 +314,14 @@ void RestoreFollowers(World& world) {
 }  // namespace
 
 CameraIds StoreCamera(const Camera& camera) {
-  const auto device = DeviceAt(camera.description().service_uri);
+  std::unique_ptr<Device> device;
+  CameraIds ids;
+  {
+    const StableRows nothing_is_missed;
+    device = DeviceAt(camera.description().service_uri);
+    if (device != nullptr) ids = IdsOf(*device, camera);
+  }
   if (device == nullptr) return StoreNewCamera(camera);
-  CameraIds ids = IdsOf(*device, camera);
   if (ids.device != 0) return ids;
   // The service was killed while it wrote: what is there goes, and is written anew.
   RemoveCamera(device->id());
@@ -319,9 +339,10 @@ void RemoveCamera(std::uint32_t device) {
 void StoreCameras(World& world, const StoringTold& told) {
   std::vector<Member*> fresh;
   AxisRows axes;
-  for (const auto& member : world.members()) {
+  for (const Unstored& camera : BeginAll(world, &axes)) {
     TryAtStart<StorageError>([&] {
-      if (Begin(member.get(), &axes)) fresh.push_back(member.get());
+      if (camera.leftover != 0) RemoveCamera(camera.leftover);
+      if (camera.wanted) fresh.push_back(camera.member);
     });
   }
   const auto known = [](const auto& member) { return member->known(); };
@@ -334,15 +355,22 @@ void StoreCameras(World& world, const StoringTold& told) {
 }
 
 void RestoreAdditions(World& world) {
-  for (const std::string& port : StoredPorts()) world.AddUsbTtyDevice(port);
-  const auto devices =
-      FoundRows<Device>([](std::vector<Device*>* rows) { return Device::QueryAll(rows, 0, kAll); });
   AxisRows axes;
-  for (const auto& device : devices) {
-    if (world.MemberOfService(device->service_uri()) != nullptr) continue;
-    TryAtStart<StorageError>([&] { Restore(*device, world, &axes); });
+  std::vector<std::uint32_t> leftovers;
+  {
+    const StableRows nothing_is_missed;
+    for (const std::string& port : StoredPorts()) world.AddUsbTtyDevice(port);
+    const auto devices =
+        FoundRows<Device>([](std::vector<Device*>* rows) { return Device::QueryAll(rows, 0, kAll); });
+    for (const auto& device : devices) {
+      if (world.MemberOfService(device->service_uri()) != nullptr) continue;
+      TryAtStart<StorageError>([&] {
+        if (!Restore(*device, world, &axes)) leftovers.push_back(device->id());
+      });
+    }
+    RestoreFollowers(world);
   }
-  RestoreFollowers(world);
+  for (const std::uint32_t device : leftovers) TryAtStart<StorageError>([&] { RemoveCamera(device); });
   TryAtStart<NoRoom>([&] { axes.Store(); });
 }
 

@@ -24,7 +24,8 @@ class NoRoom : public StorageError {
   using StorageError::StorageError;
 };
 
-// What a lookup of the model found, owned; null for nothing.
+// What a lookup of the model found, owned; null for nothing, and for a lookup that
+// failed: where that matters, StableRows rules out that a lock is the reason.
 template <class Row, class Query>
 std::unique_ptr<Row> FoundRow(Query query) {
   Row* row = nullptr;
@@ -32,12 +33,15 @@ std::unique_ptr<Row> FoundRow(Query query) {
   return std::unique_ptr<Row>(row);
 }
 
-// The same of a lookup of several rows.
+// The same of a lookup of several rows. Throws StorageError when it fails.
 template <class Row, class Query>
 std::vector<std::unique_ptr<Row>> FoundRows(Query query) {
-  std::vector<Row*> rows;
-  query(&rows);
-  return std::vector<std::unique_ptr<Row>>(rows.begin(), rows.end());
+  // Not empty at first: only then is a failure told from a table without rows.
+  std::vector<Row*> rows = {odb::access::object_factory<Row, Row*>::create()};
+  if (query(&rows) < 0) throw StorageError("the database does not tell its rows");
+  std::vector<std::unique_ptr<Row>> found(rows.begin(), rows.end());
+  found.erase(found.begin());
+  return found;
 }
 
 // Inserts a row; its id is in it afterwards.

@@ -32,15 +32,15 @@ auto Told(const char* what, Action action) {
   }
 }
 
-}  // namespace
-
-odb::sqlite::connection_ptr Transaction::Connect() {
+odb::sqlite::connection_ptr Connect() {
   return Told("change", [] {
     odb::sqlite::connection_ptr connection = OwnDatabase().connection();
     connection->execute("PRAGMA busy_timeout = 4000");
     return connection;
   });
 }
+
+}  // namespace
 
 odb::sqlite::transaction_impl* Transaction::Begin(odb::sqlite::connection& connection) {
   return Told("change", [&] { return connection.begin_immediate(); });
@@ -54,6 +54,28 @@ void Transaction::Do(const char* what, const std::function<void(odb::database&)>
 
 void Transaction::Commit() {
   Told("change", [this] { transaction_.commit(); });
+}
+
+// A transaction takes its lock with the first row that it reads.
+StableRows::StableRows() : connection_(Connect()) {
+  try {
+    connection_->execute("BEGIN");
+    connection_->execute("SELECT 1 FROM sqlite_master");
+  } catch (const odb::exception& error) {
+    End();
+    VPTZD_LOG(LogLevel::kError, "the database cannot be read: %s", error.what());
+    throw StorageError("the database cannot be read");
+  }
+}
+
+StableRows::~StableRows() { End(); }
+
+void StableRows::End() noexcept {
+  try {
+    connection_->execute("ROLLBACK");
+  } catch (const odb::exception&) {
+    // It has not begun.
+  }
 }
 
 }  // namespace vptzd

@@ -42,12 +42,28 @@ class Transaction {
   void Commit();
 
  private:
-  static odb::sqlite::connection_ptr Connect();
   static odb::sqlite::transaction_impl* Begin(odb::sqlite::connection& connection);
   void Do(const char* what, const std::function<void(odb::database&)>& change);
 
   odb::sqlite::connection_ptr connection_;
   odb::sqlite::transaction transaction_;
+};
+
+// While it lives no other program's lock keeps the model from reading: a row that a
+// lookup does not find is not there. For a moment only, and for reading only: nothing
+// can be committed meanwhile, neither by other programs nor by the service.
+class StableRows {
+ public:
+  // Waits for other programs' locks as a transaction does. Throws StorageError.
+  StableRows();
+  ~StableRows();
+  StableRows(const StableRows&) = delete;
+  StableRows& operator=(const StableRows&) = delete;
+
+ private:
+  void End() noexcept;
+
+  odb::sqlite::connection_ptr connection_;
 };
 
 }  // namespace vptzd

@@ -2,6 +2,7 @@
 
 #include <fstream>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -19,10 +20,12 @@
 
 #include "camera_rows.h"
 #include "fleet.h"
+#include "model/raw_database.h"
 #include "rows.h"
 #include "simulation.h"
 #include "storage.h"
 #include "support/temp_dir.h"
+#include "transaction.h"
 
 namespace vptz_test {
 namespace {
@@ -213,6 +216,33 @@ TEST_F(ServiceDatabase, GivesCamerasTheIdsByWhichCommandsNameThem) {
   const std::unique_ptr<Device> device(found);
   EXPECT_EQ(simulation.world().FindDevice(device->id()), simulation.world().FindCamera(1));
   EXPECT_EQ(simulation.world().FindDevice(1), nullptr) << "the row of another camera";
+}
+
+// Otherwise the service would begin without what was added to the fleet, and write
+// that over it.
+TEST_F(ServiceDatabase, LockedDatabaseIsNotTakenForAnEmptyOne) {
+  Simulation simulation(vptzd::BuiltInFleet(1));
+  RawDatabase other(folder_.path() + "/vptz.db");
+  other.Execute("BEGIN EXCLUSIVE");
+  EXPECT_THROW(vptzd::RestoreAdditions(simulation.world()), vptzd::StorageError);
+}
+
+TEST_F(ServiceDatabase, NothingIsLockedWhileRowsAreLookedUp) {
+  RawDatabase other(folder_.path() + "/vptz.db");
+  {
+    const vptzd::StableRows stable;
+    EXPECT_THROW(other.Execute("BEGIN EXCLUSIVE"), std::runtime_error);
+    EXPECT_NE(vptzd::FoundRow<Protocol>([](Protocol** row) { return Protocol::QueryByName(row, "ONVIF"); }),
+              nullptr);
+  }
+  other.Execute("BEGIN EXCLUSIVE; COMMIT");
+}
+
+TEST_F(ServiceDatabase, ListThatCannotBeReadIsNotEmpty) {
+  const auto presets = [](std::vector<Preset*>* rows) { return Preset::QueryByPtz(rows, 1, 0, 9); };
+  EXPECT_TRUE(vptzd::FoundRows<Preset>(presets).empty());
+  VptzModel::Instance().Release();
+  EXPECT_THROW(vptzd::FoundRows<Preset>(presets), vptzd::StorageError);
 }
 
 }  // namespace
