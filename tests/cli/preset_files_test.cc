@@ -104,6 +104,32 @@ TEST_F(PresetFilesTest, APipeIsNotReplacedByAFile) {
   EXPECT_TRUE(std::filesystem::is_fifo(file()));
 }
 
+TEST_F(PresetFilesTest, AnyNameComesBackAsItWas) {
+  const std::string token = "a\tb\x1b[31m";
+  const std::string name = "x\n\x01\x7f\"\\/\xc2\x85\xe2\x80\xae\xc3\xa9";
+  ASSERT_EQ(Ctl({"preset", "set", "1", token, "--name", name}).exit_code, 0);
+  ASSERT_EQ(Ctl("preset export 1 " + file()).exit_code, 0);
+  ASSERT_EQ(Ctl({"preset", "remove", "1", token}).exit_code, 0);
+  ASSERT_TRUE(Preset(token).is_null());
+  const RunResult result = Ctl("preset import 1 --yes " + file());
+  EXPECT_EQ(result.exit_code, 0) << result.errors;
+  const Json stored = Preset(token);
+  ASSERT_FALSE(stored.is_null());
+  EXPECT_EQ(stored["name"], name);
+  const Json plan = CtlJson("preset import 1 --check " + file());
+  for (const Json& preset : plan["presets"]) EXPECT_EQ(preset["action"], "unchanged") << preset;
+}
+
+TEST_F(PresetFilesTest, APresetThatNoFileCanHoldIsNamed) {
+  for (const std::string text : {"'a' || char(0) || 'b'", "CAST(x'61ff' AS TEXT)"}) {
+    Sql("UPDATE preset SET name = " + text + " WHERE ptz = 1 AND preset_id = 2");
+    const RunResult result = Ctl("--json preset export 1 " + file());
+    ExpectFailure(result, 7, "unusable_database");
+    EXPECT_THAT(result.errors, HasSubstr(": preset 2 (preset2) has a "));
+    EXPECT_FALSE(std::filesystem::exists(file()));
+  }
+}
+
 TEST_F(PresetFilesTest, PositionsThatAreNotKnownAreTold) {
   Sql("UPDATE preset SET pan = NULL WHERE ptz = 1 AND preset_id = 2");
   const RunResult result = Ctl("preset export 1");
@@ -184,6 +210,7 @@ constexpr BadFile kBadFiles[] = {
     {"PositionOutOfRange", "{\"token\": \"a\", \"pan\": 999}", ":5: pan of \"a\": 999 is outside -170 to 170"},
     {"ReservedPosition", "{\"token\": \"a\", \"tilt\": -9999999}", "is reserved"},
     {"NumberTooLarge", "{\"token\": \"a\", \"pan\": 1e999}", ":5: a number is too large"},
+    {"MemberTwice", "{\"token\": \"b\",\n \"token\": \"c\"}", ":6: \"token\" is there twice in one object"},
     {"NoObject", "17", "a member of \"presets\" is no object"},
 };
 
@@ -197,6 +224,28 @@ TEST_P(BadPresetFileTest, IsRefusedWithLineAndReason) {
   const RunResult result = Ctl("--json preset import 1 --yes " + path);
   ExpectFailure(result, 2, "bad_file");
   EXPECT_THAT(Json::parse(result.output)["error"]["message"].get<std::string>(), HasSubstr(GetParam().reason));
+}
+
+// No service is there: whatever were sent would fail otherwise.
+TEST_F(BusTest, WhatTheServiceWouldNotKeepIsRefusedBeforeAnythingIsSent) {
+  const auto refusal = [&](const std::string& presets) {
+    const std::string path = Write(
+        "many.json", "{\"format\": \"vptz-presets\", \"version\": 1, \"presets\": [\n" + presets + "\n]}\n");
+    const RunResult result = Ctl("--json preset import 1 --yes " + path);
+    ExpectFailure(result, 2, "bad_file");
+    return Json::parse(result.output)["error"]["message"].get<std::string>();
+  };
+  const std::string position = R"(, "pan": 2, "tilt": 1, "zoom": 1})";
+  const std::string longest(255, 'a');
+  const std::string first = R"({"token": "b", "name": ")" + longest + "\"" + position + ",\n";
+  EXPECT_THAT(refusal(first + R"({"token": "a)" + longest + "\"" + position),
+              HasSubstr(":3: \"token\" is longer than 255 bytes"));
+  EXPECT_THAT(refusal(first + R"({"token": "a", "name": "a)" + longest + "\"" + position),
+              HasSubstr(":3: \"name\" is longer than 255 bytes"));
+  std::string many = R"({"token": "preset1")" + position;  // which the camera has
+  for (int i = 1; i <= 254; ++i) many += ",\n{\"token\": \"p" + std::to_string(i) + "\"" + position;
+  EXPECT_THAT(refusal(many),
+              HasSubstr(":256: with \"p254\" the camera would have more than 256 presets; it has 3"));
 }
 
 TEST_F(BusTest, AFileOfSomethingElseIsNoPresetFile) {

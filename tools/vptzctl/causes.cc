@@ -8,15 +8,12 @@
 #include "printable.h"
 #include "protocols.h"
 #include "serial_line.h"
+#include "service_limits.h"
 #include "session.h"
 #include "stored.h"
 
 namespace vptzctl {
 namespace {
-
-// What the reference service keeps.
-constexpr std::size_t kLongestText = 255;
-constexpr std::size_t kMostPresets = 256;
 
 bool Is(const Session& session, const std::string& command) { return session.result.command == command; }
 

@@ -1,7 +1,6 @@
 #include "preset_document.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cerrno>
 #include <cmath>
 #include <cstring>
@@ -19,6 +18,7 @@
 #include <nlohmann/json.hpp>
 
 #include "failures.h"
+#include "service_limits.h"
 
 namespace vptzctl {
 namespace {
@@ -31,6 +31,8 @@ constexpr const char* kAxes[] = {"pan", "tilt", "zoom"};
   throw CommandError({name, message, ExitCode::kUsage});
 }
 
+bool HoldsZero(const std::string& text) { return text.find('\0') != std::string::npos; }
+
 // ---- writing -------------------------------------------------------------------
 
 Json JsonOf(const VptzPresetData& preset) {
@@ -42,6 +44,23 @@ Json JsonOf(const VptzPresetData& preset) {
   return object;
 }
 
+[[noreturn]] void FailUnwritable(const std::string& what, const std::string& reason) {
+  throw CommandError({"unusable_database", what + " " + reason, ExitCode::kDatabase});
+}
+
+// One line. No import takes a zero byte: a text ends there for much of the way.
+std::string LineOf(const VptzPresetData& preset) {
+  const std::string what = "preset " + std::to_string(preset.preset_id) + " (" + preset.token + ")";
+  if (HoldsZero(preset.token) || HoldsZero(preset.name)) {
+    FailUnwritable(what, "has a zero byte in its name or token, with which it cannot be stored again");
+  }
+  try {
+    return JsonOf(preset).dump();
+  } catch (const Json::type_error&) {
+    FailUnwritable(what, "has a name or token that is no UTF-8, which JSON cannot hold");
+  }
+}
+
 std::string Lines(const CVptzDevice& camera, const VptzPtzData& profile) {
   const Json about = {{"id", camera.id},
                       {"name", camera.host_name},
@@ -49,7 +68,7 @@ std::string Lines(const CVptzDevice& camera, const VptzPtzData& profile) {
                       {"model", camera.model_name}};
   std::string presets;
   for (const VptzPresetData& preset : profile.presets) {
-    presets += (presets.empty() ? "\n    " : ",\n    ") + JsonOf(preset).dump();
+    presets += (presets.empty() ? "\n    " : ",\n    ") + LineOf(preset);
   }
   return "{\n  \"format\": " + Json(kPresetFormat).dump() +
          ",\n  \"version\": " + std::to_string(kPresetVersion) + ",\n  \"camera\": " + about.dump() +
@@ -164,8 +183,15 @@ class Reader {
   Json Parse(const std::string& text) {
     int line = 1;
     // The document is at depth 0, its members at 1, what a list of them holds at 2.
-    const auto note = [&](int depth, Json::parse_event_t event, Json&) {
-      if (event == Json::parse_event_t::object_start && depth == 2) lines_.push_back(line);
+    std::vector<std::set<std::string>> members;  // of the objects that are open
+    const auto note = [&](int depth, Json::parse_event_t event, Json& value) {
+      using Event = Json::parse_event_t;
+      if (event == Event::object_start && depth == 2) lines_.push_back(line);
+      if (event == Event::object_start) members.emplace_back();
+      if (event == Event::object_end) members.pop_back();
+      if (event == Event::key && !members.back().insert(value.get<std::string>()).second) {
+        FailAt(line, Json(value).dump() + " is there twice in one object");
+      }
       return true;
     };
     try {
@@ -201,8 +227,8 @@ class Reader {
     if (!tokens_.insert(preset.token).second) {
       FailAt(preset.line, "the token \"" + preset.token + "\" is there twice");
     }
-    preset.name = TextOf(object, "name", preset.line);
-    if (preset.name.empty()) preset.name = preset.token;
+    const bool named = object.contains("name") && !object["name"].is_null();
+    preset.name = named ? TextOf(object, "name", preset.line) : preset.token;
     for (std::size_t i = 0; i < preset.positions.size(); ++i) {
       preset.positions[i] = PositionOf(object, kAxes[i], preset);
     }
@@ -214,9 +240,12 @@ class Reader {
     if (value.is_null()) return "";
     if (!value.is_string()) FailAt(line, std::string("\"") + key + "\" is no text");
     std::string text = value.get<std::string>();
-    const bool control =
-        std::any_of(text.begin(), text.end(), [](unsigned char c) { return std::iscntrl(c) != 0; });
-    if (control) FailAt(line, std::string("\"") + key + "\" holds a control character");
+    if (HoldsZero(text)) {
+      FailAt(line, std::string("\"") + key + "\" holds a control character that cannot be stored: \\u0000");
+    }
+    if (text.size() > kLongestText) {
+      FailAt(line, std::string("\"") + key + "\" is longer than " + std::to_string(kLongestText) + " bytes");
+    }
     return text;
   }
 
@@ -256,9 +285,7 @@ std::string PresetDocument(const CVptzDevice& camera, const VptzPtzData& profile
   try {
     return Lines(camera, profile);
   } catch (const Json::type_error&) {
-    throw CommandError({"unusable_database",
-                        "a name or token in the database is no UTF-8, which JSON cannot hold",
-                        ExitCode::kDatabase});
+    FailUnwritable("the camera", "has a text in the database that is no UTF-8, which JSON cannot hold");
   }
 }
 

@@ -11,6 +11,7 @@
 #include "interrupt.h"
 #include "people.h"
 #include "printable.h"
+#include "service_limits.h"
 #include "session.h"
 
 namespace vptzctl {
@@ -76,6 +77,19 @@ PlannedPreset::Action ActionFor(const FilePreset& preset, const VptzPtzData& pro
     return same ? Action::kSame : Action::kReplace;
   }
   return Action::kNew;
+}
+
+// Before anything is sent: else the camera would move about until it is full.
+void RequireRoom(const std::string& path, const std::vector<PlannedPreset>& plan, const VptzPtzData& profile) {
+  std::size_t count = profile.presets.size();
+  for (const PlannedPreset& planned : plan) {
+    if (planned.action != PlannedPreset::Action::kNew || ++count <= kMostPresets) continue;
+    throw CommandError({"bad_file",
+                        path + ":" + std::to_string(planned.preset.line) + ": with \"" + planned.preset.token +
+                            "\" the camera would have more than " + std::to_string(kMostPresets) +
+                            " presets; it has " + std::to_string(profile.presets.size()),
+                        ExitCode::kUsage});
+  }
 }
 
 // ---- the way -------------------------------------------------------------------
@@ -205,6 +219,7 @@ std::vector<PlannedPreset> PlanImport(const std::string& path, const VptzPtzData
     const PlannedPreset::Action action = ActionFor(preset, profile);
     plan.push_back({std::move(preset), action});
   }
+  RequireRoom(path, plan, profile);
   return plan;
 }
 
