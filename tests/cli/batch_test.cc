@@ -15,6 +15,7 @@ using testing::Not;
 using vptz_test::BusTest;
 using vptz_test::CliTest;
 using vptz_test::Count;
+using vptz_test::ExpectFailure;
 using vptz_test::FakeService;
 using vptz_test::Json;
 using vptz_test::Lines;
@@ -74,6 +75,24 @@ TEST_F(BatchTest, ALineThatIsWrongIsAMistakeOfUsage) {
   EXPECT_THAT(Batch("status --bus unix:/x\n").errors, HasSubstr("give --bus and --verbose to 'vptzctl shell'"));
   EXPECT_EQ(Batch("help ptz dance\n").exit_code, 2);
   EXPECT_EQ(Batch("").exit_code, 0);
+}
+
+TEST_F(BatchTest, ExitAndQuitEndItWithWhatTheLinesBeforeHaveComeTo) {
+  for (const std::string word : {"exit", "quit"}) {
+    const RunResult done = Batch("ptz stop 1\n" + word + " # enough\nptz stop 2\n");
+    EXPECT_EQ(done.exit_code, 0) << done.errors;
+    EXPECT_EQ(done.output, "ptz stop: camera 1, pan, tilt, zoom: done\n");
+    EXPECT_EQ(done.errors, "");
+    const RunResult failed = Batch("ptz move 1 --pan 999\n" + word + "\nptz stop 2\n", "--keep-going");
+    EXPECT_EQ(failed.exit_code, 1);
+    EXPECT_EQ(failed.output, "");
+  }
+}
+
+TEST_F(BatchTest, InputThatCannotBeReadIsAFailureInJsonToo) {
+  std::string command = "exec";
+  for (const std::string& word : ToolOnBus("--json shell </")) command += " " + word;
+  ExpectFailure(vptz_test::Run({"bash", "-c", command}, environment()), 6, "unexpected");
 }
 
 TEST_F(BatchTest, InputThatCannotBeReadIsAFailure) {

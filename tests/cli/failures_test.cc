@@ -9,11 +9,16 @@
 #include <fstream>
 #include <map>
 #include <regex>
+#include <stdexcept>
 
 #include <vptz/results.h>
 
 #include "cli_test.h"
+#include "command.h"
 #include "fake_service.h"
+#include "parser.h"
+#include "run.h"
+#include "session.h"
 
 namespace {
 
@@ -143,6 +148,25 @@ TEST_F(BusTest, StatusesWithoutANameAreRefusals) {
 TEST_F(BusTest, APowerStatusWithoutANameIsAnAnswer) {
   const FakeService service(broker.address(), AnsweringStatus(7));
   EXPECT_EQ(CtlJson("power status"), Json({{"command", "power status"}, {"power", nullptr}, {"status", 7}}));
+}
+
+// Nothing throws so; if something did, a program would learn of it.
+TEST(FailuresTest, AnUnexpectedExceptionIsAFailureInJsonToo) {
+  vptzctl::Command command;
+  command.group = "ptz";
+  command.verb = "dance";
+  command.run = [](vptzctl::Session&) -> ExitCode { throw std::runtime_error("out of step"); };
+  command.needs = vptzctl::Needs::kNothing;
+  vptzctl::Invocation invocation;
+  invocation.command = &command;
+  invocation.json = true;
+  vptzctl::KeptClients clients;
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  const auto exit_code = static_cast<int>(vptzctl::RunInvocation(invocation, &clients));
+  const std::string output = testing::internal::GetCapturedStdout();
+  ExpectFailure({exit_code, output, testing::internal::GetCapturedStderr()}, 6, "unexpected");
+  EXPECT_EQ(Json::parse(output)["command"], "ptz dance");
 }
 
 TEST_F(CliTest, OutputThatCannotBeWrittenIsAFailure) {

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <exception>
 #include <string>
+#include <string_view>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -18,18 +19,25 @@
 namespace vptzctl {
 namespace {
 
+Failure Unexpected(const std::exception& error) { return {"unexpected", error.what(), ExitCode::kOther}; }
+
 ExitCode RunCommand(const Invocation& invocation, KeptClients* kept, Output* output) {
   Session session(invocation, *output, kept);
-  try {
-    session.Begin();
-    return invocation.command->run(session);
-  } catch (const CommandError& error) {
+  const auto fail = [&](const Failure& failure) {
     session.MeetDeadline();
     session.result.answers.clear();
     session.result.table.clear();
     session.result.lists.clear();
-    output->Fail(session.result, error.failure(), std::nullopt);
-    return error.failure().exit_code;
+    output->Fail(session.result, failure, std::nullopt);
+    return failure.exit_code;
+  };
+  try {
+    session.Begin();
+    return invocation.command->run(session);
+  } catch (const CommandError& error) {
+    return fail(error.failure());
+  } catch (const std::exception& error) {
+    return fail(Unexpected(error));
   }
 }
 
@@ -51,6 +59,16 @@ ExitCode FailWithUsage(const UsageError& error, bool json) {
   return ExitCode::kUsage;
 }
 
+// Whatever failed may fail in telling it, too.
+ExitCode FailUnexpectedly(const std::exception& error, bool json) noexcept {
+  try {
+    Output(json).Fail({}, Unexpected(error), std::nullopt);
+  } catch (const std::exception&) {
+    std::fprintf(stderr, "vptzctl: %s\n", error.what());
+  }
+  return ExitCode::kOther;
+}
+
 ExitCode RunInvocation(const Invocation& invocation, KeptClients* kept) {
   Output output(invocation.json);
   ExitCode exit_code = ExitCode::kDone;
@@ -70,17 +88,16 @@ ExitCode RunInvocation(const Invocation& invocation, KeptClients* kept) {
 
 int Run(int argc, const char* const* argv) noexcept {
   OccupyClosedStreams();
+  // A line that cannot be read may still say how it wants to be answered.
+  const bool json =
+      std::any_of(argv, argv + argc, [](const char* text) { return std::string_view(text) == "--json"; });
   try {
     if (argc > 1 && std::string(argv[1]) == "complete") return PrintCompletion({argv + 2, argv + argc});
     return static_cast<int>(RunInvocation(Parse(argc, argv)));
   } catch (const UsageError& error) {
-    // A line that cannot be read may still say how it wants to be answered.
-    const bool json =
-        std::any_of(argv, argv + argc, [](const char* text) { return std::string(text) == "--json"; });
     return static_cast<int>(FailWithUsage(error, json));
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "vptzctl: %s\n", error.what());
-    return static_cast<int>(ExitCode::kOther);
+    return static_cast<int>(FailUnexpectedly(error, json));
   }
 }
 

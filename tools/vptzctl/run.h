@@ -1,6 +1,8 @@
 #ifndef VPTZCTL_RUN_H
 #define VPTZCTL_RUN_H
 
+#include <exception>
+
 #include "failures.h"
 
 namespace vptzctl {
@@ -16,6 +18,9 @@ int Run(int argc, const char* const* argv) noexcept;
 // several commands in one process.
 ExitCode RunInvocation(const Invocation& invocation, KeptClients* kept = nullptr);
 ExitCode FailWithUsage(const UsageError& error, bool json);
+
+// What no command should throw: told all the same, in the form that is wanted.
+ExitCode FailUnexpectedly(const std::exception& error, bool json) noexcept;
 
 }  // namespace vptzctl
 

@@ -53,7 +53,7 @@ class Runner {
     try {
       exit_code = RunInvocation(invocation, &clients_);
     } catch (const std::exception& error) {
-      std::fprintf(stderr, "vptzctl: %s\n", error.what());
+      FailUnexpectedly(error, invocation.json);
     }
     Forget(invocation);
     return exit_code;
@@ -91,6 +91,10 @@ class Runner {
   const Invocation& defaults_;
   KeptClients clients_;
 };
+
+bool Leaves(const std::vector<std::string>& words) {
+  return words.size() == 1 && (words[0] == "exit" || words[0] == "quit");
+}
 
 // ---- from standard input -------------------------------------------------------
 
@@ -165,6 +169,7 @@ ExitCode RunScript(Runner* runner, bool keep_going, bool json) {
     std::vector<std::string> words;
     while ((result == ExitCode::kDone || keep_going) && script.Next(&words)) {
       if (words.empty()) continue;
+      if (Leaves(words)) break;
       const std::optional<Invocation> invocation = runner->Read(words);
       const ExitCode exit_code = invocation ? runner->Run(*invocation) : ExitCode::kUsage;
       EndIfInterrupted();
@@ -173,6 +178,9 @@ ExitCode RunScript(Runner* runner, bool keep_going, bool json) {
   } catch (const UsageError& error) {
     FailWithUsage(error, json);
     fail(ExitCode::kUsage);
+  } catch (const std::exception& error) {
+    FailUnexpectedly(error, json);
+    if (result == ExitCode::kDone) result = ExitCode::kOther;
   }
   return result;
 }
@@ -190,7 +198,7 @@ class Prompt {
     while (std::optional<std::string> line = ReadCommand()) {
       const std::vector<std::string> words = SplitWords(*line).words;
       if (words.empty()) continue;
-      if (words.size() == 1 && (words[0] == "exit" || words[0] == "quit")) return;
+      if (Leaves(words)) return;
       history_.Recall(*line);
       if (const std::optional<Invocation> invocation = runner_.Read(words)) {
         // A line that was not understood may hold anything, a password too.
