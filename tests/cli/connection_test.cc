@@ -8,6 +8,7 @@
 
 namespace {
 
+using testing::EndsWith;
 using testing::HasSubstr;
 using vptz_test::BusTest;
 using vptz_test::CliTest;
@@ -107,6 +108,19 @@ TEST(NoBrokerTest, OneLineTellsTheReasonAndNothingElse) {
   EXPECT_EQ(result.exit_code, 3);
   EXPECT_EQ(result.errors, "vptzctl: status: cannot connect to the message bus at " + address +
                                ": No such file or directory; is the broker running?\n");
+}
+
+TEST(NoBrokerTest, AnAddressThatNoBrokerCanHaveIsNamedSo) {
+  for (const std::string port : {"70000", "0", "-1", "1883x", ""}) {
+    const std::string address = "mqtt://[::1]:" + port;
+    EXPECT_THAT(RunTool({"--bus", address, "status"}).errors,
+                EndsWith(" at " + address + ": the port \"" + port + "\" is no number from 1 to 65535\n"));
+  }
+  const std::string longest = "unix:/" + std::string(106, 'a');
+  EXPECT_THAT(RunTool({"--bus", longest, "status"}).errors, HasSubstr(": No such file or directory;"));
+  EXPECT_THAT(RunTool({"--bus", longest + "a", "status"}).errors,
+              EndsWith(": the path has 108 bytes, and a socket's has 107 at most\n"));
+  EXPECT_THAT(RunTool({"--bus", "unix:here", "status"}).errors, EndsWith(": a path begins with /\n"));
 }
 
 TEST(NoBrokerTest, AServerThatTakesNoConnectionIsNamedSo) {

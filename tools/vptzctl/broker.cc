@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -53,7 +55,6 @@ class Socket {
 int TryPath(std::string_view path) {
   sockaddr_un address = {};
   address.sun_family = AF_UNIX;
-  if (path.size() >= sizeof address.sun_path) return ENAMETOOLONG;
   std::copy(path.begin(), path.end(), address.sun_path);
   return Socket(AF_UNIX).Connect(reinterpret_cast<const sockaddr*>(&address), sizeof address);
 }
@@ -61,6 +62,24 @@ int TryPath(std::string_view path) {
 struct FreeAddresses {
   void operator()(addrinfo* list) const { freeaddrinfo(list); }
 };
+
+// Why the bus takes no such address; empty when it does.
+std::string BadPath(std::string_view path) {
+  constexpr std::size_t kLongest = sizeof(sockaddr_un::sun_path) - 1;
+  if (path.empty() || path.front() != '/') return "a path begins with /";
+  if (path.size() <= kLongest) return "";
+  return "the path has " + std::to_string(path.size()) + " bytes, and a socket's has " +
+         std::to_string(kLongest) + " at most";
+}
+
+std::string BadPort(std::string_view port) {
+  constexpr int kLargest = 65535;
+  int number = 0;
+  const auto [rest, error] = std::from_chars(port.data(), port.data() + port.size(), number);
+  const bool whole = error == std::errc() && rest == port.data() + port.size();
+  if (whole && number >= 1 && number <= kLargest) return "";
+  return "the port \"" + std::string(port) + "\" is no number from 1 to " + std::to_string(kLargest);
+}
 
 // The reason why none of the host's addresses takes a connection; empty when one
 // does.
@@ -79,25 +98,44 @@ std::string TryHost(const std::string& host, const std::string& port) {
   return strerrordesc_np(error);
 }
 
-// Without a port the bus takes that of MQTT, or of MQTT over TLS.
-std::string TryServer(std::string server) {
+struct Server {
+  std::string host;
+  std::optional<std::string> port;
+};
+
+Server Split(std::string server) {
+  Server parts;
   const std::size_t colon = server.rfind(':');
-  const bool has_port = colon != std::string::npos && server.find(']', colon) == std::string::npos;
-  const std::string port = has_port ? server.substr(colon + 1) : "";
-  if (has_port) server.resize(colon);
+  if (colon != std::string::npos && server.find(']', colon) == std::string::npos) {
+    parts.port = server.substr(colon + 1);
+    server.resize(colon);
+  }
   if (server.size() > 2 && server.front() == '[') server = server.substr(1, server.size() - 2);
-  if (has_port) return TryHost(server, port);
-  const std::string reason = TryHost(server, "1883");
-  return reason.empty() || TryHost(server, "8883").empty() ? "" : reason;
+  parts.host = server;
+  return parts;
+}
+
+// Without a port the bus takes that of MQTT, or of MQTT over TLS.
+std::string TryServer(const Server& server) {
+  if (server.port) return TryHost(server.host, *server.port);
+  const std::string reason = TryHost(server.host, "1883");
+  return reason.empty() || TryHost(server.host, "8883").empty() ? "" : reason;
 }
 
 bool BeginsWith(std::string_view text, std::string_view beginning) {
   return text.substr(0, beginning.size()) == beginning;
 }
 
+std::string BadAddress(const std::string& address) {
+  if (BeginsWith(address, kUnix)) return BadPath(std::string_view(address).substr(kUnix.size()));
+  if (!BeginsWith(address, kMqtt)) return "an address is mqtt://host[:port] or unix:/path";
+  const Server server = Split(address.substr(kMqtt.size()));
+  return server.port ? BadPort(*server.port) : "";
+}
+
 // Empty when something takes connections there.
 std::string Refusal(const std::string& address) {
-  if (BeginsWith(address, kMqtt)) return TryServer(address.substr(kMqtt.size()));
+  if (BeginsWith(address, kMqtt)) return TryServer(Split(address.substr(kMqtt.size())));
   const int error = TryPath(std::string_view(address).substr(kUnix.size()));
   return error == 0 ? "" : strerrordesc_np(error);
 }
@@ -105,9 +143,8 @@ std::string Refusal(const std::string& address) {
 }  // namespace
 
 std::string WhyNotConnected(const std::string& address, std::chrono::duration<double> waited) {
-  if (!BeginsWith(address, kUnix) && !BeginsWith(address, kMqtt)) {
-    return "an address is mqtt://host[:port] or unix:/path";
-  }
+  std::string bad = BadAddress(address);
+  if (!bad.empty()) return bad;
   if (waited >= kLong) return "no answer in time; is the broker running?";
   const std::string reason = Refusal(address);
   if (!reason.empty()) return reason + "; is the broker running?";
