@@ -99,6 +99,17 @@ TEST_F(CliTest, FaultsAreSwitchedWhileTheServiceRuns) {
   CtlJson("ptz move 1 --pan 1");
 }
 
+TEST_F(CliTest, AFaultOfACameraThatIsNotThereIsTold) {
+  const RunResult result = Ctl("--json fault add offline --camera camara-1");
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_EQ(
+      result.errors,
+      "vptzctl: no camera in the database has the name \"camara-1\"; the fault concerns none until one does\n");
+  for (const char* camera : {"--camera camera-1", "--camera 2", ""}) {
+    EXPECT_EQ(Ctl(std::string("fault add offline ") + camera).errors, "") << camera;
+  }
+}
+
 TEST_F(CliTest, AFaultThatCannotBeIsRefusedWithItsReason) {
   const RunResult result = Ctl("--json fault add delay --method dance");
   ExpectFailure(result, 1, "bad_request");

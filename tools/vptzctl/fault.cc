@@ -1,11 +1,16 @@
 // The faults that the reference service's simulated cameras suffer on demand.
+#include <algorithm>
 #include <vector>
+
+#include <vptz/model/vptzmodel.h>
 
 #include <nlohmann/json.hpp>
 
 #include "command.h"
 #include "payload.h"
+#include "people.h"
 #include "session.h"
+#include "stored.h"
 
 namespace vptzctl {
 namespace {
@@ -85,13 +90,27 @@ Json Described(const Session& session) {
 
 ExitCode FaultList(Session& session) { return Finish(session, Ask(session, "")); }
 
+// The service takes any name: the camera may come later.
+void WarnOfUnknownName(const Session& session, const Json& fault) {
+  const auto name = fault.find("camera");
+  if (name == fault.end() || !name->is_string() || !VptzModel::Instance().IsConnected()) return;
+  const std::vector<StoredCamera> cameras = StoredCameras();
+  const bool known = std::any_of(cameras.begin(), cameras.end(),
+                                 [&](const StoredCamera& camera) { return camera.name == *name; });
+  if (known) return;
+  session.output.Note("no camera in the database has the name " + Quoted(*name) +
+                      "; the fault concerns none until one does");
+}
+
 // Beside the faults that are in force.
 ExitCode FaultAdd(Session& session) {
   const Answer now = Ask(session, "");
   if (now.status != 0) return Finish(session, now);
   Json faults = FaultsIn(now);
   faults.push_back(Described(session));
-  return Send(session, faults);
+  const ExitCode exit_code = Send(session, faults);
+  if (exit_code == ExitCode::kDone) WarnOfUnknownName(session, faults.back());
+  return exit_code;
 }
 
 ExitCode FaultClear(Session& session) { return Send(session, Json::array()); }
