@@ -7,6 +7,7 @@ namespace {
 using vptzctl::Argument;
 using vptzctl::EditDistance;
 using vptzctl::Flag;
+using vptzctl::FlagWithValue;
 using vptzctl::Nearest;
 using vptzctl::Number;
 using vptzctl::Suggestion;
@@ -42,6 +43,14 @@ TEST(MistakesTest, ValuesAreNoUnknownOptions) {
   EXPECT_EQ(UnknownOption({"--verbose", "--roll"}, known), "--roll");
   EXPECT_EQ(UnknownOption({"--", "--roll"}, known), "");
   EXPECT_EQ(UnknownOption({"--pan"}, known), "");
+}
+
+TEST(MistakesTest, AFlagWithAValueIsFound) {
+  const std::vector<Argument> known = {Number("--pan", "DEG", "deg", ""), Flag("--verbose", "").Letter("-v")};
+  EXPECT_EQ(FlagWithValue({"--pan=3", "--verbose=yes"}, known), "--verbose");
+  EXPECT_EQ(FlagWithValue({"-v=3"}, known), "-v");
+  EXPECT_EQ(FlagWithValue({"--verbose", "--roll=3", "--pan", "-v=3"}, known), "");
+  EXPECT_EQ(FlagWithValue({"--", "-v=3"}, known), "");
 }
 
 }  // namespace

@@ -22,7 +22,9 @@ const UsageCase kWrong[] = {
     {"UnknownCommand", {"dance"}, "there is no command \"dance\""},
     {"UnknownCommandOfAGroup", {"power", "cycle"}, "there is no command \"cycle\""},
     {"GroupAlone", {"serial"}, "a command is missing"},
-    {"TwoCommands", {"power", "on", "off"}, "off"},
+    {"TwoCommands", {"power", "on", "off"}, "there is a word too many: \"off\";"},
+    {"TwoWordsTooMany", {"ptz", "stop", "1", "2", "3"}, "there are words too many: \"2\", \"3\";"},
+    {"WordTooManyBehindDashes", {"ptz", "stop", "--", "1", "2"}, "there is a word too many: \"2\";"},
     {"UnknownOption", {"ptz", "stop", "1", "--roll"}, "--roll"},
     {"OptionOfAnotherCommand", {"ptz", "stop", "1", "--interval"}, "--interval"},
     {"UnknownOptionBesideAMissingCamera", {"ptz", "stop", "--bogus"}, "there is no option --bogus;"},
@@ -54,12 +56,23 @@ const UsageCase kWrong[] = {
     {"WaitWhileStoringHome", {"ptz", "home", "1", "--set", "--wait"}, "--set excludes --wait"},
     {"NoTimeToDrive", {"ptz", "drive", "1", "--pan", "1", "--for", "0"}, "must be 0.01 to 86400"},
     {"NoPreset", {"preset", "goto", "1"}, "give at least one of TOKEN, --id"},
-    {"TwoPresets", {"preset", "goto", "1", "a", "--id", "1"}, "excludes"},
+    {"TwoPresets", {"preset", "goto", "1", "a", "--id", "1"}, "--id excludes TOKEN;"},
     {"NameOfAKnownPreset", {"preset", "set", "1", "--id", "1", "--name", "a"}, "excludes"},
     {"NoImageValue", {"image", "set", "1"}, "give at least one of --brightness"},
     {"AllAndOneProfile", {"image", "set", "1", "--contrast", "1", "--all", "--profile", "2"}, "excludes"},
     {"UnknownNatType", {"nat", "query", "1", "--type", "ftp"}, "is not one of all|media|service|http"},
-    {"PasswordOnTheCommandLine", {"device", "login", "1", "admin", "secret"}, "secret"},
+    {"PasswordOnTheCommandLine",
+     {"device", "login", "1", "admin", "secret"},
+     "there is a word too many; it is not repeated here, for it may be a password;"},
+    {"PasswordInTwoWords",
+     {"device", "login", "1", "admin", "my", "secret"},
+     "there are 2 words too many; they are not repeated here, for one may be a password;"},
+    {"PasswordAsAnOption",
+     {"device", "login", "1", "admin", "-psecret"},
+     "an option is given that is not there; it is not repeated here"},
+    {"MistypedOptionOfALogin",
+     {"device", "login", "1", "admin", "--pasword-file", "a"},
+     "there is no option --pasword-file, perhaps --password-file is meant;"},
     {"PasswordWithoutUser", {"device", "add", "NDI", "a", "--password-stdin"}, "requires --user"},
     {"TwoPasswords", {"device", "login", "1", "admin", "--password-stdin", "--password-file", "a"}, "excludes"},
     {"NoSlave", {"device", "slave", "1"}, "give at least one of --slave, --address, --none"},
@@ -82,8 +95,11 @@ const UsageCase kWrong[] = {
     {"ReservedNumber", {"ptz", "move", "1", "--pan", "-9999999"}, "is reserved"},
     {"ReservedNumberInAnotherSpelling", {"ptz", "drive", "1", "--pan", "-9.999999e6"}, "is reserved"},
     {"NegativeSpeed", {"ptz", "move", "1", "--pan", "1", "--pan-speed", "-1"}, "must be 0 or more"},
-    {"NoValue", {"ptz", "move", "1", "--pan"}, "--pan"},
-    {"TwiceTheSame", {"ptz", "move", "1", "--pan", "1", "--pan", "2"}, "--pan"},
+    {"NoValue", {"ptz", "move", "1", "--pan"}, "--pan lacks its value, DEG;"},
+    {"NoValueBehindAnEqualsSign", {"ptz", "move", "1", "--pan="}, "--pan lacks its value, DEG;"},
+    {"NoAddress", {"status", "--bus"}, "--bus lacks its value, ADDRESS;"},
+    {"TwiceTheSame", {"ptz", "move", "1", "--pan", "1", "--pan", "2"}, "--pan is given more than once;"},
+    {"TwoTimeOuts", {"--timeout", "1", "status", "--timeout", "2"}, "--timeout is given more than once;"},
     {"NoAxis", {"ptz", "move", "1"}, "give at least one of --pan, --tilt, --zoom"},
     {"NoVelocity", {"ptz", "drive", "1"}, "give at least one of --pan, --tilt, --zoom"},
     {"SpeedOfAnotherAxis",
@@ -91,7 +107,8 @@ const UsageCase kWrong[] = {
      "--tilt-speed requires --tilt"},
     {"SpeedOfAContinuousMove", {"ptz", "drive", "1", "--pan", "1", "--pan-speed", "2"}, "--pan-speed"},
     {"SpeedWhileStoringHome", {"ptz", "home", "1", "--set", "--pan-speed", "2"}, "--set excludes --pan-speed"},
-    {"FlagWithAValue", {"ptz", "stop", "1", "--pan=false"}, "pan"},
+    {"FlagWithAValue", {"ptz", "stop", "1", "--pan=false"}, "--pan takes no value;"},
+    {"ShortFlagWithAValue", {"-v=3", "status"}, "-v takes no value;"},
     {"UnknownChoice", {"serial", "reset2p0", "maybe"}, "STATE \"maybe\" is not one of on|off"},
     {"EmptyPort", {"serial", "add", ""}, "TTY \"\" is empty"},
     {"EmptyAddress", {"--bus", "", "status"}, "--bus \"\" is empty"},
@@ -111,6 +128,15 @@ TEST_P(UsageTest, IsRefusedInWords) {
   EXPECT_THAT(result.errors, testing::StartsWith("vptzctl: "));
   EXPECT_THAT(result.errors, HasSubstr(GetParam().reason));
   EXPECT_THAT(result.errors, HasSubstr("; see 'vptzctl"));
+}
+
+// The library that reads command lines has messages of its own.
+TEST_P(UsageTest, IsRefusedInTheToolsOwnWords) {
+  const std::string errors = RunTool(GetParam().words).errors;
+  for (const char* foreign : {"At Most", "At least", "required but", "required DEG", "not expected", "override",
+                              "Expected", "subcommand", "you should not see"}) {
+    EXPECT_THAT(errors, testing::Not(HasSubstr(foreign)));
+  }
 }
 
 TEST_P(UsageTest, IsRefusedInJson) {
@@ -147,6 +173,25 @@ TEST(HelpTest, UnitsAndLimitsAreTold) {
 TEST(UsageTextTest, TheValueOfAnUnknownOptionIsNotRepeated) {
   EXPECT_THAT(RunTool({"device", "login", "1", "admin", "--password=secret"}).errors,
               testing::Not(HasSubstr("secret")));
+}
+
+TEST(UsageTextTest, AWordThatMayBeAPasswordIsNotRepeated) {
+  for (const Words& words : std::vector<Words>{{"device", "login", "1", "admin", "secret"},
+                                               {"device", "login", "1", "admin", "--", "secret"},
+                                               {"device", "login", "1", "admin", "-psecret"},
+                                               {"device", "login", "1", "admin", "--secret"},
+                                               {"device", "add", "NDI", "a", "--user", "b", "secret"},
+                                               {"device", "add-onvif", "a", "--user", "b", "secret"},
+                                               {"device", "slave", "1", "--address", "a", "secret"},
+                                               {"device", "declare", "1", "--user", "b", "secret"},
+                                               {"help", "device", "login", "1", "admin", "secret"}}) {
+    const RunResult result = RunTool(words);
+    EXPECT_EQ(result.exit_code, 2) << result.errors;
+    EXPECT_THAT(result.errors, testing::Not(HasSubstr("secret")));
+    Words in_json = words;
+    in_json.insert(in_json.begin(), "--json");
+    EXPECT_THAT(RunTool(in_json).output, testing::Not(HasSubstr("secret")));
+  }
 }
 
 TEST(HelpTest, HelpOfACommandOrGroupIsItsOwn) {

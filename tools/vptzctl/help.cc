@@ -26,12 +26,22 @@ std::string HelpText(const std::vector<std::string>& words) {
   return Parse(static_cast<int>(argv.size()), argv.data()).text;
 }
 
+// What stands behind a command's own words is not repeated: it may be a password.
+std::string WhyNoHelp(std::vector<std::string> words) {
+  constexpr std::size_t kLongestCommand = 2;
+  const bool alone = IsCommand(words[0]);
+  words.resize(std::min(words.size(), alone ? 1 : kLongestCommand));
+  const std::string name = Joined(words, " ");
+  const std::string reason = IsCommand(name) ? "there is more than the command \"" + name + "\""
+                                             : "there is no command \"" + name + "\"";
+  return reason + "; 'vptzctl help' lists them";
+}
+
 ExitCode Help(Session& session) {
   const std::vector<std::string> words = session.Texts("COMMAND");
   const std::string name = Joined(words, " ");
   if (!name.empty() && !IsGroup(name) && !IsCommand(name)) {
-    throw CommandError(
-        {"usage", "there is no command \"" + name + "\"; 'vptzctl help' lists them", ExitCode::kUsage});
+    throw CommandError({"usage", WhyNoHelp(words), ExitCode::kUsage});
   }
   session.output.Print(HelpText(words));
   return ExitCode::kDone;

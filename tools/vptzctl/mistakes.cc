@@ -26,6 +26,24 @@ const Argument* Find(const std::string& name, const std::vector<Argument>& known
   return found == known.end() ? nullptr : &*found;
 }
 
+// The name of the first option that is wanted; empty when none is. `is_wanted` is
+// asked about what is known of it, which may be null, and whether a value is
+// joined to it.
+template <class Condition>
+std::string FirstOption(const std::vector<std::string>& words, const std::vector<Argument>& known,
+                        Condition is_wanted) {
+  for (auto word = words.begin(); word != words.end() && *word != "--"; ++word) {
+    if (!LooksLikeAnOption(*word)) continue;
+    const std::size_t equals = word->find('=');
+    const Argument* const option = Find(word->substr(0, equals), known);
+    const bool joined = equals != std::string::npos;
+    if (is_wanted(option, joined)) return word->substr(0, equals);
+    const bool value_follows = option != nullptr && option->kind != Kind::kFlag && !joined;
+    if (value_follows && word + 1 != words.end()) ++word;
+  }
+  return "";
+}
+
 }  // namespace
 
 std::size_t EditDistance(const std::string& one, const std::string& other) {
@@ -66,15 +84,13 @@ std::string Suggestion(const std::string& text, const std::vector<std::string>& 
 }
 
 std::string UnknownOption(const std::vector<std::string>& words, const std::vector<Argument>& known) {
-  for (auto word = words.begin(); word != words.end() && *word != "--"; ++word) {
-    if (!LooksLikeAnOption(*word)) continue;
-    const std::size_t equals = word->find('=');
-    const Argument* const option = Find(word->substr(0, equals), known);
-    if (option == nullptr) return word->substr(0, equals);
-    const bool value_follows = option->kind != Kind::kFlag && equals == std::string::npos;
-    if (value_follows && word + 1 != words.end()) ++word;
-  }
-  return "";
+  return FirstOption(words, known, [](const Argument* option, bool) { return option == nullptr; });
+}
+
+std::string FlagWithValue(const std::vector<std::string>& words, const std::vector<Argument>& known) {
+  return FirstOption(words, known, [](const Argument* option, bool has_value) {
+    return option != nullptr && option->kind == Kind::kFlag && has_value;
+  });
 }
 
 }  // namespace vptzctl

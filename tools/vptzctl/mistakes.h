@@ -24,6 +24,10 @@ std::string Suggestion(const std::string& text, const std::vector<std::string>& 
 // ones; empty when there is none. A known option's value is no option.
 std::string UnknownOption(const std::vector<std::string>& words, const std::vector<Argument>& known);
 
+// The first flag that is given a value, as in "--json=yes"; empty when there is
+// none.
+std::string FlagWithValue(const std::vector<std::string>& words, const std::vector<Argument>& known);
+
 }  // namespace vptzctl
 
 #endif

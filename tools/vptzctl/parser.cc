@@ -8,6 +8,7 @@
 
 #include "command.h"
 #include "mistakes.h"
+#include "password.h"
 #include "usage.h"
 
 namespace vptzctl {
@@ -58,6 +59,9 @@ std::string Operations(const Command& command) {
 
 CLI::callback_t Into(Values* values, const Argument& argument) {
   return [values, &argument](const CLI::results_t& texts) {
+    if (texts.size() > 1 && argument.kind != Kind::kTexts) {
+      throw CLI::ValidationError(argument.name + " is given more than once");
+    }
     try {
       const Value first = ReadValue(argument, texts.front());
       (*values)[argument.name] = argument.kind == Kind::kTexts ? Value(texts) : first;
@@ -86,14 +90,8 @@ void AddOption(CLI::App* app, const Argument& argument, Values* values) {
   }
   CLI::Option* option = app->add_option(argument.name, Into(values, argument), help);
   option->type_name(argument.placeholder)->option_text(ValueText(argument))->required(MustBeGiven(argument));
-  if (argument.kind == Kind::kTexts) option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   if (argument.kind == Kind::kTexts && !argument.IsOption()) option->expected(-1)->allow_extra_args();
-}
-
-void Relate(CLI::App* app, const Argument& argument) {
-  CLI::Option* option = app->get_option(argument.name);
-  if (!argument.needs.empty()) option->needs(app->get_option(argument.needs));
-  for (const std::string& other : argument.excludes) option->excludes(app->get_option(other));
 }
 
 void AddCommand(CLI::App* parent, const Command& command, Invocation* invocation) {
@@ -102,7 +100,6 @@ void AddCommand(CLI::App* parent, const Command& command, Invocation* invocation
   app->group("");
   app->footer(Operations(command));
   for (const Argument& argument : command.arguments) AddOption(app, argument, &invocation->values);
-  for (const Argument& argument : command.arguments) Relate(app, argument);
   app->callback([invocation, &command] { invocation->command = &command; });
 }
 
@@ -137,7 +134,20 @@ void RequireOneOf(const Command& command, const Values& values) {
   throw UsageError("give at least one of " + Joined(wanted, ", "));
 }
 
+void RequireCompanions(const Command& command, const Values& values) {
+  for (const Argument& argument : command.arguments) {
+    if (values.count(argument.name) == 0) continue;
+    if (!argument.needs.empty() && values.count(argument.needs) == 0) {
+      throw UsageError(argument.name + " requires " + argument.needs);
+    }
+    for (const std::string& other : argument.excludes) {
+      if (values.count(other) > 0) throw UsageError(argument.name + " excludes " + other);
+    }
+  }
+}
+
 void Complete(Invocation* invocation, const Values& globals) {
+  RequireCompanions(*invocation->command, invocation->values);
   RequireOneOf(*invocation->command, invocation->values);
   for (const Argument& argument : invocation->command->arguments) {
     invocation->values.emplace(argument.name, argument.fallback);
@@ -165,6 +175,8 @@ std::vector<std::string> PossibleCommands(const CLI::App& app) {
   return names;
 }
 
+// ---- what is wrong, in the tool's own words --------------------------------------
+
 constexpr char kNoCommand[] = "a command is missing";
 
 // Why no command was reached, which the parsing library does not tell.
@@ -183,19 +195,34 @@ std::string Understood(const CLI::App& app) {
   return chosen.empty() ? app.get_name() : app.get_name() + " " + Understood(*chosen.front());
 }
 
+// Null as long as the words have reached none.
+const Command* UnderstoodCommand(const CLI::App& app) {
+  for (const Command& command : Commands()) {
+    if (app.get_name() + " " + command.Name() == Understood(app)) return &command;
+  }
+  return nullptr;
+}
+
 // The options that the understood command takes.
 std::vector<Argument> PossibleOptions(const CLI::App& app) {
   std::vector<Argument> options = GlobalArguments();
   options.push_back(Flag("--help", "").Letter("-h"));
   options.push_back(Flag("--version", ""));
-  for (const Command& command : Commands()) {
-    if (app.get_name() + " " + command.Name() != Understood(app)) continue;
-    for (const Argument& argument : command.arguments) {
-      if (argument.IsOption()) options.push_back(argument);
-    }
+  const Command* const command = UnderstoodCommand(app);
+  if (command == nullptr) return options;
+  for (const Argument& argument : command->arguments) {
+    if (argument.IsOption()) options.push_back(argument);
   }
   return options;
 }
+
+// Whether a word that has no place may be a password.
+bool MayBeAPassword(const CLI::App& app) {
+  const Command* const command = UnderstoodCommand(app);
+  return command != nullptr && TakeAPassword(command->arguments);
+}
+
+constexpr char kNotRepeated[] = "; it is not repeated here, for it may be a password";
 
 // Why a word that is written like an option was not understood; empty when there
 // is none.
@@ -206,7 +233,11 @@ std::string UnknownOptionReason(const CLI::App& app, const std::vector<std::stri
   std::vector<std::string> names;
   names.reserve(options.size());
   for (const Argument& option : options) names.push_back(option.name);
-  return "there is no option " + unknown + Suggestion(unknown, names);
+  const std::string suggestion = Suggestion(unknown, names);
+  if (suggestion.empty() && MayBeAPassword(app)) {
+    return std::string("an option is given that is not there") + kNotRepeated;
+  }
+  return "there is no option " + unknown + suggestion;
 }
 
 [[noreturn]] void Refuse(const CLI::App& app, const std::string& reason) {
@@ -222,12 +253,60 @@ std::string UnknownOptionReason(const CLI::App& app, const std::vector<std::stri
   Refuse(app, unknown.empty() ? otherwise : unknown);
 }
 
+std::string MissingArgument(const CLI::App& app, const Values& values) {
+  const Command* const command = UnderstoodCommand(app);
+  if (command == nullptr) return MissingCommand(app);
+  for (const Argument& argument : command->arguments) {
+    if (MustBeGiven(argument) && values.count(argument.name) == 0) return argument.name + " is required";
+  }
+  return "an argument is missing";
+}
+
+std::string FlagWithValueReason(const CLI::App& app, const std::vector<std::string>& words) {
+  const std::string flag = FlagWithValue(words, PossibleOptions(app));
+  return flag.empty() ? "" : flag + " takes no value";
+}
+
+// The mark behind which words are no options is none of them.
+std::vector<std::string> WordsLeft(const CLI::App& app) {
+  std::vector<std::string> rest = app.remaining(true);
+  const auto mark = std::find(rest.begin(), rest.end(), "--");
+  if (mark != rest.end()) rest.erase(mark);
+  return rest;
+}
+
+std::string TooManyWords(const CLI::App& app, const std::vector<std::string>& words) {
+  std::string flag = FlagWithValueReason(app, words);
+  if (!flag.empty()) return flag;
+  const std::vector<std::string> rest = WordsLeft(app);
+  const bool one = rest.size() == 1;
+  if (MayBeAPassword(app)) {
+    return one ? std::string("there is a word too many") + kNotRepeated
+               : "there are " + std::to_string(rest.size()) +
+                     " words too many; they are not repeated here, for one may be a password";
+  }
+  return (one ? "there is a word too many: \"" : "there are words too many: \"") + Joined(rest, "\", \"") +
+         "\"";
+}
+
+// An option without a value can only be the last word.
+std::string BadValueCount(const CLI::App& app, const std::vector<std::string>& words) {
+  std::string flag = FlagWithValueReason(app, words);
+  if (!flag.empty()) return flag;
+  const std::string last = words.empty() ? "" : words.back().substr(0, words.back().find('='));
+  for (const Argument& option : PossibleOptions(app)) {
+    if (option.name == last) return last + " lacks its value, " + option.placeholder;
+  }
+  return "an option lacks its value";
+}
+
 }  // namespace
 
 Invocation Parse(int argc, const char* const* argv) {
   Invocation invocation;
   Values globals;
   CLI::App app(kDescription, "vptzctl");
+  const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
   Build(&app, &invocation, &globals);
   try {
     app.parse(argc, argv);
@@ -236,12 +315,16 @@ Invocation Parse(int argc, const char* const* argv) {
     invocation.text = std::string(version.what()) + "\n";
   } catch (const CLI::CallForHelp&) {
     invocation.text = app.help();
-  } catch (const CLI::RequiredError& error) {
-    RefuseWords(app, {argv + 1, argv + argc}, ReachedACommand(app) ? error.what() : MissingCommand(app));
-  } catch (const CLI::ExtrasError& error) {
-    RefuseWords(app, {argv + 1, argv + argc}, error.what());
-  } catch (const CLI::ParseError& error) {
+  } catch (const CLI::RequiredError&) {
+    RefuseWords(app, words, MissingArgument(app, invocation.values));
+  } catch (const CLI::ExtrasError&) {
+    RefuseWords(app, words, TooManyWords(app, words));
+  } catch (const CLI::ArgumentMismatch&) {
+    Refuse(app, BadValueCount(app, words));
+  } catch (const CLI::ValidationError& error) {
     Refuse(app, error.what());
+  } catch (const CLI::ParseError&) {
+    Refuse(app, "the command line cannot be read");
   } catch (const UsageError& error) {
     Refuse(app, error.what());
   }

@@ -1,5 +1,6 @@
 #include "password.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -157,6 +158,11 @@ std::vector<Argument> PasswordArguments(const std::string& needs) {
 }
 
 std::string ReadPassword(Session& session) {
+bool TakeAPassword(const std::vector<Argument>& arguments) {
+  return std::any_of(arguments.begin(), arguments.end(),
+                     [](const Argument& argument) { return argument.name == kFileOption; });
+}
+
   session.StopClock();
   std::string password = session.Given(kFileOption)   ? FromFile(session.Text(kFileOption))
                          : session.Flag(kInputOption) ? FromInput()

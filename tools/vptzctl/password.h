@@ -15,6 +15,9 @@ class Session;
 // there is no password, if there is one.
 std::vector<Argument> PasswordArguments(const std::string& needs = "");
 
+// Whether these are the arguments of a command that takes a password.
+bool TakeAPassword(const std::vector<Argument>& arguments);
+
 // Reads the password from where the command line says, else from the terminal
 // without an echo. Its line end does not count. Throws CommandError when it
 // cannot be read.
