@@ -90,6 +90,55 @@ TEST_F(ShellTest, RunsWhatIsTypedAndLeavesAtTheEndOfInput) {
   EXPECT_EQ(Leave(), 0);
 }
 
+TEST_F(ShellTest, KeysThatAreTypedAheadReachTheNextPromptsAsTheyWerePressed) {
+  constexpr int kLines = 60;
+  Open("--timeout 60");
+  Type("status\n");
+  EXPECT_TRUE(Shows("running"));
+  service->Signal(SIGSTOP);
+  Type("ptz stop 1\n");
+  EXPECT_TRUE(Shows("ptz stop 1\r\n")) << Output();
+  for (int i = 0; i < kLines; ++i) {
+    Press("ptz posix");
+    Press("\x7ftion 1\n");
+  }
+  Press("xx\x15power status\n\x04");
+  service->Signal(SIGCONT);
+  EXPECT_EQ(Wait(), 0) << Output();
+  EXPECT_EQ(Count(Output(), "track mode"), static_cast<std::size_t>(kLines));
+  EXPECT_EQ(Count(Output(), "power  on"), 1u);
+  EXPECT_EQ(Count(Output(), "there is no command"), 0u);
+}
+
+TEST_F(ShellTest, AQuestionIsAnsweredByWhatIsTypedBehindIt) {
+  const std::string path = Write("presets.json", R"({"format": "vptz-presets", "version": 1, "presets":)"
+                                                 R"( [{"token": "a", "pan": 1, "tilt": 0, "zoom": 1}]})");
+  Open();
+  Type("preset import 1 " + path + "\n");
+  EXPECT_TRUE(Shows("Go on? [y/N] ")) << Output();
+  Press("nn\x7f\x7fy\n");
+  EXPECT_TRUE(Shows("returns    yes")) << Output();
+  EXPECT_EQ(Leave(), 0);
+}
+
+TEST_F(ShellTest, TheTerminalIsGivenBackWhateverEndsTheShell) {
+  service->Signal(SIGSTOP);
+  std::string shell;
+  for (const std::string& word : ToolOnBus("--timeout 3600 shell")) shell += word + " ";
+  const std::string inner = Write("inner.sh", "echo $$ >pid\nexec " + shell + "\n");
+  const std::string outer =
+      Write("outer.sh", "cd " + broker.folder() + "\nstty -a >before\nsh " + inner + "\nstty -a >after\n");
+  Process terminal(InTerminal({"sh", outer}), Environment());
+  EXPECT_TRUE(WaitUntil([&] { return Count(terminal.Output(), "vptzctl> ") == 1; })) << terminal.Output();
+  terminal.Write("ptz stop 1\n");
+  EXPECT_TRUE(WaitUntil([&] { return Count(terminal.Output(), "ptz stop 1\r\n") == 1; }));
+  kill(std::stoi(Content(broker.folder() + "/pid")), SIGTERM);
+  terminal.Wait();
+  service->Signal(SIGCONT);
+  EXPECT_NE(Content(broker.folder() + "/before"), "");
+  EXPECT_EQ(Content(broker.folder() + "/after"), Content(broker.folder() + "/before"));
+}
+
 TEST_F(ShellTest, ExitLeaves) {
   Open("--json");
   Type("status\n");

@@ -51,6 +51,12 @@ int NextKey(FILE* stream) {
   return '\n';
 }
 
+// ---- terminal ------------------------------------------------------------------
+
+// The library believes that the terminal is as it wants it as long as it does not
+// give it back; a signal that ends or stops the process asks for that, too.
+void GiveTerminalBack() { RL_ISSTATE(RL_STATE_SIGHANDLER) ? rl_deprep_terminal() : LineTerminal::Keep(); }
+
 // ---- completion ----------------------------------------------------------------
 
 std::vector<std::string> texts;
@@ -137,16 +143,20 @@ LineEditor::LineEditor(PromptInterrupt& interrupt, Library library) {
   if (isatty(STDOUT_FILENO) == 0) rl_outstream = stderr;
   rl_initialize();
   rl_getc_function = NextKey;
+  rl_deprep_term_function = GiveTerminalBack;
   SetUpCompletion();
 }
 
 LineEditor::~LineEditor() {
+  rl_deprep_term_function = rl_deprep_terminal;
+  rl_deprep_terminal();
   prompt_interrupt = nullptr;
   library_of_names = nullptr;
 }
 
 std::optional<std::string> LineEditor::Read(const std::string& prompt) {
   line_interrupted = false;
+  LineTerminal::Resume();
   char* const typed = readline(prompt.c_str());
   if (line_interrupted) {
     std::free(typed);

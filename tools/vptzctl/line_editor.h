@@ -6,6 +6,7 @@
 #include <string>
 
 #include "completion.h"
+#include "line_terminal.h"
 #include "prompt_interrupt.h"
 
 namespace vptzctl {
@@ -22,6 +23,9 @@ class LineEditor {
   // empty one, and interrupted() is true, after Ctrl-C.
   std::optional<std::string> Read(const std::string& prompt);
   bool interrupted() const;
+
+ private:
+  const LineTerminal terminal_;
 };
 
 }  // namespace vptzctl

@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 #include "failures.h"
+#include "line_terminal.h"
 #include "session.h"
 
 namespace vptzctl {
@@ -157,13 +158,14 @@ std::vector<Argument> PasswordArguments(const std::string& needs) {
   return {file.Needs(needs), input.Needs(needs)};
 }
 
-std::string ReadPassword(Session& session) {
 bool TakeAPassword(const std::vector<Argument>& arguments) {
   return std::any_of(arguments.begin(), arguments.end(),
                      [](const Argument& argument) { return argument.name == kFileOption; });
 }
 
+std::string ReadPassword(Session& session) {
   session.StopClock();
+  const OrdinaryTerminal ordinary;
   std::string password = session.Given(kFileOption)   ? FromFile(session.Text(kFileOption))
                          : session.Flag(kInputOption) ? FromInput()
                                                       : FromTerminal();

@@ -5,6 +5,7 @@
 
 #include <unistd.h>
 
+#include "line_terminal.h"
 #include "printable.h"
 #include "session.h"
 
@@ -26,6 +27,7 @@ Argument YesArgument() { return Flag(kYes, "do not ask").Unreported(); }
 void Confirm(Session& session, const std::string& question) {
   if (session.Flag(kYes) || isatty(STDIN_FILENO) != 1 || isatty(STDERR_FILENO) != 1) return;
   session.StopClock();
+  const OrdinaryTerminal ordinary;
   std::fputs((Printable(question) + " [y/N] ").c_str(), stderr);
   const bool yes = SaysYes();
   session.StartClock();
