@@ -4,10 +4,7 @@
 
 #include <vptz/model/vptzmodel.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <chrono>
-#include <thread>
 
 #include "model/raw_database.h"
 #include "vptz_client/command_test.h"
@@ -23,6 +20,7 @@ using vptz_test::BusCall;
 using vptz_test::ClientTest;
 using vptz_test::ConnectedClientTest;
 using vptz_test::Insert;
+using vptz_test::TwoDevicesWithEverything;
 
 std::string InsertDevice(int id, const std::string& protocol = "NULL") {
   return Insert("device", {{"id", std::to_string(id)}, {"protocol", protocol}});
@@ -204,16 +202,6 @@ TEST_F(RegistryTest, RowsWithoutAnOwnerBelongToNoDevice) {
 
 // ---- bus calls while the registry loads ------------------------------------
 
-std::string TwoDevicesWithEverything() {
-  return Insert("device", {{"id", "1"}, {"service_uri", "'http://s1'"}, {"http_uri", "'http://h1'"}}) +
-         Insert("device", {{"id", "2"}, {"service_uri", "'rs232://s2'"}, {"http_uri", "'http://h2'"}}) +
-         Insert("device", {{"id", "3"}, {"service_uri", "'s3 by https'"}}) +
-         Insert("media", {{"id", "14"}, {"device", "1"}, {"url", "'rtsp://m14'"}}) +
-         Insert("media", {{"id", "12"}, {"device", "2"}, {"url", "'rtsp://m12'"}}) +
-         Insert("media", {{"id", "11"}, {"device", "1"}, {"url", "'rtsp://m11'"}}) +
-         Insert("ptz", {{"id", "21"}, {"device", "1"}, {"node", "'ptz0'"}});
-}
-
 TEST_F(RegistryTest, EachDevicesWebAddressesAreAskedForAndThenItsStreamsOneDeviceAfterTheOther) {
   Store(TwoDevicesWithEverything());
   client.LoadDevices();
@@ -324,75 +312,6 @@ TEST_F(RegistryTest, TextsOf100kBAreLoadedWhole) {
   ASSERT_NE(device, nullptr);
   EXPECT_EQ(device->mac, text);
   EXPECT_EQ(Sent().at(0), "query_nat_uri 1 2 http" + text);
-}
-
-// ---- a service that does not answer in time ----------------------------------
-
-// The bus waits as long as it is told.
-class PatienceTest : public RegistryTest {
- protected:
-  // Each query takes that long and fails when that is its time-out.
-  void LetQueriesTake(std::chrono::milliseconds time) {
-    bus.on_call = [this, time](const BusCall& call) {
-      if (call.name != "query_nat_uri") return bus.ReplyWith(vptz_test::StatusReply(0));
-      const auto took = std::min<std::chrono::milliseconds>(time, std::chrono::seconds(call.timeout));
-      std::this_thread::sleep_for(took);
-      bus.ReplyWith(AddressReply("outside"));
-      if (took < time) bus.FailCalls(-ETIMEDOUT);
-    };
-  }
-
-  std::vector<int> TimeoutsOfQueries() const {
-    std::vector<int> timeouts;
-    for (const BusCall& call : bus.CallsOf("bus_method_call_sync")) {
-      if (call.name == "query_nat_uri") timeouts.push_back(call.timeout);
-    }
-    return timeouts;
-  }
-};
-
-TEST_F(PatienceTest, ALookupWaitsOneTimeOutForAServiceThatIsSilent) {
-  vptz_test::WriteConfigFile("[MQTT]\ntimeout=1\n");
-  VptzClient impatient;
-  EXPECT_EQ(impatient.Connect("camera-app", nullptr), 0);
-  Store(TwoDevicesWithEverything());
-  LetQueriesTake(std::chrono::hours(1));
-  const std::vector<CVptzDevice>& devices = *impatient.QueryDeviceAll();
-  EXPECT_THAT(TimeoutsOfQueries(), ElementsAre(1));
-  ASSERT_EQ(devices.size(), 3u);
-  EXPECT_EQ(devices[0].nat_service_uri, "http://s1");
-  EXPECT_EQ(devices[0].nat_http_uri, "http://h1");
-  ASSERT_EQ(devices[0].media_list.size(), 2u);
-  EXPECT_EQ(devices[0].media_list[1].nat_url, "rtsp://m14");
-  EXPECT_EQ(devices[2].nat_service_uri, "s3 by https");
-  EXPECT_NE(impatient.QueryDeviceById(1), nullptr);
-  EXPECT_THAT(TimeoutsOfQueries(), ElementsAre(1, 1)) << "another lookup asks anew";
-}
-
-TEST_F(PatienceTest, ALookupGivesEachQueryWhatIsLeftOfItsTime) {
-  vptz_test::WriteConfigFile("[MQTT]\ntimeout=2\n");
-  VptzClient impatient;
-  EXPECT_EQ(impatient.Connect("camera-app", nullptr), 0);
-  Store(TwoDevicesWithEverything());
-  LetQueriesTake(std::chrono::milliseconds(700));
-  const std::vector<CVptzDevice>& devices = *impatient.QueryDeviceAll();
-  const std::vector<int> timeouts = TimeoutsOfQueries();
-  ASSERT_EQ(timeouts.size(), 3u);
-  EXPECT_EQ(timeouts[0], 2);
-  EXPECT_EQ(timeouts[2], 1);
-  EXPECT_EQ(devices.at(0).nat_service_uri, "outside");
-  EXPECT_EQ(devices.at(1).media_list.at(0).nat_url, "rtsp://m12");
-}
-
-TEST_F(PatienceTest, EnablingNatWaitsOneTimeOutForTheRegistryAndOneForTheDevice) {
-  vptz_test::WriteConfigFile("[MQTT]\ntimeout=1\n");
-  VptzClient impatient;
-  EXPECT_EQ(impatient.Connect("camera-app", nullptr), 0);
-  Store(TwoDevicesWithEverything());
-  LetQueriesTake(std::chrono::hours(1));
-  EXPECT_EQ(impatient.EnableNAT(1, NAT_ALL, nullptr), 0);
-  EXPECT_THAT(TimeoutsOfQueries(), ElementsAre(1, 1));
-  EXPECT_EQ(vptz::ClientAccess::Devices(impatient).at(0).nat_http_uri, "http://h1");
 }
 
 // ---- counts ----------------------------------------------------------------

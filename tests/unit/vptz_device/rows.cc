@@ -62,4 +62,14 @@ std::string InsertMovementParameter(int movement, const std::string& name, const
   return InsertParameter("movement", movement, name, numbers);
 }
 
+std::string TwoDevicesWithEverything() {
+  return Insert("device", {{"id", "1"}, {"service_uri", "'http://s1'"}, {"http_uri", "'http://h1'"}}) +
+         Insert("device", {{"id", "2"}, {"service_uri", "'rs232://s2'"}, {"http_uri", "'http://h2'"}}) +
+         Insert("device", {{"id", "3"}, {"service_uri", "'s3 by https'"}}) +
+         Insert("media", {{"id", "14"}, {"device", "1"}, {"url", "'rtsp://m14'"}}) +
+         Insert("media", {{"id", "12"}, {"device", "2"}, {"url", "'rtsp://m12'"}}) +
+         Insert("media", {{"id", "11"}, {"device", "1"}, {"url", "'rtsp://m11'"}}) +
+         Insert("ptz", {{"id", "21"}, {"device", "1"}, {"node", "'ptz0'"}});
+}
+
 }  // namespace vptz_test

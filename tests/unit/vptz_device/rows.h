@@ -18,6 +18,10 @@ std::string Insert(const std::string& table, const Columns& columns);
 std::string InsertMediaParameter(int media, const std::string& name, const std::string& numbers);
 std::string InsertMovementParameter(int movement, const std::string& name, const std::string& numbers);
 
+// Three devices whose addresses a registry load asks for in seven queries: two of
+// the first, then its two streams, one stream of the second, and the third's own.
+std::string TwoDevicesWithEverything();
+
 }  // namespace vptz_test
 
 #endif
