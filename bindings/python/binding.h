@@ -60,6 +60,10 @@ int AnswerOrRaise(int result);
 // Raises vptz.UnknownDeviceError.
 [[noreturn]] void RaiseUnknownDevice(int device_id);
 
+// Raises ValueError for a text with a NUL character, where the library would take it
+// for the text's end.
+void RefuseNul(const std::string& text, const char* what);
+
 // What Client.devices and Client.ptz_profile return.
 py::list Devices(Client& client);
 VptzPtzData PtzProfile(Client& client, unsigned int device_id, const std::string& token, int timeout);

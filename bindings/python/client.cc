@@ -31,36 +31,33 @@ void AwaitQuietly(Monitor& monitor, Done done) {
 
 }  // namespace
 
-// Gives the turn back that a call has taken. A call that a signal handler makes
-// within another one's wait has the turn already, and leaves it there.
-class Client::Turn {
- public:
-  explicit Turn(Client& client) : client_(client) {}
-  ~Turn() {
-    if (!taken_) return;
-    {
-      const std::lock_guard<std::mutex> lock(client_.monitor_->mutex);
-      client_.turn_ = std::thread::id();
-    }
-    client_.monitor_->changed.notify_all();
+// In a child made by fork() the mutex is the parent's.
+Client::Turn::~Turn() {
+  if (!taken_ || client_.Inherited()) return;
+  {
+    const std::lock_guard<std::mutex> lock(client_.monitor_->mutex);
+    client_.turn_ = std::thread::id();
   }
-  Turn(const Turn&) = delete;
-  Turn& operator=(const Turn&) = delete;
+  client_.monitor_->changed.notify_all();
+}
 
-  // Needs the mutex. Whether this thread may make its call now.
-  bool Take() {
-    const std::thread::id self = std::this_thread::get_id();
-    if (client_.turn_ == self) return true;
-    if (client_.turn_ != std::thread::id()) return false;
-    client_.turn_ = self;
-    taken_ = true;
-    return true;
+void Client::Turn::Wait() {
+  if (client_.Inherited()) RaiseUnlessDone(-ENOTCONN);
+  if (OnMainThread()) {
+    return Await(client_.monitor_->mutex, client_.monitor_->changed, [this] { return Take(); });
   }
+  const WithoutGil others_run;
+  AwaitQuietly(*client_.monitor_, [this] { return Take(); });
+}
 
- private:
-  Client& client_;
-  bool taken_ = false;
-};
+bool Client::Turn::Take() {
+  const std::thread::id self = std::this_thread::get_id();
+  if (client_.turn_ == self) return true;
+  if (client_.turn_ != std::thread::id()) return false;
+  client_.turn_ = self;
+  taken_ = true;
+  return true;
+}
 
 Client::Client() : generation_(ForkGeneration()) {
   const WithoutGil others_run;
@@ -138,7 +135,7 @@ void Client::HandOver(const std::shared_ptr<Task>& task, const VptzClient* wante
   std::mutex& mutex = monitor_->mutex;
   std::condition_variable& changed = monitor_->changed;
   Turn turn(*this);
-  Await(mutex, changed, [&] { return turn.Take(); });
+  turn.Wait();
   std::shared_ptr<Session> session;
   const auto since = steady_clock::now();
   Await(mutex, changed, [&] { return (session = TakeFree(wanted)) != nullptr || !OneComesBack(since); });
@@ -146,10 +143,14 @@ void Client::HandOver(const std::shared_ptr<Task>& task, const VptzClient* wante
     const WithoutGil others_run;
     session = TakeNew();
   }
-  session->Start(task);
+  if (!session->Start(task)) {  // rather uninterrupted than not at all
+    const WithoutGil others_run;
+    return session->Execute(*task);
+  }
   try {
     Await(mutex, changed, [&] { return task->done; });
   } catch (...) {
+    if (Inherited()) throw;
     const WithoutGil others_run;
     const std::lock_guard<std::mutex> lock(mutex);
     session->Abandon(*task);

@@ -21,6 +21,8 @@ namespace vptz_python {
 // thrown. A handler may make calls itself, which do not wait for the interrupted one.
 class Client : public std::enable_shared_from_this<Client> {
  public:
+  class Turn;
+
   Client();
   ~Client();
   Client(const Client&) = delete;
@@ -50,8 +52,6 @@ class Client : public std::enable_shared_from_this<Client> {
   void Disconnect();
 
  private:
-  class Turn;
-
   void Perform(const std::shared_ptr<Task>& task, const VptzClient* wanted);
   void PerformHere(Task& task, const VptzClient* wanted);
   void HandOver(const std::shared_ptr<Task>& task, const VptzClient* wanted);
@@ -65,6 +65,27 @@ class Client : public std::enable_shared_from_this<Client> {
   const int generation_;
   std::vector<std::shared_ptr<Session>> sessions_;
   std::thread::id turn_;  // whose it is; guarded by the monitor
+};
+
+// The right to make calls, of one thread. Gives back what it has taken. A call that a
+// thread makes while it has the turn, such as that of a signal handler within another
+// call's wait, uses the same turn, and leaves it there.
+class Client::Turn {
+ public:
+  explicit Turn(Client& client) : client_(client) {}
+  ~Turn();
+  Turn(const Turn&) = delete;
+  Turn& operator=(const Turn&) = delete;
+
+  // Waits until it is this thread's. Needs the GIL; throws what signal handlers raise.
+  void Wait();
+
+  // Needs the monitor's mutex. Whether this thread may make its calls now.
+  bool Take();
+
+ private:
+  Client& client_;
+  bool taken_ = false;
 };
 
 }  // namespace vptz_python

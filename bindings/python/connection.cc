@@ -6,7 +6,14 @@ namespace {
 // The longest reply of a raw call, in bytes.
 constexpr int kReplyCapacity = 65536;
 
+void Connect(Client& client, const std::string& name, const std::optional<std::string>& address) {
+  RefuseNul(name, "name");
+  if (address) RefuseNul(*address, "address");
+  client.Connect(name, address);
+}
+
 py::bytes Call(Client& client, std::string method, std::string request, int timeout) {
+  RefuseNul(method, "method");
   auto [result, reply] =
       client.Run([method = std::move(method), request = std::move(request), timeout](VptzClient& self) {
         std::string buffer(kReplyCapacity, '\0');
@@ -34,12 +41,12 @@ void AddConnection(ClientClass& client) {
   client
       .def(py::init([] { return std::make_shared<Client>(); }),
            "Reads the configuration and opens the database; does not connect.")
-      .def("connect", &Client::Connect, py::arg("name") = "python", py::arg("address") = py::none(),
+      .def("connect", Connect, py::arg("name") = "python", py::arg("address") = py::none(),
            "Connects to the message bus, within 2 seconds. `name` is shown to the broker's operator; the first "
            "one "
            "stays. `address` is 'unix:/path' or 'mqtt://host[:port]', None the default one. Raises "
            "ConnectionError; "
-           "the client goes on trying all the same.")
+           "the client goes on trying all the same. Raises ValueError for a text with a NUL character.")
       .def("disconnect", &Client::Disconnect,
            "Leaves the message bus. Calls that other threads wait in fail with ECONNRESET.")
       .def("__enter__", [](py::object self) { return self; })

@@ -61,6 +61,11 @@ int AnswerOrRaise(int result) {
   return result;
 }
 
+void RefuseNul(const std::string& text, const char* what) {
+  if (text.find('\0') != std::string::npos)
+    throw py::value_error("the " + std::string(what) + " holds a NUL character");
+}
+
 void RaiseUnknownDevice(int device_id) {
   Raise(NewError(unknown_device_class, "the database has no device " + std::to_string(device_id), -1));
 }

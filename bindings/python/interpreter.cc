@@ -5,7 +5,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <thread>
+
+#include "binding.h"
 
 namespace vptz_python {
 namespace {
@@ -62,6 +65,10 @@ py::object CallPython(const py::handle& function, const py::tuple& arguments) {
 
 void RunSignalHandlers() {
   if (PyErr_CheckSignals() != 0) throw py::error_already_set();
+}
+
+void ThrowIfForkedSince(int generation) {
+  if (ForkGeneration() != generation) RaiseUnlessDone(-ENOTCONN);
 }
 
 void Sleep(std::chrono::nanoseconds duration) {

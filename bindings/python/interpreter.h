@@ -55,10 +55,15 @@ py::object CallPython(const py::handle& function, const py::tuple& arguments);
 // Runs the handlers of signals that have come. Throws what a handler raises.
 void RunSignalHandlers();
 
+// Throws vptz.VptzError in a child made by fork() since then: what its parent waits
+// for does not come there.
+void ThrowIfForkedSince(int generation);
+
 // Waits until `done` is true, which is asked with the mutex held. Runs signal
 // handlers meanwhile, on the main thread; throws what a handler raises.
 template <class Done>
 void Await(std::mutex& mutex, std::condition_variable& changed, Done done) {
+  const int generation = ForkGeneration();
   for (;;) {
     bool is_done = false;
     {
@@ -68,6 +73,7 @@ void Await(std::mutex& mutex, std::condition_variable& changed, Done done) {
     }
     if (is_done) return;
     RunSignalHandlers();
+    ThrowIfForkedSince(generation);
   }
 }
 

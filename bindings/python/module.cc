@@ -7,7 +7,8 @@ namespace {
 constexpr char kClientText[] =
     "Drives cameras through the service 'vptz'.\n\n"
     "Devices, PTZ nodes and media sources are named by their row ids: Device.id, PtzProfile.id and "
-    "MediaProfile.id. `timeout` is in seconds; 0 is the configured one. Positions are degrees and, for "
+    "MediaProfile.id. `timeout` is in seconds; 0 and less is the configured one. Positions are degrees and, "
+    "for "
     "the zoom, the magnification factor; speeds and velocities are these per second. A call that fails or "
     "is refused raises VptzError.\n\n"
     "Any thread may use a client: one call is made at a time, others wait for their turn, and other "
@@ -44,6 +45,7 @@ void AddOperations(py::module_& module) {
 PYBIND11_MODULE(_vptz, module) {
   module.doc() = "Drives pan-tilt-zoom cameras through the service \"vptz\".";
   vptz_python::WatchInterpreter();
+  vptz_python::WatchForks();
   vptz_python::AddErrors(module);
   vptz_python::AddRecords(module);
   vptz_python::AddOperations(module);

@@ -13,44 +13,66 @@
 namespace vptz_python {
 namespace {
 
-// The process's VptzClients. One that is destroyed closes the database for all,
-// so those that are no longer used stay until the last one goes, or until one is
-// made, which opens the database anew. Never destroyed.
+// The process's VptzClients. One that is destroyed closes the database for all, until
+// one is made. So those that are no longer used stay until the last one goes, or until
+// one is made while no call is under way; calls that begin meanwhile wait.
 struct Clients {
   std::mutex mutex;
-  int generation = ForkGeneration();
   std::size_t used = 0;
+  std::size_t calls = 0;  // under way
   std::vector<std::unique_ptr<VptzClient>> unused;
 };
 
-Clients& AllClients() {
-  static auto& clients = *new Clients;
-  return clients;
-}
+// Never destroyed, and not made on first use: a fork could find that half done.
+Clients& all_clients = *new Clients;
+
+// Held while a client is made or destroyed, and during a fork: its child would wait for
+// ever for locks, SQLite's for instance, that another thread had taken meanwhile. The
+// thread that forks may make clients in its own hooks.
+std::recursive_mutex& coming_and_going = *new std::recursive_mutex;
 
 // The parent's clients are not to be touched by its child.
-void LeaveToParent(Clients& all) {
-  if (std::exchange(all.generation, ForkGeneration()) == ForkGeneration()) return;
-  all.used = 0;
-  for (std::unique_ptr<VptzClient>& client : all.unused) static_cast<void>(client.release());
+void ForgetInChild() {
+  new (&all_clients) Clients;
+  new (&coming_and_going) std::recursive_mutex;
 }
 
 std::unique_ptr<VptzClient> MakeClient() {
-  Clients& all = AllClients();
-  const std::lock_guard<std::mutex> lock(all.mutex);
-  LeaveToParent(all);
-  all.unused.clear();
+  const std::lock_guard<std::recursive_mutex> alone(coming_and_going);
+  std::unique_lock<std::mutex> lock(all_clients.mutex);
+  const bool nobody_looks_up = all_clients.calls == 0;
+  if (nobody_looks_up) {
+    all_clients.unused.clear();
+  } else {
+    lock.unlock();
+  }
   auto client = std::make_unique<VptzClient>();
-  ++all.used;
+  if (!nobody_looks_up) lock.lock();
+  ++all_clients.used;
   return client;
 }
 
 void Retire(std::unique_ptr<VptzClient> client) {
-  Clients& all = AllClients();
-  const std::lock_guard<std::mutex> lock(all.mutex);
-  all.unused.push_back(std::move(client));
-  if (--all.used == 0) all.unused.clear();
+  const std::lock_guard<std::recursive_mutex> alone(coming_and_going);
+  const std::lock_guard<std::mutex> lock(all_clients.mutex);
+  all_clients.unused.push_back(std::move(client));
+  if (--all_clients.used == 0) all_clients.unused.clear();
 }
+
+// Keeps the database from being closed as long as it lives.
+class CallUnderWay {
+ public:
+  CallUnderWay() {
+    const std::lock_guard<std::mutex> lock(all_clients.mutex);
+    ++all_clients.calls;
+  }
+  ~CallUnderWay() {
+    const std::lock_guard<std::mutex> lock(all_clients.mutex);
+    --all_clients.calls;
+  }
+  CallUnderWay(const CallUnderWay&) = delete;
+  CallUnderWay& operator=(const CallUnderWay&) = delete;
+};
 
 // Holds off every signal from the threads that are started meanwhile: handlers
 // run on the application's own.
@@ -70,6 +92,17 @@ class SignalsOff {
 };
 
 }  // namespace
+
+void WatchForks() {
+  pthread_atfork(nullptr, nullptr, ForgetInChild);
+  const auto before = [] {
+    const WithoutGil others_run;
+    coming_and_going.lock();
+  };
+  const auto after = [] { coming_and_going.unlock(); };
+  py::module_::import("os").attr("register_at_fork")(py::arg("before") = py::cpp_function(before),
+                                                     py::arg("after_in_parent") = py::cpp_function(after));
+}
 
 std::shared_ptr<Session> Session::Make(std::shared_ptr<Monitor> monitor) {
   return std::shared_ptr<Session>(new Session(std::move(monitor)));
@@ -98,7 +131,10 @@ void Session::Execute(Task& task) {
   try {
     const bool goes_on = Prepare();
     task.reachable = reachable_;
-    if (goes_on) task.Run(*client_);
+    if (goes_on) {
+      const CallUnderWay keeps_the_database;
+      task.Run(*client_);
+    }
   } catch (...) {
     task.failure = std::current_exception();
   }
@@ -147,15 +183,24 @@ void Session::ConnectAgain() {
   }
 }
 
-void Session::Start(std::shared_ptr<Task> task) {
+bool Session::Start(std::shared_ptr<Task> task) {
+  if (!has_thread_ && !StartThread()) return false;
   {
     const std::lock_guard<std::mutex> lock(monitor_->mutex);
     task_ = std::move(task);
   }
-  if (has_thread_) return work_.notify_one();
+  work_.notify_one();
+  return true;
+}
+
+bool Session::StartThread() {
   const SignalsOff quiet_thread;
-  std::thread([self = shared_from_this()] { self->Work(); }).detach();
-  has_thread_ = true;
+  try {
+    std::thread([self = shared_from_this()] { self->Work(); }).detach();
+  } catch (const std::exception&) {  // the system has no more threads, or no memory for one
+    return false;
+  }
+  return has_thread_ = true;
 }
 
 void Session::Work() {

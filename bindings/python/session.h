@@ -50,6 +50,10 @@ struct Monitor {
   std::uint64_t epoch = 0;          // counts the changes of the target
 };
 
+// Lets no fork happen while a client is made or destroyed, and a child have clients
+// of its own. Once, on import.
+void WatchForks();
+
 class Session : public std::enable_shared_from_this<Session> {
  public:
   // Makes a VptzClient. Needs no GIL.
@@ -81,8 +85,9 @@ class Session : public std::enable_shared_from_this<Session> {
 
   // Makes the call on this thread. The session is free afterwards.
   void Execute(Task& task);
-  // Has the session's own thread make the call.
-  void Start(std::shared_ptr<Task> task);
+  // Has the session's own thread make the call. False when none can be started:
+  // then the session is still taken.
+  bool Start(std::shared_ptr<Task> task);
 
   // Ends the session's thread. Needs no GIL.
   void Quit();
@@ -93,6 +98,7 @@ class Session : public std::enable_shared_from_this<Session> {
   bool Prepare();
   void ConnectAgain();
   void Finish(Task& task);
+  bool StartThread();
   void Work();
 
   const std::shared_ptr<Monitor> monitor_;

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <cerrno>
 #include <utility>
 
 #include "interpreter.h"
@@ -31,8 +33,14 @@ struct Place {
   py::function callback;
   Decoder decode = AsBytes;
   std::vector<std::shared_ptr<std::optional<std::string>>> listeners;
+  std::shared_ptr<std::atomic<bool>> sent;  // of an answer: the call may be answered
 
   bool used() const { return client != nullptr; }
+  bool wanted() const { return callback || !listeners.empty(); }
+  // The call was abandoned, and has ended before it was sent.
+  bool abandoned() const {
+    return kind == Kind::kAnswer && used() && !callback && sent.use_count() == 1 && !*sent;
+  }
 };
 
 // Used with the GIL held. Never destroyed: a callback may come while the
@@ -42,19 +50,35 @@ std::array<Place, kPlaces>& Places() {
   return places;
 }
 
-std::size_t FreePlace() {
-  const auto free =
-      std::find_if(Places().begin(), Places().end(), [](const Place& place) { return !place.used(); });
+// What the callback holds goes last: its end may run anything, which then finds the
+// place free.
+void Free(Place& place) { const Place gone = std::exchange(place, Place()); }
+
+std::size_t IndexOf(const Place& place) { return static_cast<std::size_t>(&place - Places().data()); }
+
+Place& FreePlace() {
+  const auto free = std::find_if(Places().begin(), Places().end(),
+                                 [](const Place& place) { return !place.used() || place.abandoned(); });
   if (free == Places().end()) throw std::runtime_error("too many subscriptions");
-  return static_cast<std::size_t>(free - Places().begin());
+  return *free = {};
 }
 
-// The place of that subscription, or a free one.
-std::size_t PlaceFor(const Client& client, Kind kind, const std::string& name) {
+// The place of that subscription; null when there is none.
+Place* FindPlace(const Client& client, Kind kind, const std::string& name) {
   const auto found = std::find_if(Places().begin(), Places().end(), [&](const Place& place) {
     return place.client == &client && place.kind == kind && place.name == name;
   });
-  return found == Places().end() ? FreePlace() : static_cast<std::size_t>(found - Places().begin());
+  return found == Places().end() ? nullptr : &*found;
+}
+
+// The place of that subscription, or one that was free.
+Place& PlaceFor(const Client& client, Kind kind, const std::string& name) {
+  if (Place* const found = FindPlace(client, kind, name)) return *found;
+  Place& place = FreePlace();
+  place.client = &client;
+  place.kind = kind;
+  place.name = name;
+  return place;
 }
 
 py::tuple Arguments(const Place& place, const char* name, const std::string& payload, int length) {
@@ -75,12 +99,11 @@ void Call(std::size_t index, const char* name, const void* payload, std::int32_t
   if (!IsMeant(place, name)) return;
   const std::string bytes(static_cast<const char*>(payload), length < 0 ? 0 : static_cast<std::size_t>(length));
   for (const auto& listener : place.listeners) *listener = bytes;
-  const py::function callback = place.callback;
-  if (!callback) return;
+  const Place meant = place;
+  if (meant.kind == Kind::kAnswer) Free(place);
+  if (!meant.callback) return;
   try {
-    const py::tuple arguments = Arguments(place, name, bytes, length);
-    if (place.kind == Kind::kAnswer) place = {};
-    CallPython(callback, arguments);
+    CallPython(meant.callback, Arguments(meant, name, bytes, length));
   } catch (py::error_already_set& error) {
     error.discard_as_unraisable("a vptz callback");
   }
@@ -98,10 +121,11 @@ constexpr std::array<VptzCallback, kPlaces> Functions(std::index_sequence<indexe
 
 constexpr auto kFunctions = Functions(std::make_index_sequence<kPlaces>());
 
-// Subscribes a place at the bus, where it is subscribed already if it is.
-void SubscribePlace(Client& client, std::size_t index) {
-  const Place& place = Places()[index];
-  const VptzCallback function = kFunctions[index];
+// Subscribes a place at the bus, where it is subscribed already if it is. A call that
+// is interrupted may have subscribed it: then it stays the client's, and nobody listens
+// unless it had other users. Needs the client's turn.
+int SubscribePlace(Client& client, Place& place) {
+  const VptzCallback function = kFunctions[IndexOf(place)];
   const auto [session, result] = client.Run(
       [function, kind = place.kind, name = place.name](VptzClient& self) {
         const int subscribed = kind == Kind::kAllSignals ? self.SubscribeAllSignal(function)
@@ -109,53 +133,90 @@ void SubscribePlace(Client& client, std::size_t index) {
         return std::make_pair(static_cast<const VptzClient*>(&self), subscribed);
       },
       place.session);
+  if (result >= 0) place.session = session;
+  return result;
+}
+
+// Raises what the bus has refused, and frees a place that it leaves without use.
+void FreeIfRefused(Place& place, int result) {
+  if (result < 0 && !place.wanted() && place.session == nullptr) Free(place);
   AnswerOrRaise(result);
-  Places()[index].session = session;
 }
 
-// Ends a subscription at the bus.
-void UnsubscribeAtBus(Client& client, const std::string& name, const VptzClient* session) {
-  AnswerOrRaise(client.Run([name](VptzClient& self) { return self.UnsubscribeSignal(name.c_str()); }, session));
+// Ends a place's subscription at the bus, and frees the place unless a signal handler
+// has given it a user meanwhile. Needs the client's turn.
+void UnsubscribePlace(Client& client, Place& place) {
+  const VptzClient* const session = std::exchange(place.session, nullptr);
+  const int result = client.Run(
+      [name = place.name](VptzClient& self) { return self.UnsubscribeSignal(name.c_str()); }, session);
+  if (!place.wanted()) Free(place);
+  AnswerOrRaise(result);
 }
 
-void SubscribeKind(Client& client, Kind kind, const std::string& name, py::function callback, Decoder decode) {
-  const std::size_t index = PlaceFor(client, kind, name);
-  Place& place = Places()[index];
-  const Place before = place;
-  place.client = &client;
-  place.kind = kind;
-  place.name = name;
-  place.callback = std::move(callback);
-  place.decode = decode;
+// What a callback and its decoder replace.
+struct Replaced {
+  Replaced(Place& at, const py::function& callback, Decoder decode)
+      : place(at),
+        own(callback),
+        before(std::exchange(at.callback, callback)),
+        decoded_before(std::exchange(at.decode, decode)) {}
+
+  // Puts it back, unless a signal handler has replaced the callback meanwhile.
+  void Restore() const {
+    if (!place.callback.is(own)) return;
+    place.callback = before;
+    place.decode = decoded_before;
+  }
+
+  Place& place;
+  const py::function& own;
+  const py::function before;
+  const Decoder decoded_before;
+};
+
+// Replaces a callback while no other thread changes the client's subscriptions.
+void SubscribeKind(Client& client, Kind kind, const std::string& name, const py::function& callback,
+                   Decoder decode) {
+  Client::Turn turn(client);
+  turn.Wait();
+  Place& place = PlaceFor(client, kind, name);
+  const Replaced replaced(place, callback, decode);
+  int result = 0;
   try {
-    SubscribePlace(client, index);
+    result = SubscribePlace(client, place);
   } catch (...) {
-    place = before;
+    replaced.Restore();
     throw;
   }
+  if (result < 0) replaced.Restore();
+  FreeIfRefused(place, result);
 }
 
-void Subscribe(Client& client, const std::string& signal, py::function callback) {
-  SubscribeKind(client, Kind::kSignal, signal, std::move(callback), AsBytes);
+void Subscribe(Client& client, const std::string& signal, const py::function& callback) {
+  RefuseNul(signal, "signal");
+  SubscribeKind(client, Kind::kSignal, signal, callback, AsBytes);
 }
 
-void SubscribeAll(Client& client, py::function callback) {
-  SubscribeKind(client, Kind::kAllSignals, "", std::move(callback), AsBytes);
+void SubscribeAll(Client& client, const py::function& callback) {
+  SubscribeKind(client, Kind::kAllSignals, "", callback, AsBytes);
 }
 
 void Unsubscribe(Client& client, const std::string& signal) {
-  Place& place = Places()[PlaceFor(client, Kind::kSignal, signal)];
-  const VptzClient* const session = place.session;
-  place.callback = py::function();
-  if (!place.listeners.empty()) return;
-  place = {};
-  UnsubscribeAtBus(client, signal, session);
+  RefuseNul(signal, "signal");
+  Client::Turn turn(client);
+  turn.Wait();
+  Place* const place = FindPlace(client, Kind::kSignal, signal);
+  if (place == nullptr) RaiseUnlessDone(-ENOENT);
+  const py::function gone = std::exchange(place->callback, py::function());
+  if (!place->wanted()) UnsubscribePlace(client, *place);
 }
 
 // The bus library goes on calling the place's function; so the place stays the
 // client's, and nobody listens.
 void UnsubscribeAll(Client& client) {
-  Places()[PlaceFor(client, Kind::kAllSignals, "")].callback = py::function();
+  Place* const place = FindPlace(client, Kind::kAllSignals, "");
+  if (place == nullptr) return;
+  const py::function gone = std::exchange(place->callback, py::function());
 }
 
 std::optional<unsigned int> UpdatedDevice(const std::string& payload) {
@@ -164,65 +225,69 @@ std::optional<unsigned int> UpdatedDevice(const std::string& payload) {
   return told ? std::optional<unsigned int>(device.device_id()) : std::nullopt;
 }
 
-void SubscribeSearchFinish(Client& client, py::function callback) {
-  SubscribeKind(client, Kind::kSignal, kSearchFinished, std::move(callback),
+void SubscribeSearchFinish(Client& client, const py::function& callback) {
+  SubscribeKind(client, Kind::kSignal, kSearchFinished, callback,
                 [](const std::string& payload) { return py::object(py::cast(SearchResult(payload))); });
 }
 
-void SubscribeUpdates(Client& client, py::function callback) {
-  SubscribeKind(client, Kind::kSignal, kDevicesUpdated, std::move(callback),
+void SubscribeUpdates(Client& client, const py::function& callback) {
+  SubscribeKind(client, Kind::kSignal, kDevicesUpdated, callback,
                 [](const std::string& payload) { return py::object(py::cast(UpdatedDevice(payload))); });
 }
 
+// A call that is interrupted may be answered all the same: then its place stays taken
+// until that has come, or until it is known that nothing was sent.
 void CallAsync(Client& client, const std::string& method, std::string request, py::function callback,
                int timeout) {
-  const std::size_t index = FreePlace();
-  Places()[index] = {&client, Kind::kAnswer, method, nullptr, std::move(callback), AsBytes, {}};
-  const VptzCallback function = kFunctions[index];
+  RefuseNul(method, "method");
+  Place& place = FreePlace();
+  const auto sent = std::make_shared<std::atomic<bool>>(false);
+  place = {&client, Kind::kAnswer, method, nullptr, std::move(callback), AsBytes, {}, sent};
+  const VptzCallback function = kFunctions[IndexOf(place)];
+  int result = 0;
   try {
-    AnswerOrRaise(client.Run([method, request = std::move(request), function, timeout](VptzClient& self) {
-      return self.CallAsync(method.c_str(), request.data(), static_cast<int>(request.size()), function,
-                            self.GetVptzTimeout(timeout));
-    }));
+    result = client.Run([method, request = std::move(request), function, timeout, sent](VptzClient& self) {
+      *sent = true;
+      const int told = self.CallAsync(method.c_str(), request.data(), static_cast<int>(request.size()),
+                                      function, self.GetVptzTimeout(timeout));
+      if (told < 0) *sent = false;
+      return told;
+    });
   } catch (...) {
-    Places()[index] = {};
+    if (place.sent != sent) throw;  // it was answered, and the place is another call's
+    const py::function gone = std::exchange(place.callback, py::function());
     throw;
   }
+  if (result < 0) Free(place);
+  AnswerOrRaise(result);
 }
 
 }  // namespace
 
-Listener::Listener(Client& client, const std::string& signal)
-    : client_(client), place_(PlaceFor(client, Kind::kSignal, signal)) {
-  Place& place = Places()[place_];
-  const bool subscribed = place.used();
-  place.client = &client;
-  place.kind = Kind::kSignal;
-  place.name = signal;
+Listener::Listener(Client& client, const std::string& signal) : client_(client) {
+  Client::Turn turn(client);
+  turn.Wait();
+  Place& place = PlaceFor(client, Kind::kSignal, signal);
+  place_ = IndexOf(place);
+  if (place.session == nullptr) FreeIfRefused(place, SubscribePlace(client, place));
   place.listeners.push_back(payload_);
-  if (subscribed) return;
-  try {
-    SubscribePlace(client, place_);
-  } catch (...) {
-    Places()[place_] = {};
-    throw;
-  }
 }
 
 // A subscription that stays at the bus keeps its place: nobody listens, and nobody
 // else gets its signals.
-Listener::~Listener() {
+Listener::~Listener() { Leave(); }
+
+void Listener::Leave() {
   auto& listeners = Places()[place_].listeners;
   listeners.erase(std::remove(listeners.begin(), listeners.end(), payload_), listeners.end());
 }
 
 void Listener::End() {
+  Client::Turn turn(client_);
+  turn.Wait();
+  Leave();
   Place& place = Places()[place_];
-  if (place.callback || place.listeners.size() > 1) return;
-  const std::string name = place.name;
-  const VptzClient* const session = place.session;
-  place = {};
-  UnsubscribeAtBus(client_, name, session);
+  if (!place.wanted()) UnsubscribePlace(client_, place);
 }
 
 std::optional<int> SearchResult(const std::string& payload) {
@@ -233,7 +298,7 @@ std::optional<int> SearchResult(const std::string& payload) {
 
 void ForgetCallbacks(const Client& client) {
   for (Place& place : Places()) {
-    if (place.client == &client) place = {};
+    if (place.client == &client) Free(place);
   }
 }
 

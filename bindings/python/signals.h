@@ -30,8 +30,10 @@ class Listener {
   void End();
 
  private:
+  void Leave();
+
   Client& client_;
-  const std::size_t place_;
+  std::size_t place_ = 0;
   std::shared_ptr<std::optional<std::string>> payload_ = std::make_shared<std::optional<std::string>>();
 };
 

@@ -35,6 +35,8 @@ TEST_F(PythonTest, TheModuleDrivesCameras) { Test("vptz"); }
 
 TEST_F(PythonTest, AnInterruptEndsEachCallAtOnce) { Test("interrupt"); }
 
+TEST_F(PythonTest, ClientsComeAndGoWhileOthersWork) { Test("clients"); }
+
 TEST_F(PythonTest, EveryOperationIsOfferedAndListed) { Test("operations"); }
 
 TEST_F(PythonTest, TheExampleListsTheCameras) { EXPECT_THAT(Example("status"), HasSubstr("ptz0")); }

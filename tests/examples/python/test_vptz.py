@@ -6,7 +6,7 @@ import gc
 import sys
 import threading
 import unittest
-from typing import List, Optional, Tuple, Union
+from typing import Callable, List, Optional, Tuple, Union
 
 import vptz
 from support import SECONDS, Connected, sockets, stopped, wait_until
@@ -34,6 +34,29 @@ class LifecycleTest(unittest.TestCase):
             self.assertEqual(client.status(), 0)
         with self.assertRaises(vptz.VptzError):
             client.status()
+
+
+    def test_what_a_client_is_told_before_it_connects(self) -> None:
+        client = vptz.Client()
+        calls: List[Callable[[], object]] = [
+            lambda: client.subscribe("update_devices", print), lambda: client.subscribe_all(print),
+            lambda: client.call("get_status", STATUS), lambda: client.call_async("get_status", STATUS, print)]
+        for call in calls:
+            for _ in range(100):  # and it takes no place from the subscriptions
+                with self.assertRaises(vptz.VptzError) as caught:
+                    call()
+                self.assertEqual(caught.exception.name, "EINVAL")
+        self.assertGreater(client.device_count(), 0)
+
+    def test_a_text_that_a_nul_character_would_cut_off_is_an_error_of_value(self) -> None:
+        client = vptz.Client()
+        calls: List[Callable[[], object]] = [
+            lambda: client.connect("a\0b"), lambda: client.connect("a", "unix:/a\0b"),
+            lambda: client.subscribe("a\0b", print), lambda: client.unsubscribe("a\0b"),
+            lambda: client.call("a\0b"), lambda: client.call_async("a\0b", b"", print)]
+        for call in calls:
+            with self.assertRaisesRegex(ValueError, "holds a NUL character"):
+                call()
 
 
 class DevicesTest(Connected):
@@ -228,6 +251,61 @@ class SignalsTest(Connected):
         self.assertEqual(caught.exception.name, "ENOENT")
 
 
+    def test_a_subscription_that_nobody_has_is_told_when_there_is_no_room_for_another(self) -> None:
+        subscribed: List[str] = []
+        with self.assertRaisesRegex(RuntimeError, "too many subscriptions"):
+            for number in range(100):
+                self.client.subscribe(f"signal{number}", print)
+                subscribed.append(f"signal{number}")
+        with self.assertRaises(vptz.VptzError) as caught:
+            self.client.unsubscribe("update_devices")
+        self.assertEqual(caught.exception.name, "ENOENT")
+        self.client.unsubscribe_all()
+        for signal in subscribed:
+            self.client.unsubscribe(signal)
+
+    def test_a_subscription_that_fails_leaves_another_threads_of_that_signal_alone(self) -> None:
+        called: List[str] = []
+        subscribed: List[str] = []
+        one_has_failed = threading.Event()
+
+        def subscribe(name: str) -> None:
+            try:
+                self.client.subscribe("finish/search_device", lambda payload: called.append(name))
+                subscribed.append(name)
+            except vptz.VptzError:
+                one_has_failed.set()
+
+        threads = [threading.Thread(target=subscribe, args=(name,)) for name in ("one", "other")]
+        with stopped("BROKER"):
+            for thread in threads:
+                thread.start()
+            self.assertTrue(one_has_failed.wait(SECONDS))
+        for thread in threads:
+            thread.join()
+        self.assertEqual(len(subscribed), 1)
+        self.client.search(wait=True)
+        self.assertTrue(wait_until(lambda: called))
+        self.assertEqual(set(called), set(subscribed))
+        self.client.unsubscribe("finish/search_device")
+
+    def test_the_end_of_a_callback_may_subscribe(self) -> None:
+        names: List[str] = []
+        client = self.client
+
+        class Callback:
+            def __call__(self, payload: bytes) -> None: ...
+
+            def __del__(self) -> None:
+                client.subscribe("finish/search_device", lambda payload: names.append("finish/search_device"))
+
+        self.client.subscribe("other", Callback())
+        self.client.unsubscribe("other")
+        self.client.search(wait=True)
+        self.assertTrue(wait_until(lambda: names))
+        self.client.unsubscribe("finish/search_device")
+
+
 class RawCallTest(Connected):
     def test_a_call_returns_the_response(self) -> None:
         self.assertEqual(vptz.search_result(self.client.call("get_status", STATUS)), 0)
@@ -392,8 +470,10 @@ class OtherCommandsTest(Connected):
         self.client.enable_reset_2p0()
         self.client.disable_reset_2p0()
 
-    def test_a_time_out_of_0_is_the_configured_one(self) -> None:
-        self.assertEqual((self.client.timeout(), self.client.timeout(3)), (10, 3))
+    def test_a_time_out_that_is_not_above_0_is_the_configured_one(self) -> None:
+        self.assertEqual([self.client.timeout(seconds) for seconds in (0, 3, -1)], [10, 3, 10])
+        self.camera.stop(timeout=-1)
+        self.client.stop(self.camera.ptz_list[0].id, timeout=-1)
 
 
 if __name__ == "__main__":
