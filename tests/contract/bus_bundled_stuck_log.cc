@@ -140,7 +140,9 @@ TEST_F(BundledLog, StuckDoesNotKeepAClientFromEnding) {
 TEST_F(BundledLog, HasTheReasonWhenConnectingHasFailed) {
   const ClientPtr client(bus_client_new("contract"));
   EXPECT_EQ(bus_connect(client.get(), "unix:/nonexistent/bus.sock"), -ENOENT);
-  EXPECT_EQ(TheLog().Count("no connection to unix:/nonexistent/bus.sock: No such file or directory"), 1u);
+  const char reason[] = "no connection to unix:/nonexistent/bus.sock: No such file or directory";
+  EXPECT_TRUE(TheLog().WaitForLine(reason));
+  EXPECT_EQ(TheLog().Count(reason), 1u);
 }
 
 TEST_F(BundledLog, HasEachNewReasonAtOnceAndTheSameOneOnce) {
