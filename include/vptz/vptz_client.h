@@ -65,8 +65,8 @@ struct ClientAccess;
 using VptzCallback = void (*)(bus_client*, void* user_data, const char* name, const void* payload,
                               std::int32_t length);
 
-// One connection to the bus, and what the database knows of the cameras. The
-// comment at the top of this file holds for all its operations.
+// One connection to the bus, and what the database knows of the cameras. What
+// the comment at the top of vptz_client.h says holds for all its operations.
 class VPTZ_API VptzClient {
  public:
   // ---- lifecycle -----------------------------------------------------------
