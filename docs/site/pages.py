@@ -44,6 +44,12 @@ def is_fence(line):
     return line.lstrip().startswith("```")
 
 
+def with_prose(text, change):
+    """The text with what lies outside of programs changed; links may run over the ends of lines."""
+    parts = re.split(r"(?m)(^ *```[^\n]*\n.*?^ *```$)", text, flags=re.S)
+    return "".join(part if index % 2 else change(part) for index, part in enumerate(parts))
+
+
 def prose_lines(text):
     """The lines, each with whether it is prose and not part of a program."""
     inside = False
@@ -149,8 +155,8 @@ def rewritten(page):
         elif heading:
             lines.append(f"{heading[1]} {heading[2]} {{#{page.id_of(anchor)}}}")
         else:
-            lines.append(unlinked(LINK.sub(lambda match: rewritten_link(page, match), line)) if is_prose else line)
-    return "\n".join(lines)
+            lines.append(line)
+    return with_prose("\n".join(lines), lambda text: unlinked(LINK.sub(lambda match: rewritten_link(page, match), text)))
 
 
 def chapters():
