@@ -104,10 +104,9 @@ void AddOptions(CLI::App* app, Options* options) {
                   "a JSON file with cameras and faults; SIGHUP reads the faults again")
       ->type_name("FILE")
       ->option_text("FILE");
-  app->add_option(
-         "--grace", options->grace,
-         "stop what runs until it is stopped when its driver has made no call about the camera for this "
-         "long; 0 is never; 0 to 86400; default 5")
+  app->add_option("--grace", options->grace,
+                  "stop a continuous motion or a focus drive when its caller has made no call about the camera "
+                  "for this long; 0 is never; 0 to 86400; default 5")
       ->type_name("SECONDS")
       ->option_text("SECONDS")
       ->check(Seconds());

@@ -260,7 +260,7 @@ std::string HelpWithRules(const Argument& argument) {
   if (!limits.empty()) help += "; " + limits;
   if (!argument.words.empty()) help += "; also " + NamesOf(argument);
   if (!argument.known.empty()) help += "; known are " + Joined(argument.known, ", ");
-  if (argument.kind == Kind::kTexts && argument.IsOption()) help += "; may be given again and again";
+  if (argument.kind == Kind::kTexts && argument.IsOption()) help += "; may be repeated";
   if (const auto* number = std::get_if<double>(&argument.fallback))
     help += "; default " + FormatNumber(*number);
   if (const auto* number = std::get_if<std::uint32_t>(&argument.fallback))

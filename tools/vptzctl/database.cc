@@ -130,7 +130,7 @@ std::vector<Command> DatabaseCommands() {
        "Brings a database file to the library's version.",
        {"VptzModel::Initialize"},
        {DatabaseFile(), Data(),
-        Flag("--replace", "replace a file that is too old to be migrated, and lose what it holds")},
+        Flag("--replace", "replace a file that is too old for a migration; its content is lost")},
        {},
        Migrate,
        Needs::kNothing},

@@ -178,7 +178,7 @@ ExitCode Remove(Session& session) {
 }
 
 std::vector<Argument> WithUser(std::vector<Argument> arguments) {
-  arguments.push_back(Text("--user", "USER", "account at the camera; its password is asked for"));
+  arguments.push_back(Text("--user", "USER", "account at the camera; the tool asks for its password"));
   for (const Argument& argument : PasswordArguments("--user")) arguments.push_back(argument);
   return arguments;
 }
@@ -192,7 +192,8 @@ Command SearchRow() {
       "Has the service search for cameras, and shows new ones as they come.",
       {"SearchDevice", "SubscribeSearchDeviceFinishSignal", "SubscribeUpdateDevicesSignal",
        "UnSubscribeSearchDeviceFinishSignal", "UnSubscribeUpdateDevicesSignal", "QueryDeviceCount"},
-      {Text("--protocols", "LIST", "protocols between commas, such as ONVIF,NDIHX; without it ONVIF,QX310,NDI"),
+      {Text("--protocols", "LIST",
+            "protocols, separated by commas, such as ONVIF,NDIHX; without it ONVIF,QX310,NDI"),
        Text("--scope", "SCOPE", "where to look, a text of the service's"),
        Integer("--limit", {1, 86400}, "seconds to wait for the end").Placeholder("S").Else(std::uint32_t{60})},
       {},

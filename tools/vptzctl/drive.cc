@@ -118,7 +118,7 @@ std::vector<Command> DriveCommands() {
        "drive",
        "Moves until stopped or at a limit, and no longer than the service's grace period unless --for holds "
        "it. "
-       "Axes without a velocity are left alone.",
+       "Leaves axes without a velocity alone.",
        {"ContinuousMove", "ContinuousPanMove", "ContinuousTiltMove", "ContinuousPanTiltMove",
         "ContinuousZoomMove", "PtzStop"},
        {Camera(), Number("--pan", "DEG/S", "deg/s", "velocity in degrees per second, positive to the right"),

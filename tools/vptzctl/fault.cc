@@ -119,7 +119,7 @@ Command AddRow() {
   return {
       "fault",
       "add",
-      "Has simulated cameras suffer a fault, beside those that they suffer already.",
+      "Has simulated cameras suffer one more fault.",
       {"CallSync"},
       {Choice(
            "KIND",

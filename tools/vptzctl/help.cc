@@ -52,7 +52,7 @@ ExitCode Help(Session& session) {
 std::vector<Command> HelpCommands() {
   return {{"",
            "help",
-           "Tells what a command does and takes, or lists a group of commands, or all of them.",
+           "Explains a command and its options, or lists the commands of a group, or all commands.",
            {},
            {Texts("COMMAND", "", "the command, such as ptz move, or the group, such as ptz")
                 .Optional()

@@ -77,7 +77,7 @@ Argument Node() { return Profile("PTZ profile"); }
 Command MoveRow() {
   return {"ptz",
           "move",
-          "Moves to a position and stops there. Axes without a position are left alone.",
+          "Moves to a position and stops there. Leaves axes without a position alone.",
           {"AbsoluteMove", "AbsolutePanMove", "AbsoluteTiltMove", "AbsolutePanTiltMove", "AbsoluteZoomMove"},
           {Camera(), Number("--pan", "DEG", "deg", "position in degrees, positive to the right"),
            Number("--tilt", "DEG", "deg", "position in degrees, positive upwards"),
@@ -107,7 +107,7 @@ std::vector<Command> MotionCommands() {
       MoveRow(),
       {"ptz",
        "stop",
-       "Stops axes, whatever moves them: all of them, or those that are named.",
+       "Stops all axes, or the named ones, whatever moves them.",
        {"PtzStop", "PanTiltStop", "ZoomStop"},
        {Camera(), Flag("--pan", "stop pan"), Flag("--tilt", "stop tilt"), Flag("--zoom", "stop zoom"), Node()},
        {},

@@ -42,10 +42,11 @@ std::string ListCommands() {
 
 std::string Overview() {
   return ListCommands() +
-         "\nOptions may stand before and behind the command. 'vptzctl COMMAND --help' tells more.\n"
+         "\nOptions may stand before or after the command. 'vptzctl COMMAND --help' tells more.\n"
          "\nExit codes:\n" +
          ExitCodeHelp() +
-         "\nFailures are told on standard error, with --json also in an object with \"error\" on standard "
+         "\nThe reason of a failure goes to standard error, with --json also into an object with \"error\" on "
+         "standard "
          "output.";
 }
 

@@ -84,7 +84,7 @@ Argument Tty() { return Text("TTY", "", "device path of the port, such as /dev/t
 Command LineRow() {
   return {"serial",
           "line",
-          "Sets the line of all serial (RS-232) cameras. Asks before it does, on a terminal.",
+          "Sets the line of all serial (RS-232) cameras. On a terminal it asks first.",
           {"UpdateAllRS232Devices"},
           {Text("PORT", "", "name of the port, such as ttyS0"), BaudRate(), Unit(),
            Integer("--flags", {0, kLargestSigned}, "line settings, a number of the service's")

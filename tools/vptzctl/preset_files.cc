@@ -104,7 +104,7 @@ std::vector<Command> PresetFileCommands() {
            "Writes the presets in the database as JSON: into a file, or to standard output. Needs no service.",
            {},
            {Camera(), File("FILE", "", "the file to write").Optional(),
-            Flag("--replace", "replace a file that is there"), Node()},
+            Flag("--replace", "replace an existing file"), Node()},
            {},
            Export,
            Needs::kDatabase},
@@ -113,7 +113,7 @@ std::vector<Command> PresetFileCommands() {
            "Stores the presets of a file at a camera, which moves to each of them, then back to where it was.",
            {"AbsoluteMove", "QueryPtzProfiles", "SetPreset", "PtzStop"},
            {Camera(), File("FILE", "", "a file that an export has written"), YesArgument(),
-            Flag("--check", "only show what would be done"), Node()},
+            Flag("--check", "only show what the command would do"), Node()},
            {},
            Import}};
 }

@@ -145,17 +145,16 @@ Command GotoRow() {
 }
 
 Command SetRow() {
-  return {
-      "preset",
-      "set",
-      "Stores the present position. A preset that is named by its number keeps its name; without TOKEN a new "
-      "one is made.",
-      {"SetPreset", "SetPresetById"},
-      {Camera(), Text("TOKEN", "", "the preset's name at the camera; without it a free one").Optional(),
-       PresetId(), Text("--name", "NAME", "its name for people; without it the token").Excludes({"--id"}),
-       Node()},
-      {},
-      PresetSet};
+  return {"preset",
+          "set",
+          "Stores the present position. A preset named by its number keeps its name; without TOKEN and --id "
+          "the service makes a new one.",
+          {"SetPreset", "SetPresetById"},
+          {Camera(), Text("TOKEN", "", "the preset's name at the camera; without it a free one").Optional(),
+           PresetId(), Text("--name", "NAME", "its name for people; without it the token").Excludes({"--id"}),
+           Node()},
+          {},
+          PresetSet};
 }
 
 // "preset1 (Stage), preset2 (Lectern)"; not all of very many.

@@ -111,7 +111,7 @@ Argument Node() { return Profile("PTZ profile"); }
 Command WatchRow() {
   return {"ptz",
           "watch",
-          "Shows again and again where the axes are, until Ctrl-C.",
+          "Shows where the axes are, repeatedly, until Ctrl-C.",
           {"QueryPtzProfiles"},
           {Camera(), Node(),
            NumberWithin("--interval", "S", "s", {0.01, 3600}, "seconds between two readings")

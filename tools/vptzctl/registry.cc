@@ -49,7 +49,7 @@ std::vector<Command> RegistryCommands() {
        Needs::kDatabase},
       {"device",
        "show",
-       "Shows what the database holds about a camera and its profiles. Needs no service.",
+       "Shows the database's data about a camera and its profiles. Needs no service.",
        {"QueryDeviceById", "QueryPtzCountByDevice", "QueryMediaCountByDevice"},
        {Camera()},
        {},

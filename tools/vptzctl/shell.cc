@@ -264,9 +264,9 @@ ExitCode Shell(Session& session) {
 std::vector<Command> ShellCommands() {
   return {{"",
            kShell,
-           "Runs commands over one connection: those that are typed, or each line of standard input.",
+           "Runs commands over one connection: the ones that you type, or each line of standard input.",
            {},
-           {Flag("--keep-going", "go on behind a line of standard input that fails").Unreported()},
+           {Flag("--keep-going", "continue after a line of standard input that fails").Unreported()},
            {},
            Shell,
            Needs::kNothing}};
