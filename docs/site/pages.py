@@ -12,6 +12,8 @@ import pathlib
 import re
 import sys
 
+import schema
+
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 INDEX = ROOT / "docs" / "index.md"
 PATTERNS = ("README.md", "CHANGELOG.md", "CONTRIBUTING.md", "docs/*.md", "docs/decisions/*.md",
@@ -132,9 +134,14 @@ def rewritten_link(source, match):
 
 def unlinked(text):
     """A class's name in prose is a word, unless it is between backticks."""
-    parts = re.split(r"(`[^`]*`|<[^>]*>|\]\([^)]*\))", text)
+    parts = re.split(r"(^#.*$|`[^`]*`|<[^>]*>|\]\([^)]*\))", text, flags=re.M)
     names = re.compile(r"(?<![\w%])(" + "|".join(CLASSES) + r")\b")
     return "".join(part if index % 2 else names.sub(r"%\1", part) for index, part in enumerate(parts))
+
+
+def unmarked(heading):
+    """Doxygen shows the marks of a name in a heading as they are."""
+    return heading.replace("`", "")
 
 
 def unnumbered(title):
@@ -153,7 +160,7 @@ def rewritten(page):
             if page.chapters >= TABLE_OF_CONTENTS_FROM and page.path != INDEX:
                 lines += ["", "[TOC]"]
         elif heading:
-            lines.append(f"{heading[1]} {heading[2]} {{#{page.id_of(anchor)}}}")
+            lines.append(f"{heading[1]} {unmarked(heading[2])} {{#{page.id_of(anchor)}}}")
         else:
             lines.append(line)
     return with_prose("\n".join(lines), lambda text: unlinked(LINK.sub(lambda match: rewritten_link(page, match), text)))
@@ -225,6 +232,15 @@ def examples_pages():
     return listing, commands
 
 
+def with_drawings(text, page, folder):
+    """Diagrams of tables become drawings beside the page."""
+    def drawn(match):
+        path = folder / f"{page.name}-tables.svg"
+        schema.draw(match[1], path)
+        return f"![The tables and what refers to what]({path.name})"
+    return re.sub(r"(?ms)^```mermaid\n(.*?)^```$", drawn, text)
+
+
 def write(path, text):
     path.parent.mkdir(parents=True, exist_ok=True)
     path.write_text(text)
@@ -232,10 +248,11 @@ def write(path, text):
 
 def main(output):
     folder = output / "pages"
-    for old in folder.glob("*"):
+    folder.mkdir(parents=True, exist_ok=True)
+    for old in folder.iterdir():
         old.unlink()
     for page in PAGES.values():
-        write(folder / f"{page.name}.md", rewritten(page))
+        write(folder / f"{page.name}.md", with_drawings(rewritten(page), page, folder))
     listing, commands = examples_pages()
     write(folder / "examples-list.md", listing)
     write(folder / "examples.dox", commands)
