@@ -198,11 +198,13 @@ class VPTZ_API VptzClient {
   // need no connection; with one, the service is asked for the outside
   // addresses of each device's web pages and streams ("query_nat_uri"), one call
   // after the other. All of them together wait for the configured time-out, and
-  // for less than a second more; calls that take less than 10 ms don't count. An
-  // address that is then left is not asked for and stays the stored one, like
-  // one whose query fails. The three lookups build
-  // the registry anew, so that it shows what is stored now; every pointer that
-  // an earlier lookup gave is invalid afterwards.
+  // for less than a second more. A call that is answered within a tenth of the
+  // time-out, and within a second, costs nothing of it: over a slow line the
+  // registry becomes complete, and takes at most that much longer for each
+  // address. When the time is over the log says so once; the addresses that are
+  // left are not asked for and stay the stored ones, like one whose query fails.
+  // The three lookups build the registry anew, so that it shows what is stored now;
+  // every pointer that an earlier lookup gave is invalid afterwards.
 
   // Appends a handle for each stored device, loaded with LoadDeviceInfo,
   // LoadPtzInfo and LoadMediaInfo. Does not empty the registry first. 0, or -1
