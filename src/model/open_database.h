@@ -5,6 +5,7 @@
 
 #include <odb/sqlite/database.hxx>
 
+#include <memory>
 #include <mutex>
 #include <string>
 
@@ -25,8 +26,13 @@ class OpenDatabase {
   // mapper's exceptions.
   int SchemaVersion(const std::string& schema);
 
+  // Expires when the last connection is closed. A weak_ptr to the object itself
+  // expires before its destruction begins.
+  std::weak_ptr<const void> Life() const { return life_; }
+
  private:
-  std::mutex versions_;  // the mapper keeps what it has read
+  const std::shared_ptr<const void> life_ = std::make_shared<char>();  // first, so that it ends last
+  std::mutex versions_;                                                // the mapper keeps what it has read
   const FileLayer layer_;
   odb::sqlite::database database_;
 };

@@ -59,6 +59,10 @@ void LogFailure(LogLevel level, const char* function, const char* format, const 
   VPTZ_LOG_AS(function, level, kModelTemplates, format, description);
 }
 
+std::weak_ptr<const void> LifeOf(const std::shared_ptr<OpenDatabase>& database) {
+  return database == nullptr ? std::weak_ptr<const void>() : database->Life();
+}
+
 // For what was open when Initialize failed: all its connections check references.
 std::shared_ptr<OpenDatabase> OpenAnew(const std::string& path) {
   return vptz::NoThrow(std::shared_ptr<OpenDatabase>(),
@@ -185,7 +189,7 @@ void VptzModel::BringUpToDate(const std::string& path, const std::string& schema
 void VptzModel::CloseAndWait(const std::string& path) {
   std::error_code differs;
   if (!std::filesystem::equivalent(Path(), path, differs)) return;
-  const std::weak_ptr<OpenDatabase> former = Current();
+  const std::weak_ptr<const void> former = LifeOf(Current());
   Replace("", nullptr);
   while (!former.expired()) Pause();
 }
