@@ -9,7 +9,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
+#include <thread>
 #include <utility>
 
 #include "call_guard.h"
@@ -58,6 +60,18 @@ std::size_t PieceLength(const char* text, std::size_t length) {
 }
 
 }  // namespace
+
+bool LockSoon(std::mutex& mutex) {
+  using std::chrono::steady_clock;
+  const steady_clock::time_point end = steady_clock::now() + std::chrono::milliseconds(250);
+  while (!mutex.try_lock()) {
+    if (steady_clock::now() >= end) {
+      return false;
+    }
+    std::this_thread::sleep_for(std::chrono::microseconds(100));
+  }
+  return true;
+}
 
 DescriptorTarget::DescriptorTarget(int descriptor, std::string name)
     : descriptor_(descriptor), name_(std::move(name)) {}

@@ -9,11 +9,15 @@
 
 namespace zerk {
 
+// Takes a lock, but gives up after a quarter of a second; whether it has it.
+bool LockSoon(std::mutex& mutex);
+
 // Keeps the lock of a target free of half-done work while the process forks, so
 // that the child can log too.
 class Target : public spdlog::sinks::base_sink<std::mutex> {
  public:
-  void BeforeFork() { mutex_.lock(); }
+  // False when a line is stuck; AfterFork is then not to be called.
+  bool BeforeFork() { return LockSoon(mutex_); }
   void AfterFork() { mutex_.unlock(); }
 
  protected:

@@ -10,6 +10,7 @@
 #include <exception>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <utility>
 
 #include "call_guard.h"
@@ -112,22 +113,45 @@ Log& TheLog() {
   return log != nullptr ? *log : OpenLog();
 }
 
-// A process that forks keeps both locks free for its child.
+// What a thread that forks holds meanwhile. Threads may fork side by side.
+struct HeldWhileForking {
+  bool opening = false;
+  Target* target = nullptr;
+};
+thread_local HeldWhileForking held;
+
+// A process that forks keeps both locks free for its child. Where another thread
+// is stuck in a write, to a full pipe for instance, the fork does not wait for it:
+// the child then gets a log of its own.
 void BeforeFork() {
-  opening.lock();
-  if (the_log != nullptr) {
-    the_log.load()->target().BeforeFork();
+  held.opening = LockSoon(opening);
+  Log* const log = the_log;
+  held.target = log != nullptr && log->target().BeforeFork() ? &log->target() : nullptr;
+}
+
+void AfterForkInParent() {
+  if (held.target != nullptr) {
+    held.target->AfterFork();
+  }
+  if (held.opening) {
+    opening.unlock();
   }
 }
 
-void AfterFork() {
-  if (the_log != nullptr) {
-    the_log.load()->target().AfterFork();
+// The threads that hold the other locks are not here. What they were in the middle
+// of is neither used nor destroyed.
+void AfterForkInChild() {
+  if (held.target == nullptr) {
+    the_log = nullptr;
   }
-  opening.unlock();
+  if (!held.opening) {
+    new (&opening) std::mutex;
+    held.opening = opening.try_lock();
+  }
+  AfterForkInParent();
 }
 
-[[maybe_unused]] const int forks_are_watched = pthread_atfork(BeforeFork, AfterFork, AfterFork);
+[[maybe_unused]] const int forks_are_watched = pthread_atfork(BeforeFork, AfterForkInParent, AfterForkInChild);
 
 void WriteLine(int level, const Origin& origin, int callers_errno, const char* format,
                std::va_list arguments) noexcept {

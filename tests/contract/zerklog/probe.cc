@@ -1,5 +1,7 @@
 // Logs what the command line tells. Ends with 0, with 1 when the log did not
 // leave the process as it was, with 2 when it doesn't know the command.
+#include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -187,6 +189,51 @@ int Fork(const Arguments& arguments) {
   return failures == 0 ? 0 : 1;
 }
 
+int Waiting(int pipe) {
+  int bytes = 0;
+  ioctl(pipe, FIONREAD, &bytes);
+  return bytes;
+}
+
+// Forks while another thread is stuck in a line that the pipe at standard error has
+// no room for; the child logs to standard output.
+int ForkWhileStuck(const Arguments&) {
+  int ends[2];
+  if (pipe(ends) != 0 || dup2(ends[1], STDERR_FILENO) < 0) {
+    return 1;
+  }
+  close(ends[1]);
+  alarm(10);
+  const int room = fcntl(STDERR_FILENO, F_GETPIPE_SZ);
+  std::thread stuck([room] { Log(kError, std::string(2 * static_cast<std::size_t>(room), 'x')); });
+  while (Waiting(ends[0]) < room) {
+    usleep(1000);
+  }
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(10);
+    dup2(STDOUT_FILENO, STDERR_FILENO);
+    Log(kError, "child");
+    const pid_t grandchild = fork();
+    if (grandchild == 0) {
+      Log(kError, "grandchild");
+      _exit(0);
+    }
+    _exit(ExitCode(grandchild));
+  }
+  const int failures = ExitCode(child);
+  std::thread reader([&ends] {
+    char bytes[4096];
+    while (read(ends[0], bytes, sizeof bytes) > 0) {
+    }
+  });
+  stuck.join();
+  Log(kError, "parent");
+  close(STDERR_FILENO);
+  reader.join();
+  return failures;
+}
+
 // A thread that is to be cancelled must come back from the log.
 int Cancelled(const Arguments&) {
   bool came_back = false;
@@ -213,6 +260,7 @@ const std::map<std::string, std::function<int(const Arguments&)>> kCommands = {
     {"no-standard-error", NoStandardError},
     {"file-limit", FileLimit},
     {"fork", Fork},
+    {"fork-while-stuck", ForkWhileStuck},
     {"cancelled", Cancelled},
 };
 

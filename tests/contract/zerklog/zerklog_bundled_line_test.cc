@@ -139,6 +139,14 @@ TEST(ZerklogLine, AChildMadeInTheMiddleOfLoggingCanLog) {
   EXPECT_THAT(lines, SizeIs(2200));
 }
 
+TEST(ZerklogLine, AForkWaitsForNoLineThatIsStuckAndItsChildCanLog) {
+  const vptz_test::RunResult result = vptz_test::Run(
+      {ZERKLOG_PROBE, "fork-while-stuck"},
+      {"ZERK_LOG_LEVEL=detail", "ZERK_LOG_TARGET=", "TSAN_OPTIONS=report_thread_leaks=0 atexit_sleep_ms=0"});
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_THAT(Lines(result.output), ElementsAre(EndsWith(": child"), EndsWith(": grandchild")));
+}
+
 TEST(ZerklogLine, ACancelledThreadWritesItsWholeLine) {
   const auto lines = LinesOf({ZERKLOG_PROBE, "cancelled"});
   EXPECT_THAT(lines, ElementsAre(EndsWith(": cancelled")));
