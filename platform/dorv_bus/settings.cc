@@ -11,7 +11,7 @@
 #include <string_view>
 
 #include "descriptor.h"
-#include "log.h"
+#include "log_writer.h"
 
 namespace dorv {
 namespace {
@@ -49,10 +49,10 @@ bool ReadRegularFile(const std::string& path, std::string* text) {
 }
 
 // The file's first line, without its end.
-bool ReadSecret(const std::string& path, std::string* secret) {
+bool ReadSecret(const std::string& path, std::string* secret, LogWriter& log) {
   std::string text;
   if (!ReadRegularFile(path, &text)) {
-    DORV_LOG(ZERK_LOG_ERROR, "cannot read the password file %s", path.c_str());
+    DORV_LOG_LATER(log, ZERK_LOG_ERROR, "cannot read the password file %s", path.c_str());
     return false;
   }
   *secret = text.substr(0, text.find_first_of(std::string_view("\r\n\0", 3)));
@@ -67,31 +67,32 @@ bool LoadKeyFile(GKeyFile* file, const char* path) {
 }
 
 // Whole seconds from 1 to 3600. An empty text leaves what is there.
-bool ReadConnectTimeout(const std::string& text, const char* source, std::chrono::seconds* timeout) {
+bool ReadConnectTimeout(const std::string& text, const char* source, std::chrono::seconds* timeout,
+                        LogWriter& log) {
   if (text.empty()) {
     return true;
   }
   int seconds = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
   if (error != std::errc() || end != text.data() + text.size() || seconds < 1 || seconds > 3600) {
-    DORV_LOG(ZERK_LOG_ERROR, "%s is not a whole number of seconds from 1 to 3600", source);
+    DORV_LOG_LATER(log, ZERK_LOG_ERROR, "%s is not a whole number of seconds from 1 to 3600", source);
     return false;
   }
   *timeout = std::chrono::seconds(seconds);
   return true;
 }
 
-std::optional<Settings> FromFile(const char* path) {
+std::optional<Settings> FromFile(const char* path, LogWriter& log) {
   const KeyFile file(g_key_file_new());
   if (!LoadKeyFile(file.get(), path)) {
-    DORV_LOG(ZERK_LOG_ERROR, "cannot read the bus settings %s", path);
+    DORV_LOG_LATER(log, ZERK_LOG_ERROR, "cannot read the bus settings %s", path);
     return std::nullopt;
   }
   Settings settings;
   settings.user = Value(file.get(), "broker", "user");
   settings.password = Value(file.get(), "broker", "password");
   const std::string password_file = Value(file.get(), "broker", "password_file");
-  if (!password_file.empty() && !ReadSecret(password_file, &settings.password)) {
+  if (!password_file.empty() && !ReadSecret(password_file, &settings.password, log)) {
     return std::nullopt;
   }
   settings.tls = g_key_file_has_group(file.get(), "tls") != FALSE;
@@ -99,7 +100,7 @@ std::optional<Settings> FromFile(const char* path) {
   settings.certificate = Value(file.get(), "tls", "certificate");
   settings.key = Value(file.get(), "tls", "key");
   if (!ReadConnectTimeout(Value(file.get(), "broker", "connect_timeout"), "connect_timeout in the bus settings",
-                          &settings.connect_timeout)) {
+                          &settings.connect_timeout, log)) {
     return std::nullopt;
   }
   return settings;
@@ -110,20 +111,21 @@ std::string Environment(const char* name) {
   return value == nullptr ? "" : value;
 }
 
-std::optional<Settings> FromChosenFile() {
+std::optional<Settings> FromChosenFile(LogWriter& log) {
   const std::string chosen = Environment("DORV_BUS_SETTINGS");
   if (!chosen.empty()) {
-    return FromFile(chosen.c_str());
+    return FromFile(chosen.c_str(), log);
   }
-  return access(kDefaultFile, F_OK) == 0 ? FromFile(kDefaultFile) : Settings();
+  return access(kDefaultFile, F_OK) == 0 ? FromFile(kDefaultFile, log) : Settings();
 }
 
 }  // namespace
 
 std::optional<Settings> Settings::Load() {
-  std::optional<Settings> settings = FromChosenFile();
+  LogWriter log;  // waits for its line at the end, but for no more than a second
+  std::optional<Settings> settings = FromChosenFile(log);
   if (settings && !ReadConnectTimeout(Environment("DORV_BUS_CONNECT_TIMEOUT"), "DORV_BUS_CONNECT_TIMEOUT",
-                                      &settings->connect_timeout)) {
+                                      &settings->connect_timeout, log)) {
     return std::nullopt;
   }
   return settings;

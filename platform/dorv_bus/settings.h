@@ -27,7 +27,8 @@ struct Settings {
 
   // Nothing, with the reason logged, when the file, or the password file that it
   // names, cannot be read, is no regular file or longer than 1 MiB, and when the
-  // time for connecting is not 1 to 3600 whole seconds.
+  // time for connecting is not 1 to 3600 whole seconds. A log that is stuck delays
+  // that for a second at most.
   static std::optional<Settings> Load();
 };
 

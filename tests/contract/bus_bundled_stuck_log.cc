@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <vector>
 
@@ -135,6 +136,20 @@ TEST_F(BundledLog, StuckDoesNotKeepAClientFromEnding) {
   EXPECT_LT(Took([&] { client.reset(); }), std::chrono::seconds(3));
   TheLog().SetStuck(false);
   EXPECT_TRUE(TheLog().WaitForLine("no connection to " + broker_.address()));
+}
+
+TEST_F(BundledLog, StuckHoldsUpNoConnectingWithBadSettings) {
+  setenv("DORV_BUS_SETTINGS", "/nonexistent/settings", 1);
+  const ClientPtr client(bus_client_new("contract"));
+  TheLog().SetStuck(true);
+  EXPECT_LT(Took([&] { EXPECT_EQ(bus_connect(client.get(), broker_.address().c_str()), -EINVAL); }),
+            std::chrono::seconds(2));
+  TheLog().SetStuck(false);
+  EXPECT_TRUE(TheLog().WaitForLine("cannot read the bus settings /nonexistent/settings"));
+  TheLog().Clear();
+  EXPECT_EQ(bus_connect(client.get(), broker_.address().c_str()), -EINVAL);
+  EXPECT_EQ(TheLog().Count("cannot read the bus settings /nonexistent/settings"), 1u);
+  unsetenv("DORV_BUS_SETTINGS");
 }
 
 TEST_F(BundledLog, HasTheReasonWhenConnectingHasFailed) {
