@@ -18,6 +18,11 @@ struct LogWriter::Line {
   const char* function;
   char text[640];  // an address and a reason, or a method's name, have room
 
+  static void WriteMissing(int count) {
+    if (count > 0) {
+      DORV_LOG(ZERK_LOG_WARNING, "%d lines are missing here", count);
+    }
+  }
   void Write() const { ZERK_LOG_write_newline(kLogModule, level, file, line, function, "%s", text); }
 };
 
@@ -25,8 +30,9 @@ struct LogWriter::State {
   std::mutex mutex;
   std::condition_variable written;
   std::vector<Line> lines;
-  int missing = 0;
-  bool running = false;  // the thread has lines to write
+  int missing_before = 0;  // lines that were left out before the first of them
+  int missing_after = 0;   // and after the last
+  bool running = false;    // the thread has lines to write
 };
 
 LogWriter::LogWriter() : state_(std::make_shared<State>()) {}
@@ -43,7 +49,7 @@ void LogWriter::Add(int level, const char* file, int line, const char* function,
 
   const std::lock_guard<std::mutex> lock(state_->mutex);
   if (state_->lines.size() >= kMostLines) {
-    ++state_->missing;
+    ++state_->missing_after;
     return;
   }
   try {
@@ -56,10 +62,10 @@ void LogWriter::Add(int level, const char* file, int line, const char* function,
       state_->running = true;
     }
   } catch (const std::exception&) {  // no memory, no thread
-    ++state_->missing;
     if (!state_->running) {
       state_->lines.clear();
     }
+    ++(state_->lines.empty() ? state_->missing_before : state_->missing_after);
   }
 }
 
@@ -67,14 +73,14 @@ void LogWriter::Run(State& state) {
   std::unique_lock<std::mutex> lock(state.mutex);
   while (!state.lines.empty()) {
     const std::vector<Line> lines = std::exchange(state.lines, {});
-    const int missing = std::exchange(state.missing, 0);
+    const int before = std::exchange(state.missing_before, 0);
+    const int after = std::exchange(state.missing_after, 0);
     lock.unlock();
-    if (missing > 0) {
-      DORV_LOG(ZERK_LOG_WARNING, "%d lines are missing here", missing);
-    }
+    Line::WriteMissing(before);
     for (const Line& line : lines) {
       line.Write();
     }
+    Line::WriteMissing(after);
     lock.lock();
   }
   state.running = false;

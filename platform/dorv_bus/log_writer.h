@@ -22,7 +22,7 @@ class LogWriter {
   LogWriter& operator=(const LogWriter&) = delete;
 
   // Takes a line and returns. While 256 lines wait, or without memory or a thread
-  // for it, the line is left out; the next one tells that lines are missing.
+  // for it, the line is left out; another one in its place tells how many are missing.
   // Not for two threads at once.
   __attribute__((format(printf, 6, 7))) void Add(int level, const char* file, int line, const char* function,
                                                  const char* format, ...);

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "contract/bundled_bus.h"
+#include "log_writer.h"
 #include "support/broker.h"
 #include "support/raw_mqtt.h"
 #include "support/wait_until.h"
@@ -47,6 +48,10 @@ class Log {
     std::size_t count = 0;
     for (const std::string& line : lines_) count += line.find(part) != std::string::npos ? 1 : 0;
     return count;
+  }
+  std::vector<std::string> Lines() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return lines_;
   }
   void Clear() {
     const std::lock_guard<std::mutex> lock(mutex_);
@@ -171,6 +176,32 @@ TEST_F(BundledLog, HasEachNewReasonAtOnceAndTheSameOneOnce) {
   EXPECT_EQ(TheLog().Count("Connection refused"), 1u);
   broker_.Start();
   EXPECT_TRUE(TheLog().WaitForLine("connected to " + broker_.address() + " again"));
+}
+
+// ---- the parts by themselves ---------------------------------------------------
+
+class LogParts : public testing::Test {
+ protected:
+  LogParts() { TheLog().Clear(); }
+  ~LogParts() override { TheLog().SetStuck(false); }
+
+  dorv::LogWriter writer_;
+};
+
+TEST_F(LogParts, MissingLinesAreToldInTheirPlace) {
+  TheLog().SetStuck(true);
+  DORV_LOG_LATER(writer_, ZERK_LOG_NOTICE, "line %d", 0);
+  ASSERT_TRUE(TheLog().WaitForWriter());
+  for (int i = 1; i < 300; ++i) DORV_LOG_LATER(writer_, ZERK_LOG_NOTICE, "line %d", i);
+  TheLog().SetStuck(false);
+  ASSERT_TRUE(TheLog().WaitForLine("43 lines are missing here"));
+  DORV_LOG_LATER(writer_, ZERK_LOG_NOTICE, "line %d", 300);
+  ASSERT_TRUE(TheLog().WaitForLine("line 300"));
+  const std::vector<std::string> lines = TheLog().Lines();
+  ASSERT_EQ(lines.size(), 259u);
+  for (std::size_t i = 0; i < 257; ++i) EXPECT_EQ(lines[i], "line " + std::to_string(i));
+  EXPECT_EQ(lines[257], "43 lines are missing here");
+  EXPECT_EQ(lines[258], "line 300");
 }
 
 }  // namespace
