@@ -1,6 +1,7 @@
 #ifndef DORV_BUS_TROUBLE_H
 #define DORV_BUS_TROUBLE_H
 
+#include <array>
 #include <chrono>
 #include <string>
 
@@ -10,7 +11,7 @@
 namespace dorv {
 
 // Reports why there is no connection: each new reason at once, the same one at
-// most once a minute, and once when it is over.
+// most once a minute, also when several take turns, and once when it is over.
 class Trouble {
  public:
   // Whether Report would write a line.
@@ -19,8 +20,14 @@ class Trouble {
   void Over(const std::string& address, LogWriter& log);
 
  private:
-  int error_ = 0;
-  TimePoint reported_at_{};
+  struct Reported {
+    int error = 0;  // 0 is none
+    TimePoint at{};
+  };
+
+  void Note(int error, TimePoint now);
+
+  std::array<Reported, 8> reported_;  // more reasons than one address can have in a minute
 };
 
 }  // namespace dorv

@@ -14,6 +14,7 @@
 #include "support/broker.h"
 #include "support/raw_mqtt.h"
 #include "support/wait_until.h"
+#include "trouble.h"
 
 namespace vptz_test {
 namespace {
@@ -202,6 +203,31 @@ TEST_F(LogParts, MissingLinesAreToldInTheirPlace) {
   for (std::size_t i = 0; i < 257; ++i) EXPECT_EQ(lines[i], "line " + std::to_string(i));
   EXPECT_EQ(lines[257], "43 lines are missing here");
   EXPECT_EQ(lines[258], "line 300");
+}
+
+TEST_F(LogParts, ReasonsThatTakeTurnsAreToldOnceAMinuteEach) {
+  dorv::Trouble trouble;
+  const dorv::TimePoint begin = dorv::Clock::now();
+  for (int second = 0; second < 120; ++second) {
+    const int error = second % 2 == 0 ? -ECONNREFUSED : -ENOENT;
+    trouble.Report(error, "unix:/bus", begin + std::chrono::seconds(second), writer_);
+  }
+  trouble.Over("unix:/bus", writer_);
+  ASSERT_TRUE(TheLog().WaitForLine("connected to unix:/bus again"));
+  EXPECT_EQ(TheLog().Count("no connection to unix:/bus: Connection refused"), 2u);
+  EXPECT_EQ(TheLog().Count("no connection to unix:/bus: No such file or directory"), 2u);
+}
+
+TEST_F(LogParts, AReasonIsNewAgainOnceItIsOver) {
+  dorv::Trouble trouble;
+  const dorv::TimePoint now = dorv::Clock::now();
+  trouble.Over("unix:/bus", writer_);
+  for (int i = 0; i < 2; ++i) {
+    trouble.Report(-ENOENT, "unix:/bus", now, writer_);
+    trouble.Over("unix:/bus", writer_);
+  }
+  ASSERT_TRUE(TheLog().WaitForLine("connected to unix:/bus again", 2));
+  EXPECT_EQ(TheLog().Lines().size(), 4u);
 }
 
 }  // namespace
