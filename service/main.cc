@@ -12,10 +12,12 @@
 #include "database.h"
 #include "fleet.h"
 #include "live_rows.h"
+#include "log.h"
 #include "options.h"
 #include "progress.h"
 #include "server.h"
 #include "startup.h"
+#include "storage.h"
 #include "view/view_server.h"
 #include "world.h"
 #include "world_view.h"
@@ -112,10 +114,15 @@ std::string SeedFile() {
 // False when the database cannot be used.
 bool BringUpCameras(const Options& options, World& world) {
   StartProgress progress(std::cerr);
-  if (!OpenDatabase(options.database, SeedFile())) return false;
-  StoreCameras(world, [&](std::size_t camera, std::size_t of) { progress.Reached(camera, of); });
-  RestoreAdditions(world);
-  return true;
+  try {
+    if (!OpenDatabase(options.database, SeedFile())) return false;
+    StoreCameras(world, [&](std::size_t camera, std::size_t of) { progress.Reached(camera, of); });
+    RestoreAdditions(world);
+    return true;
+  } catch (const StorageError& error) {
+    VPTZD_LOG(LogLevel::kError, "the cameras cannot be stored: %s", error.what());
+    return false;
+  }
 }
 
 int Run(const Options& options, const Fleet& fleet) {
