@@ -57,13 +57,21 @@ Status Check(World& world, const Member& member, const std::string& token, const
   return trial.SetImage(token, image);
 }
 
+// `change` writes what is commanded, and tells whether it can be used. The camera's
+// picture is changed as it is after the wait for the database: a focus drive that
+// has begun meanwhile runs on unless the focus mode is commanded too.
+template <class Change>
 VptzResponse Store(Service& service, std::uint32_t media, Member* member, const std::string& token,
-                   const ImageSettings& image) {
+                   Change change) {
+  ImageSettings image = ImageOf(service.world, *member, token);
+  if (!change(&image)) return Answer(Status::kBadRequest);
   const Status status = Check(service.world, *member, token, image);
   if (status != Status::kDone) return Answer(status);
   StoreImage(media, image);
   {
     const auto lock = service.world.Enter();
+    image = member->camera.FindMediaProfile(token)->image;
+    change(&image);
     member->camera.SetImage(token, image);
   }
   service.AnnounceRowsOf(member->ids.device);
@@ -116,9 +124,8 @@ VptzResponse SetImagingSettings(Service& service, const VptzCommand& command) {
   std::string token;
   const Status status = LookUpMedia(service, command, media.media_id(), Need::kLogin, &member, &token);
   if (status != Status::kDone) return Answer(status);
-  ImageSettings image = ImageOf(service.world, *member, token);
-  if (!Apply(media, &image)) return Answer(Status::kBadRequest);
-  return Store(service, media.media_id(), member, token, image);
+  return Store(service, media.media_id(), member, token,
+               [&media](ImageSettings* image) { return Apply(media, image); });
 }
 
 VptzResponse SwitchFocusMode(Service& service, const VptzCommand& command) {
@@ -128,9 +135,11 @@ VptzResponse SwitchFocusMode(Service& service, const VptzCommand& command) {
   std::string token;
   const Status status = LookUpMedia(service, command, media, Need::kLogin, &member, &token);
   if (status != Status::kDone) return Answer(status);
-  ImageSettings image = ImageOf(service.world, *member, token);
-  image.auto_focus = image.auto_focus == 0.0 ? 1.0 : 0.0;
-  return Store(service, media, member, token, image);
+  const double wanted = ImageOf(service.world, *member, token).auto_focus == 0.0 ? 1.0 : 0.0;
+  return Store(service, media, member, token, [wanted](ImageSettings* image) {
+    image->auto_focus = wanted;
+    return true;
+  });
 }
 
 // At once, as the stop that may follow.

@@ -1,6 +1,9 @@
+#include <functional>
 #include <string>
+#include <utility>
 
 #include <gmock/gmock.h>
+#include <sqlite3.h>
 #include <vptz/model/media_parameter.h>
 
 #include "fake_bus_service.h"
@@ -86,6 +89,37 @@ TEST_F(ImagingTest, FocusRunsUntilItIsStopped) {
   EXPECT_THAT(TakeSignals(), IsEmpty()) << "the focus was manual already";
   Wait(10s);
   EXPECT_EQ(Focus(), 1.0);
+}
+
+// What runs once while a row is changed.
+std::function<void()> while_storing;
+
+int WatchRows(sqlite3* connection, char**, const void*) {
+  sqlite3_update_hook(
+      connection,
+      [](void*, int, const char*, const char*, sqlite3_int64) {
+        if (const auto body = std::exchange(while_storing, nullptr)) body();
+      },
+      nullptr);
+  return 0;
+}
+
+TEST_F(ImagingTest, DriveThatBeginsWhileAPictureIsStoredRunsOn) {
+  sqlite3_auto_extension(reinterpret_cast<void (*)()>(WatchRows));
+  Begin(vptzd::BuiltInFleet(2));
+  sqlite3_cancel_auto_extension(reinterpret_cast<void (*)()>(WatchRows));
+  ASSERT_EQ(Live("main").auto_focus(), 1.0);
+  const double before = Focus();
+  while_storing = [this] {
+    const auto lock = world().Enter();
+    EXPECT_EQ(world().FindCamera(1)->DriveFocus("main", -1.0), vptzd::Status::kDone);
+  };
+  EXPECT_EQ(Status("set_imaging_settings", Image(1, 80.0)), 0);
+  EXPECT_FALSE(while_storing) << "no row was changed";
+  EXPECT_EQ(Live("main").brightness(), 80.0);
+  EXPECT_EQ(Live("main").auto_focus(), 0.0);
+  Wait(500ms);
+  EXPECT_LT(Focus(), before);
 }
 
 // The request for the row waits on the agenda, as it does for a database that is
