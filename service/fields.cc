@@ -5,9 +5,9 @@
 
 namespace vptzd {
 
-constexpr int kMaxMilliseconds = 600000;
 namespace {
 
+constexpr int kMaxMilliseconds = 600000;
 constexpr std::size_t kMaxTextLength = 255;
 
 std::string Shown(double number) {
