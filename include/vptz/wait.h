@@ -19,15 +19,15 @@
 #include <vptz/vptz_client.h>
 
 // Calls `done`, a bool (), until it returns true. False when the limit is over; one
-// of more than a year counts as a year.
+// of more than a year counts as a year, a negative one as 0.
 template <class Done>
 bool VptzWaitUntil(Done done, std::chrono::milliseconds limit,
                    std::chrono::milliseconds pause = std::chrono::milliseconds(100)) {
   using std::chrono::steady_clock;
   // The clock cannot tell times as far away as a limit can be.
-  constexpr std::chrono::hours kYear(365 * 24);
+  constexpr std::chrono::milliseconds kYear = std::chrono::hours(365 * 24);
   const steady_clock::time_point end =
-      steady_clock::now() + (limit < kYear ? limit : std::chrono::milliseconds(kYear));
+      steady_clock::now() + std::min(std::max(limit, std::chrono::milliseconds::zero()), kYear);
   while (!done()) {
     const steady_clock::duration left = end - steady_clock::now();
     if (left <= steady_clock::duration::zero()) return false;
@@ -62,7 +62,7 @@ CVptzDevice* VptzWaitForDevice(VptzClient& client, Wanted wanted, std::chrono::m
 }
 
 // Whether an axis stands still: its speed is 0, or not known, and its position is
-// the one of the reading before. An axis of which nothing is known does.
+// the one of the reading before. An axis of which nothing is known counts as still.
 inline bool VptzIsStill(const VptzAxisData& before, const VptzAxisData& now) {
   if (now.speed.valid && now.speed.value != 0.0) return false;
   if (!now.position.valid) return true;

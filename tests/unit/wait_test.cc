@@ -49,6 +49,15 @@ TEST(WaitUntilTest, LimitOfZeroAsksOnce) {
   EXPECT_EQ(asked, 1);
 }
 
+// As nanoseconds this limit lies so far below zero that it would turn up above.
+TEST(WaitUntilTest, NegativeLimitAsksOnce) {
+  for (const milliseconds limit : {milliseconds(-1), milliseconds(-18446744070000), milliseconds::min()}) {
+    int asked = 0;
+    EXPECT_FALSE(VptzWaitUntil([&] { return ++asked == 3; }, limit, kNoPause));
+    EXPECT_EQ(asked, 1);
+  }
+}
+
 TEST(WaitUntilTest, LongestLimitIsNotOverAtOnce) {
   int asked = 0;
   EXPECT_TRUE(VptzWaitUntil([&] { return ++asked == 3; }, milliseconds::max(), kNoPause));
