@@ -140,17 +140,20 @@ RequestIdentity::Bytes RequestIdentity::Encode() const {
 
 // A deadline before the beginning of time has passed too.
 std::int64_t RequestIdentity::NanosecondsLeft() const {
-  const bool same_clock = boot_id != 0 && boot_id == TheBootClock().id;
   std::int64_t left = 0;
-  const bool overflown = same_clock ? __builtin_sub_overflow(boot_deadline, NowSinceBoot(), &left)
-                                    : __builtin_sub_overflow(wall_deadline, Now(CLOCK_REALTIME), &left);
+  const bool overflown = SharesClock() ? __builtin_sub_overflow(boot_deadline, NowSinceBoot(), &left)
+                                       : __builtin_sub_overflow(wall_deadline, Now(CLOCK_REALTIME), &left);
   return overflown ? std::numeric_limits<std::int64_t>::min() : left;
 }
 
 bool RequestIdentity::Expired() const { return NanosecondsLeft() <= 0; }
 
+bool RequestIdentity::SharesClock() const { return boot_id != 0 && boot_id == TheBootClock().id; }
+
 bool RequestIdentity::IsTooFar() const {
-  return NanosecondsLeft() > std::chrono::nanoseconds(kLongestTimeout).count();
+  const std::chrono::nanoseconds farthest =
+      SharesClock() ? kLongestTimeout : kLongestTimeout + kLargestClockDifference;
+  return NanosecondsLeft() > farthest.count();
 }
 
 bool SeenRequests::Insert(const RequestIdentity& identity) {

@@ -19,6 +19,10 @@ namespace dorv {
 // ahead.
 constexpr std::chrono::seconds kLongestTimeout{3600};
 
+// How far the wall clock of a caller's machine may be ahead of the service's without
+// the longest time-out being taken for a mistake.
+constexpr std::chrono::seconds kLargestClockDifference{60};
+
 struct RequestIdentity {
   // Encoded: the five numbers below, big-endian, in this order.
   static constexpr std::size_t kSize = 40;
@@ -47,6 +51,7 @@ struct RequestIdentity {
   bool IsTooFar() const;
 
  private:
+  bool SharesClock() const;  // the one since boot
   std::int64_t NanosecondsLeft() const;
 };
 

@@ -92,10 +92,12 @@ TEST_F(BundledDeadline, FartherAwayThanAnHourIsNoneFromAnotherMachine) {
   const ClientPtr client = ConnectedTo(broker_.address());
   EXPECT_EQ(Call(client.get(), "camera", "move", "1", 10).reply, "1");
   const RawMessage request = watcher.WaitFor("move");
-  RawMessage far = Later(request, "far");
-  Add(far.correlation, kBootId, 1);
-  Add(far.correlation, kWallDeadline, nanoseconds(std::chrono::hours(2)).count());
-  watcher.Send(far);
+  for (const nanoseconds away : {nanoseconds(std::chrono::hours(2)), nanoseconds(std::chrono::seconds(3670))}) {
+    RawMessage far = Later(request, "far");
+    Add(far.correlation, kBootId, 1);
+    Add(far.correlation, kWallDeadline, away.count());
+    watcher.Send(far);
+  }
   RawMessage near = Later(request, "near");
   Add(near.correlation, kBootId, 1);
   Add(near.correlation, kBootDeadline, nanoseconds(std::chrono::hours(2)).count());
@@ -103,6 +105,20 @@ TEST_F(BundledDeadline, FartherAwayThanAnHourIsNoneFromAnotherMachine) {
   EXPECT_EQ(Call(ConnectedTo(broker_.address()).get(), "camera", "move", "2").reply, "2");
   service.Free();
   EXPECT_EQ(executed_, (std::vector<std::string>{"1", "near", "2"}));
+}
+
+TEST_F(BundledDeadline, LongestTimeoutOfAMachineWhoseClockIsAheadIsTaken) {
+  RawMqtt watcher(broker_.socket_path(), "dorv/call/#");
+  ServedName service("camera", broker_.address(), Recorder());
+  const ClientPtr client = ConnectedTo(broker_.address());
+  EXPECT_EQ(Call(client.get(), "camera", "move", "1", 3600).reply, "1");
+  RawMessage ahead = Later(watcher.WaitFor("move"), "ahead");
+  Add(ahead.correlation, kBootId, 1);
+  Add(ahead.correlation, kWallDeadline, nanoseconds(std::chrono::seconds(50)).count());
+  watcher.Send(ahead);
+  EXPECT_EQ(Call(ConnectedTo(broker_.address()).get(), "camera", "move", "2").reply, "2");
+  service.Free();
+  EXPECT_EQ(executed_, (std::vector<std::string>{"1", "ahead", "2"}));
 }
 
 TEST_F(BundledDeadline, CallsThatWouldWaitLongerThanAnHourAreAnswered) {
