@@ -1,6 +1,8 @@
 #include "properties.h"
 
 #include <cerrno>
+#include <charconv>
+#include <cstdlib>
 #include <cstring>
 
 namespace dorv {
@@ -23,6 +25,18 @@ const char* MissingFeature(const mosquitto_property* properties) {
   return nullptr;
 }
 
+namespace {
+
+// Decimal text, nothing before or behind it; 0 for any other.
+int NumberIn(const char* text) {
+  int number = 0;
+  const char* const end = text + std::strlen(text);
+  const auto [rest, error] = std::from_chars(text, end, number);
+  return error == std::errc() && rest == end ? number : 0;
+}
+
+}  // namespace
+
 int ReadError(const mosquitto_property* properties) {
   char* name = nullptr;
   char* value = nullptr;
@@ -35,8 +49,8 @@ int ReadError(const mosquitto_property* properties) {
   }
   int error = 0;
   if (name != nullptr && std::strcmp(name, kErrorProperty) == 0) {
-    const long number = value == nullptr ? 0 : std::strtol(value, nullptr, 10);
-    error = number >= 1 && number <= 4095 ? -static_cast<int>(number) : -EPROTO;
+    const int number = value == nullptr ? 0 : NumberIn(value);
+    error = number >= 1 && number <= 4095 ? -number : -EPROTO;
   }
   std::free(name);
   std::free(value);
