@@ -1,6 +1,8 @@
 #include <vptz/wait.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 
 #include "binding.h"
 #include "interpreter.h"
@@ -56,7 +58,10 @@ VptzPtzData WaitUntilStill(Client& client, unsigned int device_id, const std::st
     Read(client, device_id, token, &now);
     return VptzIsStill(before, now);
   };
-  if (!AwaitWithin(limit, kPause, is_still)) RaiseUnlessDone(-ETIMEDOUT);
+  // The first two readings would agree in motion too if nothing lay between them.
+  const double pause = limit > 0.0 ? std::min(limit, std::chrono::duration<double>(kPause).count()) : 0.0;
+  Sleep(std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::duration<double>(pause)));
+  if (!AwaitWithin(limit - pause, kPause, is_still)) RaiseUnlessDone(-ETIMEDOUT);
   return now;
 }
 

@@ -4,8 +4,11 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <mutex>
+#include <vector>
 
 #include "cli_test.h"
+#include "fake_service.h"
 #include "support/wait_until.h"
 
 namespace {
@@ -190,6 +193,34 @@ TEST_F(PresetFilesTest, ACameraThatOthersMoveStoresNothingWrong) {
   EXPECT_THAT(import.Errors(), HasSubstr("does not come to \"far\""));
   EXPECT_THAT(import.Errors(), HasSubstr("stored: none; not stored: far"));
   EXPECT_TRUE(Preset("far").is_null());
+}
+
+// A camera that begins to move late and whose speed reads as 0: only two readings
+// after the command tell that it stands.
+TEST_F(BusTest, APresetIsStoredAfterTwoReadingsThatCameAfterTheMove) {
+  std::mutex mutex;
+  std::vector<std::string> methods;
+  tutorial::VptzResponse there;
+  there.set_status_code(0);
+  there.mutable_ptz_info()->mutable_pan()->set_position(2);
+  there.mutable_ptz_info()->mutable_tilt()->set_position(1);
+  there.mutable_ptz_info()->mutable_zoom()->set_position(1);
+  const vptz_test::FakeService service(broker.address(), [&](bus_request* request) {
+    {
+      const std::lock_guard<std::mutex> lock(mutex);
+      methods.emplace_back(bus_request_method(request));
+    }
+    vptz_test::Answering(there)(request);
+  });
+  const std::string path = Write("presets.json",
+                                 "{\"format\": \"vptz-presets\", \"version\": 1, \"presets\": [\n"
+                                 "{\"token\": \"a\", \"pan\": 2, \"tilt\": 1, \"zoom\": 1}\n]}\n");
+  EXPECT_EQ(Ctl("--json preset import 1 --yes " + path).exit_code, 0);
+  const std::lock_guard<std::mutex> lock(mutex);
+  const auto move = std::find(methods.begin(), methods.end(), "absolute_move");
+  const auto stored = std::find(methods.begin(), methods.end(), "set_preset");
+  ASSERT_TRUE(move < stored && stored != methods.end());
+  EXPECT_EQ(std::count(move, stored, "get_ptz_profiles"), 2);
 }
 
 struct BadFile {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <optional>
 #include <utility>
 
 #include <vptz/wait.h>
@@ -154,10 +155,12 @@ class Import {
     int status = 0;
     int elsewhere = 0;
     bool there = false;
+    // None at first: the readings before the command tell nothing of this move.
+    std::optional<VptzPtzData> before;
     const auto look = [&] {
-      const VptzPtzData before = now_;
       status = Look();
-      const bool still = VptzIsStill(before, now_);
+      const bool still = before && VptzIsStill(*before, now_);
+      before = now_;
       there = still && IsNear(preset.positions, Whereabouts(now_));
       elsewhere = still && !there ? elsewhere + 1 : 0;
       return there || status != 0 || interrupt_.Arrived() || elsewhere == kReadingsElsewhere;

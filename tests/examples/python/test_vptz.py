@@ -5,6 +5,7 @@ from __future__ import annotations
 import gc
 import sys
 import threading
+import time
 import unittest
 from typing import Callable, List, Optional, Tuple, Union
 
@@ -364,6 +365,13 @@ class WaitingTest(Connected):
         self.camera.absolute_move(pan=12.0, pan_speed=60.0)
         profile = self.camera.wait_until_still()
         self.assertEqual((profile.id, profile.pan.position), (self.camera.ptz_list[0].id, 12.0))
+
+    def test_a_pause_lies_between_the_first_two_readings(self) -> None:
+        begin = time.monotonic()
+        self.camera.wait_until_still()
+        self.assertGreaterEqual(time.monotonic() - begin, 0.1)
+        self.camera.wait_until_still(limit=0)
+        self.camera.wait_until_still(limit=-1)
 
     def test_a_camera_that_moves_on_is_a_time_out(self) -> None:
         self.camera.continuous_move(pan=-0.5)
