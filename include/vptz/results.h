@@ -49,8 +49,8 @@ inline const std::vector<VptzResultMeaning>& VptzKnownResults() {
 }
 
 // The meaning of any result. A status without a name of its own, such as another
-// service may give, is "refused"; so is a positive one, which only of queries and
-// counts is an answer.
+// service may give, is "refused"; so is a positive result, which is an answer only
+// from queries and counts.
 inline VptzResultMeaning VptzExplainResult(int result) {
   constexpr int kLargestErrno = 4095;
   for (const VptzResultMeaning& known : VptzKnownResults()) {

@@ -39,7 +39,7 @@ typedef void (*bus_method_handler)(bus_service* service, bus_request* request, v
  * result  receives the service, or null on failure
  *
  * The failures of bus_connect, -EACCES also when the broker does not let the
- * service announce itself; -EADDRINUSE when somebody who answers serves that name
+ * service announce itself; -EADDRINUSE when another service serves that name
  * already; -EINVAL also for a null handler or result. Unlike
  * bus_connect, a failure leaves nothing behind that tries again.
  */
