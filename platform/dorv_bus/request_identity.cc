@@ -139,21 +139,19 @@ RequestIdentity::Bytes RequestIdentity::Encode() const {
 }
 
 // A deadline before the beginning of time has passed too.
-std::int64_t RequestIdentity::NanosecondsLeft() const {
+std::chrono::nanoseconds RequestIdentity::TimeLeft() const {
   std::int64_t left = 0;
   const bool overflown = SharesClock() ? __builtin_sub_overflow(boot_deadline, NowSinceBoot(), &left)
                                        : __builtin_sub_overflow(wall_deadline, Now(CLOCK_REALTIME), &left);
-  return overflown ? std::numeric_limits<std::int64_t>::min() : left;
+  return std::chrono::nanoseconds(overflown ? std::numeric_limits<std::int64_t>::min() : left);
 }
-
-bool RequestIdentity::Expired() const { return NanosecondsLeft() <= 0; }
 
 bool RequestIdentity::SharesClock() const { return boot_id != 0 && boot_id == TheBootClock().id; }
 
 bool RequestIdentity::IsTooFar() const {
   const std::chrono::nanoseconds farthest =
       SharesClock() ? kLongestTimeout : kLongestTimeout + kLargestClockDifference;
-  return NanosecondsLeft() > farthest.count();
+  return TimeLeft() > farthest;
 }
 
 bool SeenRequests::Insert(const RequestIdentity& identity) {

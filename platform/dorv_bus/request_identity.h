@@ -45,14 +45,15 @@ struct RequestIdentity {
   static std::optional<RequestIdentity> Decode(const void* data, std::size_t size);
 
   Bytes Encode() const;
-  bool Expired() const;
+  // Until the deadline; 0 or less when it has passed.
+  std::chrono::nanoseconds TimeLeft() const;
+  bool Expired() const { return TimeLeft().count() <= 0; }
   // Whether the deadline lies farther ahead than a caller can wait: then it is a
   // mistake, or another clock's.
   bool IsTooFar() const;
 
  private:
   bool SharesClock() const;  // the one since boot
-  std::int64_t NanosecondsLeft() const;
 };
 
 // Remembers which requests came, so that none is executed twice.

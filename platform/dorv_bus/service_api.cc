@@ -1,5 +1,9 @@
 // The C functions of the service half.
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
+#include <cstdint>
+#include <limits>
 #include <memory>
 #include <new>
 #include <system_error>
@@ -111,6 +115,15 @@ const void* bus_request_payload(const bus_request* request, int* length) {
 
 uint64_t bus_request_caller(const bus_request* request) {
   return request == nullptr ? 0 : request->identity.caller;
+}
+
+int bus_request_time_left(const bus_request* request) {
+  if (request == nullptr) {
+    return 0;
+  }
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(request->identity.TimeLeft()).count();
+  constexpr std::int64_t kLongestAgo = std::numeric_limits<int>::min();
+  return static_cast<int>(std::max<std::int64_t>(left, kLongestAgo));
 }
 
 int bus_request_reply(bus_request* request, const void* reply, int length) {

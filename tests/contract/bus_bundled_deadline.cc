@@ -1,6 +1,7 @@
 // Until when a request may be executed, whatever clock its caller goes by.
 #include <cerrno>
 #include <limits>
+#include <map>
 #include <vector>
 
 #include "contract/bundled_bus.h"
@@ -119,6 +120,30 @@ TEST_F(BundledDeadline, LongestTimeoutOfAMachineWhoseClockIsAheadIsTaken) {
   EXPECT_EQ(Call(ConnectedTo(broker_.address()).get(), "camera", "move", "2").reply, "2");
   service.Free();
   EXPECT_EQ(executed_, (std::vector<std::string>{"1", "ahead", "2"}));
+}
+
+TEST_F(BundledDeadline, TimeThatIsLeftGoesByTheClockThatDecides) {
+  std::map<std::string, int> left;
+  RawMqtt watcher(broker_.socket_path(), "dorv/call/#");
+  ServedName service("camera", broker_.address(), [&](bus_service*, bus_request* request) {
+    left[Payload(request)] = bus_request_time_left(request);
+    Reply(request, Payload(request));
+  });
+  const ClientPtr client = ConnectedTo(broker_.address());
+  EXPECT_EQ(Call(client.get(), "camera", "move", "1", 10).reply, "1");
+  const RawMessage request = watcher.WaitFor("move");
+  RawMessage same_machine = Later(request, "same");
+  Add(same_machine.correlation, kBootDeadline, nanoseconds(std::chrono::minutes(10)).count());
+  watcher.Send(same_machine);
+  RawMessage other_machine = Later(request, "other");
+  Add(other_machine.correlation, kBootId, 1);
+  Add(other_machine.correlation, kWallDeadline, nanoseconds(std::chrono::minutes(20)).count());
+  watcher.Send(other_machine);
+  EXPECT_EQ(Call(ConnectedTo(broker_.address()).get(), "camera", "move", "2", 60).reply, "2");
+  service.Free();
+  const auto minutes = [&](const char* payload) { return left.at(payload) / 60000; };
+  EXPECT_EQ(minutes("same"), 10);
+  EXPECT_EQ(minutes("other"), 20);
 }
 
 TEST_F(BundledDeadline, CallsThatWouldWaitLongerThanAnHourAreAnswered) {

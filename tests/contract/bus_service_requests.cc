@@ -73,6 +73,42 @@ TEST_F(BundledServiceRequests, TellWhichClientObjectSentThem) {
   EXPECT_EQ(bus_request_caller(nullptr), 0U);
 }
 
+TEST_F(BundledServiceRequests, TellHowLongTheirCallerStillWaits) {
+  const ServedName service("camera", broker_.address(), Keeper());
+  const ClientPtr client = ConnectedTo(broker_.address());
+  const Clock::time_point before = Clock::now();
+  EXPECT_EQ(CallAsync(client.get(), "camera", "slow", "", TheReceiver(0).callback, 10), 0);
+  bus_request* request = Take();
+  const int first = bus_request_time_left(request);
+  EXPECT_LE(first, 10000);
+  EXPECT_GE(first, (std::chrono::seconds(10) - (Clock::now() - before)) / milliseconds(1));
+  EXPECT_TRUE(WaitUntil([&] { return bus_request_time_left(request) < first; }));
+  EXPECT_GT(bus_request_time_left(request), 0);
+  EXPECT_EQ(Reply(request, ""), 0);
+}
+
+TEST_F(BundledServiceRequests, HaveTimeLeftAsLongAsTheirAnswerIsTaken) {
+  const ServedName service("camera", broker_.address(), Keeper());
+  const ClientPtr client = ConnectedTo(broker_.address());
+  EXPECT_EQ(CallAsync(client.get(), "camera", "slow", "", TheReceiver(0).callback, 1), 0);
+  bus_request* request = Take();
+  EXPECT_LE(bus_request_time_left(request), 1000);
+  EXPECT_TRUE(WaitUntil([&] { return bus_request_time_left(request) <= 0; }));
+  EXPECT_EQ(Reply(request, "late"), -ETIMEDOUT);
+}
+
+TEST_F(BundledServiceRequests, WithoutATimeOutOfTheirOwnHaveTheDefaultTime) {
+  const ServedName service("camera", broker_.address(), Keeper());
+  const ClientPtr client = ConnectedTo(broker_.address());
+  EXPECT_EQ(CallAsync(client.get(), "camera", "slow", "", TheReceiver(0).callback, 0), 0);
+  bus_request* request = Take();
+  const int left = bus_request_time_left(request);
+  EXPECT_LE(left, kDefaultTimeout / milliseconds(1));
+  EXPECT_GT(left, (kDefaultTimeout - kAtOnce) / milliseconds(1));
+  EXPECT_EQ(bus_request_fail(request, -EIO), 0);
+  EXPECT_EQ(bus_request_time_left(nullptr), 0);
+}
+
 TEST_F(BundledServiceRequests, AreHandledInOrderOnOneThread) {
   std::vector<std::string> order;
   std::set<std::thread::id> threads;

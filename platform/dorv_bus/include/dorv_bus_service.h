@@ -71,6 +71,16 @@ DORV_BUS_API const void* bus_request_payload(const bus_request* request, int* le
 DORV_BUS_API uint64_t bus_request_caller(const bus_request* request);
 
 /*
+ * Milliseconds until the caller stops waiting for the answer, rounded up: at
+ * most 3600000 when the handler receives the request, and less with each call.
+ * 0 or less when that time is over; bus_request_reply gives -ETIMEDOUT from then
+ * on. Both go by the same clock. Every request has a deadline, since one that
+ * comes without is dropped. May be called from any thread until the request ends.
+ * 0 for a null request.
+ */
+DORV_BUS_API int bus_request_time_left(const bus_request* request);
+
+/*
  * Answers and ends the request. -ETIMEDOUT when its deadline has passed and
  * nobody waits any more, -EMSGSIZE when the broker does not pass on a reply of
  * that length (the caller is told), -ENOTCONN when the connection over which it
