@@ -12,13 +12,7 @@ set(VPTZ_DATABASE_FILE /var/lib/dorv/vptz.db CACHE STRING "Database that the lib
 set(VPTZD_SEED_FILE ${CMAKE_INSTALL_FULL_DATADIR}/vptzd/seed.sql CACHE STRING
   "SQL script with which the service fills a database")
 
-# The service needs the bus's service half, which only the bundled bus has.
-if(VPTZ_PLATFORM STREQUAL bundled)
-  set(vptz_service_default ON)
-else()
-  set(vptz_service_default OFF)
-endif()
-option(VPTZ_BUILD_SERVICE "Build the reference service vptzd" ${vptz_service_default})
+# VPTZ_BUILD_SERVICE is with the platform (VptzPlatform.cmake), on which its default depends.
 option(VPTZ_BUILD_PYTHON "Build the Python module" OFF)
 option(VPTZ_BUILD_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL})
 option(VPTZ_BUILD_BENCHMARKS "Build the benchmarks" OFF)

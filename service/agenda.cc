@@ -11,7 +11,7 @@ void Do(const Agenda::Task& task) {
   try {
     task();
   } catch (const std::exception& error) {
-    VPTZD_LOG(ZERK_LOG_ERROR, "work in the background failed: %s", error.what());
+    VPTZD_LOG(LogLevel::kError, "work in the background failed: %s", error.what());
   }
 }
 

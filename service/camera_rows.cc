@@ -245,7 +245,7 @@ bool Restore(const Device& device, World& world, AxisRows* axes) {
   if (Member* const member = world.Add(description)) {
     TakeOn(device, ids, member, axes);
   } else {
-    VPTZD_LOG(ZERK_LOG_WARNING, "the device %u is one more than can be simulated", device.id());
+    VPTZD_LOG(LogLevel::kWarning, "the device %u is one more than can be simulated", device.id());
   }
   return true;
 }

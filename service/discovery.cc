@@ -87,7 +87,7 @@ void GoOn(Service& service, const std::shared_ptr<Search>& search) {
   try {
     MakeKnown(service, search->found[search->next]);
   } catch (const StorageError& error) {
-    VPTZD_LOG(ZERK_LOG_ERROR, "a camera that was found is lost: %s", error.what());
+    VPTZD_LOG(LogLevel::kError, "a camera that was found is lost: %s", error.what());
     search->lost = true;
   }
   ++search->next;

@@ -10,7 +10,7 @@ namespace vptzd {
 constexpr int kLogModule = 43;
 
 // The platform's numbers; a log need not have names for them.
-enum class LogLevel : int { kError = 0, kWarning = 1 };
+enum class LogLevel : int { kError = 0, kWarning = 1, kNotice = 2 };
 
 }  // namespace vptzd
 

@@ -20,7 +20,7 @@ std::string Request::payload() const {
 void Request::Reply(const std::string& bytes) {
   const int result =
       bus_request_reply(std::exchange(request_, nullptr), bytes.data(), static_cast<int>(bytes.size()));
-  if (result < 0) VPTZD_LOG(ZERK_LOG_WARNING, "the answer to %s is lost: %d", method_.c_str(), result);
+  if (result < 0) VPTZD_LOG(LogLevel::kWarning, "the answer to %s is lost: %d", method_.c_str(), result);
 }
 
 void Request::Fail(int error) { bus_request_fail(std::exchange(request_, nullptr), error); }

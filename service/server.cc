@@ -27,7 +27,7 @@ int Server::Start(const char* address) {
 
 void Server::EmitSignal(const char* signal, const std::string& payload) {
   const int result = bus_service_emit(bus_.get(), signal, payload.data(), static_cast<int>(payload.size()));
-  if (result < 0) VPTZD_LOG(ZERK_LOG_WARNING, "the signal %s is lost: %d", signal, result);
+  if (result < 0) VPTZD_LOG(LogLevel::kWarning, "the signal %s is lost: %d", signal, result);
 }
 
 // An exception must not leave into the bus library, which is C.
@@ -35,7 +35,7 @@ void Server::OnRequest(bus_service*, bus_request* request, void* server) noexcep
   try {
     static_cast<Server*>(server)->Receive(std::make_shared<Request>(request));
   } catch (const std::exception& error) {
-    VPTZD_LOG(ZERK_LOG_ERROR, "a request cannot be taken: %s", error.what());
+    VPTZD_LOG(LogLevel::kError, "a request cannot be taken: %s", error.what());
   }
 }
 
@@ -49,7 +49,7 @@ void Server::Receive(const Held& request) {
   call.caller = request->caller();
   const Status status = ReadCall(request->method(), payload.data(), static_cast<int>(payload.size()), &call);
   if (status != Status::kDone) {
-    VPTZD_LOG(ZERK_LOG_NOTICE, "%s is refused with %d", request->method().c_str(), static_cast<int>(status));
+    VPTZD_LOG(LogLevel::kNotice, "%s is refused with %d", request->method().c_str(), static_cast<int>(status));
     request->Reply(Answer(status).SerializeAsString());
   } else {
     Handle(request, call, AnswerAtOnce);
@@ -64,14 +64,14 @@ void Server::Handle(const Held& request, const Call& call, Answering* answering)
       service_.agenda.Post([this, request, call] { Handle(request, call, AnswerStoring); });
     }
   } catch (const std::exception& error) {
-    VPTZD_LOG(ZERK_LOG_ERROR, "%s failed: %s", request->method().c_str(), error.what());
+    VPTZD_LOG(LogLevel::kError, "%s failed: %s", request->method().c_str(), error.what());
     request->Fail(-EIO);
   }
 }
 
 void Server::Send(const Held& request, const Call& call, const tutorial::VptzResponse& response) {
   if (response.status_code() < 0) {
-    VPTZD_LOG(ZERK_LOG_NOTICE, "%s is refused with %d", request->method().c_str(), response.status_code());
+    VPTZD_LOG(LogLevel::kNotice, "%s is refused with %d", request->method().c_str(), response.status_code());
   }
   const Delivery delivery = PlanDelivery(service_.world, call, response);
   if (delivery.delay == std::chrono::nanoseconds(0)) {

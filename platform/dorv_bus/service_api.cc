@@ -122,8 +122,9 @@ int bus_request_time_left(const bus_request* request) {
     return 0;
   }
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(request->identity.TimeLeft()).count();
-  constexpr std::int64_t kLongestAgo = std::numeric_limits<int>::min();
-  return static_cast<int>(std::max<std::int64_t>(left, kLongestAgo));
+  // A wall clock that is set meanwhile may lie anywhere.
+  using Int = std::numeric_limits<int>;
+  return static_cast<int>(std::clamp<std::int64_t>(left, Int::min(), Int::max()));
 }
 
 int bus_request_reply(bus_request* request, const void* reply, int length) {

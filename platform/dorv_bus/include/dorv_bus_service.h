@@ -72,11 +72,11 @@ DORV_BUS_API uint64_t bus_request_caller(const bus_request* request);
 
 /*
  * Milliseconds until the caller stops waiting for the answer, rounded up: at
- * most 3600000 when the handler receives the request, and less with each call.
- * 0 or less when that time is over; bus_request_reply gives -ETIMEDOUT from then
- * on. Both go by the same clock. Every request has a deadline, since one that
- * comes without is dropped. May be called from any thread until the request ends.
- * 0 for a null request.
+ * most 3600000 when the handler receives the request. 0 or less when that time
+ * is over; bus_request_reply gives -ETIMEDOUT from then on. Both go by the same
+ * clock. Every request has a deadline, since the bus drops one that comes
+ * without. May be called from any thread until the request ends. 0 for a null
+ * request.
  */
 DORV_BUS_API int bus_request_time_left(const bus_request* request);
 

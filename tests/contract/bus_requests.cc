@@ -1,18 +1,15 @@
-// The bundled service half: requests and how they end.
-#include <signal.h>
-
+// The service half: requests and how they end.
 #include <atomic>
 #include <cerrno>
 #include <set>
 
-#include "contract/bundled_bus.h"
-#include "support/broker.h"
+#include "contract/served_name.h"
 #include "support/wait_until.h"
 
 namespace vptz_test {
 namespace {
 
-class BundledServiceRequests : public BundledBus {
+class BusRequests : public BusContract {
  protected:
   // Keeps each request for the test.
   Handler Keeper() {
@@ -30,14 +27,13 @@ class BundledServiceRequests : public BundledBus {
     return kept_.at(index);
   }
 
-  Broker broker_;
   std::mutex mutex_;
   std::vector<bus_request*> kept_;
 };
 
-TEST_F(BundledServiceRequests, TellTheirMethodAndBytesUntilTheyEnd) {
-  const ServedName service("camera", broker_.address(), Keeper());
-  const ClientPtr client = ConnectedTo(broker_.address());
+TEST_F(BusRequests, TellTheirMethodAndBytesUntilTheyEnd) {
+  const ServedName service("camera", peer_->address(), Keeper());
+  const ClientPtr client = Connected();
   EXPECT_EQ(CallAsync(client.get(), "camera", "a/b", std::string("x\0y", 3), TheReceiver(0).callback), 0);
   EXPECT_EQ(CallAsync(client.get(), "camera", "empty", "", TheReceiver(0).callback), 0);
   bus_request* empty = Take(1);
@@ -51,18 +47,18 @@ TEST_F(BundledServiceRequests, TellTheirMethodAndBytesUntilTheyEnd) {
   EXPECT_EQ(Reply(empty, ""), 0);
 }
 
-TEST_F(BundledServiceRequests, TellWhichClientObjectSentThem) {
+TEST_F(BusRequests, TellWhichClientObjectSentThem) {
   std::vector<std::uint64_t> callers;
-  const ServedName service("camera", broker_.address(), [&](bus_service*, bus_request* request) {
+  const ServedName service("camera", peer_->address(), [&](bus_service*, bus_request* request) {
     callers.push_back(bus_request_caller(request));
     Reply(request, "");
   });
-  const ClientPtr first = ConnectedTo(broker_.address());
-  const ClientPtr second = ConnectedTo(broker_.address());
+  const ClientPtr first = Connected();
+  const ClientPtr second = Connected();
   EXPECT_EQ(Call(first.get(), "camera", "move").code, 0);
   EXPECT_EQ(Call(second.get(), "camera", "query").code, 0);
   // Another connection of the same object, and another kind of call.
-  EXPECT_EQ(bus_connect(first.get(), broker_.address().c_str()), 0);
+  EXPECT_EQ(bus_connect(first.get(), peer_->address().c_str()), 0);
   EXPECT_EQ(CallAsync(first.get(), "camera", "stop", "", TheReceiver(0).callback), 0);
   ASSERT_TRUE(TheReceiver(0).WaitFor(1));
   ASSERT_EQ(callers.size(), 3U);
@@ -73,9 +69,9 @@ TEST_F(BundledServiceRequests, TellWhichClientObjectSentThem) {
   EXPECT_EQ(bus_request_caller(nullptr), 0U);
 }
 
-TEST_F(BundledServiceRequests, TellHowLongTheirCallerStillWaits) {
-  const ServedName service("camera", broker_.address(), Keeper());
-  const ClientPtr client = ConnectedTo(broker_.address());
+TEST_F(BusRequests, TellHowLongTheirCallerStillWaits) {
+  const ServedName service("camera", peer_->address(), Keeper());
+  const ClientPtr client = Connected();
   const Clock::time_point before = Clock::now();
   EXPECT_EQ(CallAsync(client.get(), "camera", "slow", "", TheReceiver(0).callback, 10), 0);
   bus_request* request = Take();
@@ -87,9 +83,9 @@ TEST_F(BundledServiceRequests, TellHowLongTheirCallerStillWaits) {
   EXPECT_EQ(Reply(request, ""), 0);
 }
 
-TEST_F(BundledServiceRequests, HaveTimeLeftAsLongAsTheirAnswerIsTaken) {
-  const ServedName service("camera", broker_.address(), Keeper());
-  const ClientPtr client = ConnectedTo(broker_.address());
+TEST_F(BusRequests, HaveTimeLeftAsLongAsTheirAnswerIsTaken) {
+  const ServedName service("camera", peer_->address(), Keeper());
+  const ClientPtr client = Connected();
   EXPECT_EQ(CallAsync(client.get(), "camera", "slow", "", TheReceiver(0).callback, 1), 0);
   bus_request* request = Take();
   EXPECT_LE(bus_request_time_left(request), 1000);
@@ -97,9 +93,9 @@ TEST_F(BundledServiceRequests, HaveTimeLeftAsLongAsTheirAnswerIsTaken) {
   EXPECT_EQ(Reply(request, "late"), -ETIMEDOUT);
 }
 
-TEST_F(BundledServiceRequests, WithoutATimeOutOfTheirOwnHaveTheDefaultTime) {
-  const ServedName service("camera", broker_.address(), Keeper());
-  const ClientPtr client = ConnectedTo(broker_.address());
+TEST_F(BusRequests, WithoutATimeOutOfTheirOwnHaveTheDefaultTime) {
+  const ServedName service("camera", peer_->address(), Keeper());
+  const ClientPtr client = Connected();
   EXPECT_EQ(CallAsync(client.get(), "camera", "slow", "", TheReceiver(0).callback, 0), 0);
   bus_request* request = Take();
   const int left = bus_request_time_left(request);
@@ -109,15 +105,15 @@ TEST_F(BundledServiceRequests, WithoutATimeOutOfTheirOwnHaveTheDefaultTime) {
   EXPECT_EQ(bus_request_time_left(nullptr), 0);
 }
 
-TEST_F(BundledServiceRequests, AreHandledInOrderOnOneThread) {
+TEST_F(BusRequests, AreHandledInOrderOnOneThread) {
   std::vector<std::string> order;
   std::set<std::thread::id> threads;
-  ServedName service("camera", broker_.address(), [&](bus_service*, bus_request* request) {
+  ServedName service("camera", peer_->address(), [&](bus_service*, bus_request* request) {
     order.push_back(Payload(request));
     threads.insert(std::this_thread::get_id());
     Reply(request, "");
   });
-  const ClientPtr client = ConnectedTo(broker_.address());
+  const ClientPtr client = Connected();
   std::vector<std::string> expected;
   for (int i = 0; i < 200; ++i) {
     expected.push_back(std::to_string(i));
@@ -130,9 +126,9 @@ TEST_F(BundledServiceRequests, AreHandledInOrderOnOneThread) {
   EXPECT_EQ(threads.count(std::this_thread::get_id()), 0U);
 }
 
-TEST_F(BundledServiceRequests, MayBeAnsweredLaterFromAnotherThread) {
-  const ServedName service("camera", broker_.address(), Keeper());
-  const ClientPtr client = ConnectedTo(broker_.address());
+TEST_F(BusRequests, MayBeAnsweredLaterFromAnotherThread) {
+  const ServedName service("camera", peer_->address(), Keeper());
+  const ClientPtr client = Connected();
   CallResult result{};
   Thread waiting([&] { result = Call(client.get(), "camera", "slow", "", 20); });
   bus_request* request = Take();
@@ -142,8 +138,8 @@ TEST_F(BundledServiceRequests, MayBeAnsweredLaterFromAnotherThread) {
   EXPECT_EQ(result.reply, "done");
 }
 
-TEST_F(BundledServiceRequests, KeptOnesDoNotHoldUpOthers) {
-  const ServedName service("camera", broker_.address(), [&](bus_service*, bus_request* request) {
+TEST_F(BusRequests, KeptOnesDoNotHoldUpOthers) {
+  const ServedName service("camera", peer_->address(), [&](bus_service*, bus_request* request) {
     if (Payload(request).empty()) {
       const std::lock_guard<std::mutex> lock(mutex_);
       kept_.push_back(request);
@@ -151,7 +147,7 @@ TEST_F(BundledServiceRequests, KeptOnesDoNotHoldUpOthers) {
       Reply(request, Payload(request));
     }
   });
-  const ClientPtr client = ConnectedTo(broker_.address());
+  const ClientPtr client = Connected();
   EXPECT_EQ(CallAsync(client.get(), "camera", "slow", "", TheReceiver(0).callback, 20), 0);
   bus_request* request = Take();
   EXPECT_EQ(Call(client.get(), "camera", "quick", "x").reply, "x");
@@ -159,11 +155,11 @@ TEST_F(BundledServiceRequests, KeptOnesDoNotHoldUpOthers) {
   EXPECT_TRUE(TheReceiver(0).WaitFor(1));
 }
 
-TEST_F(BundledServiceRequests, FailuresReachTheCaller) {
-  const ServedName service("camera", broker_.address(), [](bus_service*, bus_request* request) {
+TEST_F(BusRequests, FailuresReachTheCaller) {
+  const ServedName service("camera", peer_->address(), [](bus_service*, bus_request* request) {
     bus_request_fail(request, std::stoi(Payload(request)));
   });
-  const ClientPtr client = ConnectedTo(broker_.address());
+  const ClientPtr client = Connected();
   for (const int error : {-EBUSY, -EIO, -ENOSYS, -EINVAL, -ETIMEDOUT, -ESRCH, -1, -4095}) {
     EXPECT_EQ(Call(client.get(), "camera", "fail", std::to_string(error)).code, error);
   }
@@ -172,60 +168,60 @@ TEST_F(BundledServiceRequests, FailuresReachTheCaller) {
   }
 }
 
-TEST_F(BundledServiceRequests, ArgumentsAreChecked) {
+TEST_F(BusRequests, ArgumentsAreChecked) {
   EXPECT_EQ(bus_request_reply(nullptr, "x", 1), -EINVAL);
   EXPECT_EQ(bus_request_fail(nullptr, -EIO), -EINVAL);
-  const ServedName service("camera", broker_.address(), [](bus_service*, bus_request* request) {
+  const ServedName service("camera", peer_->address(), [](bus_service*, bus_request* request) {
     if (Payload(request) == "null") {
       EXPECT_EQ(bus_request_reply(request, nullptr, 1), -EINVAL);
     } else {
       EXPECT_EQ(bus_request_reply(request, "x", -1), -EINVAL);
     }
   });
-  const ClientPtr client = ConnectedTo(broker_.address());
+  const ClientPtr client = Connected();
   EXPECT_LT(Call(client.get(), "camera", "reply", "null", 1).code, 0);
   EXPECT_LT(Call(client.get(), "camera", "reply", "negative", 1).code, 0);
 }
 
-TEST_F(BundledServiceRequests, AnswerAfterTheDeadlineIsRefused) {
-  const ServedName service("camera", broker_.address(), Keeper());
-  const ClientPtr client = ConnectedTo(broker_.address());
+TEST_F(BusRequests, AnswerAfterTheDeadlineIsRefused) {
+  const ServedName service("camera", peer_->address(), Keeper());
+  const ClientPtr client = Connected();
   EXPECT_EQ(Call(client.get(), "camera", "slow", "", 1).code, -ETIMEDOUT);
   EXPECT_EQ(Reply(Take(), "late"), -ETIMEDOUT);
 }
 
-TEST_F(BundledServiceRequests, AnswerOverALostConnectionIsRefused) {
-  const ServedName service("camera", broker_.address(), Keeper());
-  const ClientPtr client = ConnectedTo(broker_.address());
+TEST_F(BusRequests, AnswerOverALostConnectionIsRefused) {
+  const ServedName service("camera", peer_->address(), Keeper());
+  const ClientPtr client = Connected();
   EXPECT_EQ(CallAsync(client.get(), "camera", "slow", "", TheReceiver(0).callback, 60), 0);
   bus_request* first = Take();
   EXPECT_EQ(CallAsync(client.get(), "camera", "slow", "", TheReceiver(0).callback, 60), 0);
   bus_request* second = Take(1);
-  broker_.Kill();
+  peer_->KillBroker();
   EXPECT_TRUE(WaitUntil([&] { return Emit(service.get(), "moved") == -ENOTCONN; }));
   EXPECT_EQ(Reply(first, "x"), -ENOTCONN);
-  broker_.Start();
+  peer_->StartBroker();
   EXPECT_TRUE(WaitUntil([&] { return Emit(service.get(), "moved") == 0; }));
   EXPECT_EQ(Reply(second, "x"), -ENOTCONN) << "its connection has gone, though there is another";
 }
 
-TEST_F(BundledServiceRequests, HandlerMayEmitAndCallOthers) {
-  const ServedName inner("inner", broker_.address(), &Echo);
-  const ClientPtr own = ConnectedTo(broker_.address());
-  const ServedName outer("outer", broker_.address(), [&](bus_service* self, bus_request* request) {
+TEST_F(BusRequests, HandlerMayEmitAndCallOthers) {
+  const ServedName inner("inner", peer_->address(), &Echo);
+  const ClientPtr own = Connected();
+  const ServedName outer("outer", peer_->address(), [&](bus_service* self, bus_request* request) {
     EXPECT_EQ(Emit(self, "asked", Payload(request)), 0);
     Reply(request, Call(own.get(), "inner", "echo", Payload(request)).reply);
   });
-  const ClientPtr client = ConnectedTo(broker_.address());
+  const ClientPtr client = Connected();
   EXPECT_EQ(bus_signal_subscribe(client.get(), "outer", "asked", TheReceiver(0).callback), 0);
   EXPECT_EQ(Call(client.get(), "outer", "ask", "x").reply, "x");
   ASSERT_TRUE(TheReceiver(0).WaitFor(1));
   EXPECT_EQ(TheReceiver(0).All()[0].payload, "x");
 }
 
-TEST_F(BundledServiceRequests, SignalsAndAnswersOfManyThreadsArrive) {
-  const ServedName service("camera", broker_.address(), &Echo);
-  const ClientPtr client = ConnectedTo(broker_.address());
+TEST_F(BusRequests, SignalsAndAnswersOfManyThreadsArrive) {
+  const ServedName service("camera", peer_->address(), &Echo);
+  const ClientPtr client = Connected();
   EXPECT_EQ(bus_signal_subscribe(client.get(), "camera", "moved", TheReceiver(0).callback), 0);
   std::vector<Thread> threads;
   for (int number = 0; number < 4; ++number) {
