@@ -11,10 +11,11 @@
 #include <utility>
 
 #include "errors.h"
+#include "mosquitto_library.h"
 #include "names.h"
-#include "process.h"
 #include "properties.h"
 #include "random.h"
+#include "sigpipe_guard.h"
 
 using dorv::Clock;
 using dorv::PendingCall;
@@ -25,7 +26,7 @@ namespace {
 
 // How long the answer, or word of a service that has been there before, may come
 // after the broker has taken a request for a service without a presence. A service
-// executes only what the broker takes after its presence, so nobody serves that
+// executes only what the broker takes after its presence, so none serves that
 // request. The time is for brokers that hold back what they have kept.
 constexpr std::chrono::milliseconds kPresenceGrace{50};
 
@@ -41,26 +42,25 @@ std::uint64_t HashOf(const mosquitto_message& presence) {
 }
 
 // Whether a request like this one has been answered by the service that is there.
-bool Trusts(const ServiceWatch& service, std::string_view method, int length) {
+bool HasAnswered(const ServiceWatch& service, std::string_view method, int length) {
   const auto answered = service.answered.find(method);
   return service.instance != 0 && answered != service.answered.end() && length <= answered->second;
 }
 
-bool IsBytes(const void* data, int length) { return length >= 0 && (data != nullptr || length == 0); }
-
-// Reads the socket for as long as it lives, unless somebody else does. Needs the
-// connection's mutex at its begin and end.
-class Reader {
+// Has its waiter read the socket, unless another caller does, from before the
+// request is sent until the call ends. Needs the connection's mutex at its begin
+// and end.
+class ReadingTurn {
  public:
-  Reader(dorv::Connection& connection, dorv::Waiter& waiter) : connection_(connection), waiter_(waiter) {
-    connection_.TakeOver(waiter_);
+  ReadingTurn(dorv::SharedSocket& socket, dorv::Waiter& waiter) : socket_(socket), waiter_(waiter) {
+    socket_.TakeTurn(waiter_);
   }
-  ~Reader() { connection_.Leave(waiter_); }
-  Reader(const Reader&) = delete;
-  Reader& operator=(const Reader&) = delete;
+  ~ReadingTurn() { socket_.LeaveTurn(waiter_); }
+  ReadingTurn(const ReadingTurn&) = delete;
+  ReadingTurn& operator=(const ReadingTurn&) = delete;
 
  private:
-  dorv::Connection& connection_;
+  dorv::SharedSocket& socket_;
   dorv::Waiter& waiter_;
 };
 
@@ -73,34 +73,20 @@ bus_client::~bus_client() { dorv::ReleaseLibrary(); }
 
 void bus_client::Free() {
   connection_.Close();
-  dispatcher_.Close();
+  callbacks_.Close();
   // May be the last reference but the caller's own.
   const std::lock_guard<std::mutex> lock(connection_.mutex());
   self_.reset();
 }
 
-int bus_client::Connect(const char* address) {
-  auto parsed = dorv::Address::Parse(address);
-  if (!parsed) {
-    return -EINVAL;
-  }
-  auto settings = dorv::Settings::Load();
-  if (!settings) {
-    return -EINVAL;
-  }
-  std::unique_lock<std::mutex> lock(connection_.mutex());
-  return connection_.Connect(lock, shared_from_this(), std::move(*parsed), std::move(*settings));
-}
+int bus_client::Connect(const char* address) { return connection_.Connect(address, shared_from_this()); }
 
-int bus_client::Disconnect() {
-  const std::lock_guard<std::mutex> lock(connection_.mutex());
-  return connection_.Disconnect();
-}
+int bus_client::Disconnect() { return connection_.Disconnect(); }
 
 int bus_client::Call(const char* service, const char* method, const void* request, int request_length,
                      void* reply, int* reply_length, int timeout) {
-  if (!dorv::IsServiceName(service) || !dorv::IsName(method) || !IsBytes(request, request_length) ||
-      reply_length == nullptr || !IsBytes(reply, *reply_length)) {
+  if (!dorv::IsServiceName(service) || !dorv::IsName(method) || !dorv::IsBytes(request, request_length) ||
+      reply_length == nullptr || !dorv::IsBytes(reply, *reply_length)) {
     return -EINVAL;
   }
   PendingCall call(Clock::now() + Timeout(timeout));
@@ -109,10 +95,10 @@ int bus_client::Call(const char* service, const char* method, const void* reques
   call.capacity = *reply_length;
   std::uint64_t sequence = 0;
   std::unique_lock<std::mutex> lock(connection_.mutex());
-  const Reader reader(connection_, call.waiter);
+  const ReadingTurn turn(connection_.socket(), call.waiter);
   int result = Send(&call, service, method, request, request_length, &sequence);
   if (result == 0) {
-    result = connection_.Await(lock, call.waiter);
+    result = connection_.socket().Await(lock, call.waiter);
     if (calls_.erase(sequence) > 0) {
       call.service->answered.clear();
     }
@@ -125,7 +111,7 @@ int bus_client::Call(const char* service, const char* method, const void* reques
 
 int bus_client::CallLater(const char* service, const char* method, const void* request, int request_length,
                           bus_callback callback, int timeout) {
-  if (!dorv::IsServiceName(service) || !dorv::IsName(method) || !IsBytes(request, request_length) ||
+  if (!dorv::IsServiceName(service) || !dorv::IsName(method) || !dorv::IsBytes(request, request_length) ||
       callback == nullptr) {
     return -EINVAL;
   }
@@ -133,18 +119,18 @@ int bus_client::CallLater(const char* service, const char* method, const void* r
   const dorv::SigpipeGuard guard;
   call->callback = callback;
   call->own_method = method;
-  dorv::Dispatcher::Tasks task;
+  dorv::CallbackThread::Tasks task;
   task.emplace_back([this, call] {
     const char* const bytes = call->bytes.empty() ? nullptr : call->bytes.data();
     call->callback(this, nullptr, call->own_method.c_str(), bytes, call->result);
   });
-  dispatcher_.Start(shared_from_this());
+  callbacks_.Start(shared_from_this());
   std::uint64_t sequence = 0;
   const std::lock_guard<std::mutex> lock(connection_.mutex());
   const int result = Send(call.get(), service, method, request, request_length, &sequence);
   if (result == 0) {
     call->task = std::move(task);
-    connection_.WakeBackground();
+    connection_.socket().WakeBackground();
   }
   return result;
 }
@@ -153,7 +139,7 @@ int bus_client::CallLater(const char* service, const char* method, const void* r
 // negative errno value when nothing was sent.
 int bus_client::Send(PendingCall* call, const char* service, const char* method, const void* request,
                      int length, std::uint64_t* sequence) {
-  if (!connection_.ready()) {
+  if (!session().ready()) {
     return -ENOTCONN;
   }
   if (Clock::now() >= call->last_moment) {
@@ -165,11 +151,11 @@ int bus_client::Send(PendingCall* call, const char* service, const char* method,
   }
   call->method = call->callback == nullptr ? std::string_view(method) : call->own_method;
   call->request_length = length;
-  call->confirmed = !unconfirmed_.empty() || !Trusts(*call->service, call->method, length);
+  call->confirmed = !unconfirmed_.empty() || !HasAnswered(*call->service, call->method, length);
   *sequence = ++sequence_;
   call->identity = dorv::RequestIdentity::Make(caller_, *sequence, call->last_moment).Encode();
   dorv::Properties properties;
-  if (!properties.AddResponseTopic(dorv::Topic::Reply(connection_.client_id()).c_str()) ||
+  if (!properties.AddResponseTopic(dorv::Topic::Reply(session().client_id()).c_str()) ||
       !properties.AddCorrelation(call->identity)) {
     return -ENOMEM;
   }
@@ -179,8 +165,8 @@ int bus_client::Send(PendingCall* call, const char* service, const char* method,
   if (call->confirmed) {
     unconfirmed.insert(0);
   }
-  const int result = connection_.Publish(&call->message_id, dorv::Topic::Call(service, method).c_str(), request,
-                                         length, call->confirmed ? 1 : 0, false, properties.get());
+  const int result = session().Publish(&call->message_id, dorv::Topic::Call(service, method).c_str(), request,
+                                       length, call->confirmed ? 1 : 0, false, properties.get());
   if (result < 0) {
     return result;
   }
@@ -214,7 +200,7 @@ int bus_client::Watch(std::string_view service, ServiceWatch** watch) {
 }
 
 int bus_client::WatchPresence(std::string_view service) {
-  return connection_.Subscribe(dorv::Topic::Presence(service).c_str(), 0, 0, dorv::Connection::Kept::kLast);
+  return session().Subscribe(dorv::Topic::Presence(service).c_str(), 0, 0, dorv::Session::Kept::kLast);
 }
 
 void bus_client::Finish(std::uint64_t sequence, int result) {
@@ -231,11 +217,11 @@ void bus_client::Finish(PendingCall* call, int result) {
   if (call->callback == nullptr) {
     call->waiter.Finish(result);
   } else {
-    FinishLater(call, result, nullptr);
+    PostResult(call, result, nullptr);
   }
 }
 
-void bus_client::FinishLater(PendingCall* call, int result, const void* payload) {
+void bus_client::PostResult(PendingCall* call, int result, const void* payload) {
   call->result = result;
   try {
     if (payload != nullptr) {
@@ -244,7 +230,7 @@ void bus_client::FinishLater(PendingCall* call, int result, const void* payload)
   } catch (const std::bad_alloc&) {
     call->result = -ENOMEM;
   }
-  dispatcher_.Post(std::move(call->task));
+  callbacks_.Post(std::move(call->task));
 }
 
 void bus_client::Receive(const mosquitto_message& message, const mosquitto_property* properties) {
@@ -274,7 +260,7 @@ void bus_client::ReceiveReply(const mosquitto_message& message, const mosquitto_
   if (error < 0) {
     Finish(call, error);
   } else if (call->callback != nullptr) {
-    FinishLater(call, message.payloadlen, message.payload);
+    PostResult(call, message.payloadlen, message.payload);
   } else if (message.payloadlen > call->capacity) {
     call->waiter.Finish(-EMSGSIZE);
   } else {
@@ -294,7 +280,7 @@ void bus_client::NoteAnswered(const PendingCall& call) {
     int& longest = call.service->answered[std::string(call.method)];
     longest = std::max(longest, call.request_length);
   } catch (const std::bad_alloc&) {
-    // The next request is confirmed by the broker as well, no more.
+    // All that follows: the broker confirms the next request too.
   }
 }
 
@@ -307,7 +293,7 @@ void bus_client::ReceivePresence(std::string_view service, const mosquitto_messa
   const std::uint64_t instance = message.payloadlen > 0 ? HashOf(message) : 0;
   const std::uint64_t before = std::exchange(watch.instance, instance);
   if (before == 0 && message.retain) {
-    TakeTime(watch);
+    AllowFullTime(watch);
   } else if (before != 0 && instance != before) {
     watch.answered.clear();
     EndCalls(watch);
@@ -315,7 +301,7 @@ void bus_client::ReceivePresence(std::string_view service, const mosquitto_messa
 }
 
 // The service was there before the calls' requests: they have all their time.
-void bus_client::TakeTime(const ServiceWatch& watch) {
+void bus_client::AllowFullTime(const ServiceWatch& watch) {
   for (const auto& [sequence, call] : calls_) {
     if (call->service == &watch) {
       call->waiter.deadline = call->last_moment;
@@ -337,7 +323,7 @@ void bus_client::EndCalls(const ServiceWatch& watch) {
 }
 
 // The broker has the request, or tells why it did not pass it on.
-void bus_client::Acknowledge(int message_id, int reason) {
+void bus_client::PublicationConfirmed(int message_id, int reason) {
   if (unconfirmed_.erase(message_id) == 0) {
     return;
   }
@@ -359,12 +345,12 @@ void bus_client::Acknowledge(int message_id, int reason) {
     call->waiter.expiry_result = -ESRCH;
     call->waiter.wake.notify_one();
     if (call->callback != nullptr) {
-      connection_.WakeBackground();  // which minds its deadline
+      connection_.socket().WakeBackground();  // which minds its deadline
     }
   }
 }
 
-void bus_client::Lose() {
+void bus_client::SessionEnded() {
   unconfirmed_.clear();
   for (auto& [name, watch] : services_) {
     watch = ServiceWatch();
@@ -375,7 +361,7 @@ void bus_client::Lose() {
 }
 
 // Ends asynchronous calls that ran out of time; the others mind their own.
-TimePoint bus_client::Tick(TimePoint now) {
+TimePoint bus_client::EndOverdueCalls(TimePoint now) {
   TimePoint next = TimePoint::max();
   for (auto one = calls_.begin(); one != calls_.end();) {
     const auto [sequence, call] = *one++;

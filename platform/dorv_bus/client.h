@@ -8,10 +8,10 @@
 #include <string>
 #include <string_view>
 
+#include "callback_thread.h"
 #include "connection.h"
-#include "dispatcher.h"
 #include "dorv_bus.h"
-#include "process.h"
+#include "own_process.h"
 #include "request_identity.h"
 
 namespace dorv {
@@ -52,7 +52,7 @@ struct PendingCall {
   std::string own_method;
   int result = 0;
   std::string bytes;
-  Dispatcher::Tasks task;
+  CallbackThread::Tasks task;
 };
 
 }  // namespace dorv
@@ -65,11 +65,11 @@ struct bus_client final : dorv::Connection::Owner, std::enable_shared_from_this<
   ~bus_client() override;
 
   bool valid() const { return connection_.valid(); }
-  // The application's own reference, taken back by bus_client_free.
-  void Adopt() { self_ = shared_from_this(); }
+  // Keeps the object alive until Free.
+  void Keep() { self_ = shared_from_this(); }
   void Free();
   // False in a child made by fork(), where nothing of it may be touched.
-  bool InItsProcess() const { return process_ == dorv::ProcessNumber(); }
+  bool InItsProcess() const { return process_.IsThisOne(); }
 
   int Connect(const char* address);
   int Disconnect();
@@ -91,12 +91,14 @@ struct bus_client final : dorv::Connection::Owner, std::enable_shared_from_this<
   using SubscriptionKey = std::pair<std::string, std::string>;  // service, signal
 
   // Connection::Owner
-  int Restore() override;
-  int Restored() override;
+  int RestoreSubscriptions() override;
+  int SubscriptionsRestored() override;
   void Receive(const mosquitto_message& message, const mosquitto_property* properties) override;
-  void Acknowledge(int message_id, int reason) override;
-  void Lose() override;
-  dorv::TimePoint Tick(dorv::TimePoint now) override;
+  void PublicationConfirmed(int message_id, int reason) override;
+  void SessionEnded() override;
+  dorv::TimePoint EndOverdueCalls(dorv::TimePoint now) override;
+
+  dorv::Session& session() { return connection_.session(); }
 
   int Send(dorv::PendingCall* call, const char* service, const char* method, const void* request, int length,
            std::uint64_t* sequence);
@@ -105,21 +107,21 @@ struct bus_client final : dorv::Connection::Owner, std::enable_shared_from_this<
   void NoteAnswered(const dorv::PendingCall& call);
   void Finish(std::uint64_t sequence, int result);
   void Finish(dorv::PendingCall* call, int result);
-  void FinishLater(dorv::PendingCall* call, int result, const void* payload);
+  void PostResult(dorv::PendingCall* call, int result, const void* payload);
   void ReceiveReply(const mosquitto_message& message, const mosquitto_property* properties);
   void ReceivePresence(std::string_view service, const mosquitto_message& message);
-  void TakeTime(const dorv::ServiceWatch& watch);
+  void AllowFullTime(const dorv::ServiceWatch& watch);
   void EndCalls(const dorv::ServiceWatch& watch);
   void ReceiveSignal(const mosquitto_message& message, const mosquitto_property* properties);
   void Deliver(int identifier, std::string_view signal, const mosquitto_message& message);
-  bool Subscribed(int identifier, bus_callback* callback);
+  bool FindCallback(int identifier, bus_callback* callback);
   int AskForSignals(std::unique_lock<std::mutex>& lock, const SubscriptionKey& key, int identifier,
                     dorv::TimePoint deadline);
 
-  const unsigned process_ = dorv::ProcessNumber();
+  const dorv::OwnProcess process_;
   const std::uint64_t caller_;
   dorv::Connection connection_;
-  dorv::Dispatcher dispatcher_;
+  dorv::CallbackThread callbacks_;
   std::shared_ptr<bus_client> self_;
   std::uint64_t sequence_ = 0;
   std::map<std::uint64_t, dorv::PendingCall*> calls_;

@@ -6,8 +6,8 @@
 #include <system_error>
 
 #include "client.h"
+#include "mosquitto_library.h"
 #include "names.h"
-#include "process.h"
 
 namespace {
 
@@ -26,7 +26,7 @@ int Guarded(bus_client* client, Body body) {
   } catch (const std::bad_alloc&) {
     return -ENOMEM;
   } catch (const std::system_error& error) {
-    return -error.code().value();  // no thread to be had
+    return -error.code().value();  // the system has no thread left
   }
 }
 
@@ -58,7 +58,7 @@ bus_client* bus_client_new(const char* name) {
     if (!client->valid()) {
       return nullptr;
     }
-    client->Adopt();
+    client->Keep();
     return client.get();
   } catch (const std::bad_alloc&) {
     dorv::ReleaseLibrary();

@@ -83,7 +83,7 @@ int ErrorFromLookup(int result) {
   return result == EAI_MEMORY ? -ENOMEM : -ENOENT;
 }
 
-// Whether somebody listens there, and why not: libmosquitto connects to hosts
+// Whether a broker listens there, and why not: libmosquitto connects to hosts
 // without a time-out and keeps the reason to itself.
 int TryHost(const std::string& host, int port, milliseconds timeout, const Event& stop) {
   addrinfo hints{};

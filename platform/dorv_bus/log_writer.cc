@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "process.h"
+#include "quiet_thread.h"
 
 namespace dorv {
 

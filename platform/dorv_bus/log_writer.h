@@ -12,8 +12,8 @@
 namespace dorv {
 
 // Writes lines on a thread of its own, which lives only while there are some: a
-// log that is stuck must hold up nobody who holds a mutex or has a time-out to
-// keep.
+// log that is stuck must not hold up a thread that holds a mutex or has a time-out
+// to keep.
 class LogWriter {
  public:
   LogWriter();

@@ -1,5 +1,6 @@
-// Names of services, methods and signals, and the topics made of them. Every
-// topic that the bus uses is built here and nowhere else.
+// What callers hand in: names of services, methods and signals, and bytes; and the
+// topics made of names. Every topic that the bus uses is built here and nowhere
+// else.
 #ifndef DORV_BUS_NAMES_H
 #define DORV_BUS_NAMES_H
 
@@ -20,6 +21,9 @@ bool IsName(const char* text);
 
 // A name without '/', since a service takes one level of a topic.
 bool IsServiceName(const char* text);
+
+// Bytes may be null when there are none.
+inline bool IsBytes(const void* data, int length) { return length >= 0 && (data != nullptr || length == 0); }
 
 // A topic in a buffer of its own, so that a call allocates nothing for it.
 class Topic {

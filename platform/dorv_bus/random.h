@@ -8,7 +8,7 @@
 
 namespace dorv {
 
-// A number that nobody else on the bus has drawn. Never 0.
+// A number that no other participant of the bus has drawn. Never 0.
 inline std::uint64_t RandomNumber() {
   std::uint64_t number = 0;
   if (getrandom(&number, sizeof number, 0) != sizeof number) {

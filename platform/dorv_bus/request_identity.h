@@ -1,5 +1,5 @@
-// What travels with every request as its correlation data: who sent it, which
-// of his requests it is, and until when it may be executed.
+// What travels with every request as its correlation data: which client sent it,
+// which of the client's requests it is, and until when it may be executed.
 #ifndef DORV_BUS_REQUEST_IDENTITY_H
 #define DORV_BUS_REQUEST_IDENTITY_H
 
@@ -33,7 +33,7 @@ struct RequestIdentity {
 
   // The deadline on two clocks. On the machine on which the request was sent
   // (the boot ids agree) the one that counts since boot, in nanoseconds, holds:
-  // nobody can set it, and a time namespace's own offset is taken off. Elsewhere
+  // no user can set it, and a time namespace's own offset is taken off. Elsewhere
   // wall-clock time, in nanoseconds since 1970.
   std::uint64_t boot_id = 0;
   std::int64_t boot_deadline = 0;
@@ -59,9 +59,9 @@ struct RequestIdentity {
 // Remembers which requests came, so that none is executed twice.
 class SeenRequests {
  public:
-  // So many callers are remembered, about 2 MiB. Whoever wants to push an honest
-  // one out must make up as many within its time-out, and read its requests to
-  // repeat one; and the honest ones are not locked out by those made up.
+  // How many callers are remembered; they take about 2 MiB. To push an honest one
+  // out, an attacker must make up as many within its time-out, and read its
+  // requests to repeat one. Callers that are made up lock no honest one out.
   static constexpr std::size_t kMostCallers = 16384;
 
   // False for a request that came before. A caller's requests come in the

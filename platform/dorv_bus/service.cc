@@ -6,10 +6,11 @@
 #include <utility>
 
 #include "errors.h"
+#include "mosquitto_library.h"
 #include "names.h"
-#include "process.h"
 #include "properties.h"
 #include "random.h"
+#include "sigpipe_guard.h"
 
 using dorv::TimePoint;
 using dorv::Topic;
@@ -24,20 +25,14 @@ bus_service::bus_service(const char* name, bus_method_handler handler, void* use
 bus_service::~bus_service() { dorv::ReleaseLibrary(); }
 
 int bus_service::Begin(const char* address) {
-  auto parsed = dorv::Address::Parse(address);
-  if (!parsed) {
-    return -EINVAL;
-  }
-  auto settings = dorv::Settings::Load();
-  if (!settings) {
-    return -EINVAL;
-  }
-  std::unique_lock<std::mutex> lock(connection_.mutex());
-  const int result = connection_.Connect(lock, shared_from_this(), std::move(*parsed), std::move(*settings));
-  self_ = shared_from_this();
-  lock.unlock();
+  const int result = connection_.Connect(address, shared_from_this());
   if (result < 0) {
     Free();
+    return result;
+  }
+  const std::lock_guard<std::mutex> lock(connection_.mutex());
+  if (!freed_) {
+    self_ = shared_from_this();
   }
   return result;
 }
@@ -58,25 +53,24 @@ int bus_service::Free() {
 }
 
 // The broker clears the presence when the service is gone without a word.
-int bus_service::Prepare(mosquitto* instance) {
+int bus_service::SetWill(mosquitto* instance) {
   const int result =
       mosquitto_will_set_v5(instance, Topic::Presence(name_).c_str(), 0, nullptr, 1, true, nullptr);
   return result == MOSQ_ERR_SUCCESS ? 0 : -ENOMEM;
 }
 
-int bus_service::Restore() {
-  const int watched =
-      connection_.Subscribe(Topic::Presence(name_).c_str(), 0, 0, dorv::Connection::Kept::kLast);
-  return watched < 0 ? watched : connection_.Subscribe(Topic::Calls(name_).c_str(), 0, 0);
+int bus_service::RestoreSubscriptions() {
+  const int watched = session().Subscribe(Topic::Presence(name_).c_str(), 0, 0, dorv::Session::Kept::kLast);
+  return watched < 0 ? watched : session().Subscribe(Topic::Calls(name_).c_str(), 0, 0);
 }
 
 // Announces itself when requests reach it: none is lost that a caller sends to a
 // service that is present.
-int bus_service::Restored() { return Announce(); }
+int bus_service::SubscriptionsRestored() { return Announce(); }
 
 int bus_service::Announce() {
-  const int result = connection_.Publish(&announcement_, Topic::Presence(name_).c_str(), instance_.data(),
-                                         static_cast<int>(instance_.size()), 1, true, nullptr);
+  const int result = session().Publish(&announcement_, Topic::Presence(name_).c_str(), instance_.data(),
+                                       static_cast<int>(instance_.size()), 1, true, nullptr);
   if (result < 0) {
     announcement_ = 0;
     DORV_LOG_LATER(connection_.log(), ZERK_LOG_WARNING, "cannot announce the service %s: %s", name_.c_str(),
@@ -87,23 +81,23 @@ int bus_service::Announce() {
 
 // The broker has taken the presence: it, and every client, gets what comes from
 // now on after that.
-void bus_service::Acknowledge(int message_id, int reason) {
+void bus_service::PublicationConfirmed(int message_id, int reason) {
   if (message_id != announcement_) {
     return;
   }
   announcement_ = 0;
   if (reason >= MQTT_RC_UNSPECIFIED) {
-    connection_.Refuse(dorv::ErrorFromReason(reason), "the broker does not let the service announce itself",
-                       name_.c_str());
+    session().Refuse(dorv::ErrorFromReason(reason), "the broker does not let the service announce itself",
+                     name_.c_str());
     return;
   }
   present_ = true;
-  if (!connection_.ready()) {
-    connection_.Open();
+  if (!session().ready()) {
+    session().DeclareReady();
   }
 }
 
-void bus_service::Lose() {
+void bus_service::SessionEnded() {
   announcement_ = 0;
   present_ = false;
   announce_again_ = false;
@@ -111,7 +105,7 @@ void bus_service::Lose() {
 
 void bus_service::Receive(const mosquitto_message& message, const mosquitto_property* properties) {
   if (dorv::PresenceOf(message.topic).empty()) {
-    // Nobody waits any more for a request that the broker has kept.
+    // The caller of a request that the broker has kept waits no longer.
     if (!message.retain) {
       ReceiveRequest(message, properties);
     }
@@ -129,8 +123,8 @@ void bus_service::ReceivePresence(const mosquitto_message& message) {
   if (present.empty()) {
     present_ = false;
     // An announcement that is under way comes after what has cleared the last.
-    announce_again_ = connection_.ready() && announcement_ == 0;
-  } else if (present != instance_ && connection_.ready()) {
+    announce_again_ = session().ready() && announcement_ == 0;
+  } else if (present != instance_ && session().ready()) {
     DORV_LOG_LATER(connection_.log(), ZERK_LOG_ERROR, "somebody else serves the name %s as well",
                    name_.c_str());
   }
@@ -159,18 +153,18 @@ void bus_service::ReceiveRequest(const mosquitto_message& message, const mosquit
     return;
   }
   request->identity = *identity;
-  request->session = connection_.session();
+  request->session = session().number();
   request->payload.assign(static_cast<const char*>(message.payload),
                           static_cast<std::size_t>(message.payloadlen));
   requests_.push_back(std::move(request));
 }
 
-TimePoint bus_service::Tick(TimePoint) { return TimePoint::max(); }
+TimePoint bus_service::EndOverdueCalls(TimePoint) { return TimePoint::max(); }
 
-void bus_service::Serve() {
+void bus_service::HandleRequests() {
   std::unique_lock<std::mutex> lock(connection_.mutex());
-  if (announce_again_ && connection_.ready()) {
-    announce_again_ = Announce() < 0 && connection_.ready();
+  if (announce_again_ && session().ready()) {
+    announce_again_ = Announce() < 0 && session().ready();
   }
   serving_ = true;
   while (!requests_.empty() && !freed_) {
@@ -200,16 +194,16 @@ void bus_service::Handle(Request request) {
 int bus_service::Emit(const char* signal, const void* payload, int length) {
   const dorv::SigpipeGuard guard;
   const std::lock_guard<std::mutex> lock(connection_.mutex());
-  if (!connection_.ready()) {
+  if (!session().ready()) {
     return -ENOTCONN;
   }
-  return connection_.Publish(nullptr, Topic::Signal(name_, signal).c_str(), payload, length, 1, false, nullptr);
+  return session().Publish(nullptr, Topic::Signal(name_, signal).c_str(), payload, length, 1, false, nullptr);
 }
 
 int bus_service::Reply(const bus_request& request, const void* reply, int length, int error) {
   const dorv::SigpipeGuard guard;
   const std::lock_guard<std::mutex> lock(connection_.mutex());
-  if (!connection_.ready() || connection_.session() != request.session) {
+  if (!session().ready() || session().number() != request.session) {
     return -ENOTCONN;
   }
   if (request.identity.Expired()) {
@@ -220,9 +214,9 @@ int bus_service::Reply(const bus_request& request, const void* reply, int length
     return -ENOMEM;
   }
   const char* topic = request.reply_topic.c_str();
-  const int result = connection_.Publish(nullptr, topic, reply, length, 0, false, properties.get());
+  const int result = session().Publish(nullptr, topic, reply, length, 0, false, properties.get());
   if (result == -EMSGSIZE && properties.AddError(-EMSGSIZE)) {
-    connection_.Publish(nullptr, topic, nullptr, 0, 0, false, properties.get());
+    session().Publish(nullptr, topic, nullptr, 0, 0, false, properties.get());
   }
   return result;
 }

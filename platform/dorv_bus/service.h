@@ -8,13 +8,13 @@
 
 #include "connection.h"
 #include "dorv_bus_service.h"
-#include "process.h"
+#include "own_process.h"
 #include "request_identity.h"
 
 // A request between its arrival and its answer.
 struct bus_request {
   std::shared_ptr<bus_service> service;
-  std::uint64_t session;  // the connection over which it came
+  std::uint64_t session;  // number of the session over which it came
   dorv::RequestIdentity identity;
   std::string method;
   std::string payload;
@@ -28,7 +28,7 @@ struct bus_service final : dorv::Connection::Owner, std::enable_shared_from_this
 
   bool valid() const { return connection_.valid(); }
   // False in a child made by fork(), where nothing of it may be touched.
-  bool InItsProcess() const { return process_ == dorv::ProcessNumber(); }
+  bool InItsProcess() const { return process_.IsThisOne(); }
   // Connects and serves; keeps itself until Free.
   int Begin(const char* address);
   int Free();
@@ -40,21 +40,23 @@ struct bus_service final : dorv::Connection::Owner, std::enable_shared_from_this
   using Request = std::unique_ptr<bus_request>;
 
   // Connection::Owner
-  int Prepare(mosquitto* instance) override;
-  int Restore() override;
-  int Restored() override;
+  int SetWill(mosquitto* instance) override;
+  int RestoreSubscriptions() override;
+  int SubscriptionsRestored() override;
   void Receive(const mosquitto_message& message, const mosquitto_property* properties) override;
-  void Acknowledge(int message_id, int reason) override;
-  void Lose() override;
-  dorv::TimePoint Tick(dorv::TimePoint now) override;
-  void Serve() override;
+  void PublicationConfirmed(int message_id, int reason) override;
+  void SessionEnded() override;
+  dorv::TimePoint EndOverdueCalls(dorv::TimePoint now) override;
+  void HandleRequests() override;
+
+  dorv::Session& session() { return connection_.session(); }
 
   void ReceivePresence(const mosquitto_message& message);
   void ReceiveRequest(const mosquitto_message& message, const mosquitto_property* properties);
   void Handle(Request request);
   int Announce();
 
-  const unsigned process_ = dorv::ProcessNumber();
+  const dorv::OwnProcess process_;
   const std::string name_;
   const std::string instance_;  // tells this service's presence from another's; anybody may read it
   const bus_method_handler handler_;

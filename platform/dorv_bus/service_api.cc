@@ -9,13 +9,13 @@
 #include <system_error>
 
 #include "dorv_bus_service.h"
+#include "mosquitto_library.h"
 #include "names.h"
-#include "process.h"
 #include "service.h"
 
 namespace {
 
-// Whether somebody who answers serves the name already; -EADDRINUSE then, else
+// Whether a service that answers has the name already; -EADDRINUSE then, else
 // 0 or the reason why the broker cannot be reached.
 int CheckFree(const char* name, const char* address) {
   const std::unique_ptr<bus_client, decltype(&bus_client_free)> client(bus_client_new(name), bus_client_free);
@@ -54,8 +54,6 @@ int Begin(const char* name, const char* address, bus_method_handler handler, voi
   return began;
 }
 
-bool IsBytes(const void* data, int length) { return length >= 0 && (data != nullptr || length == 0); }
-
 int Finish(bus_request* request, const void* reply, int length, int error) {
   const std::unique_ptr<bus_request> owned(request);
   if (!owned->service->InItsProcess()) {
@@ -92,7 +90,7 @@ int bus_service_free(bus_service* service) {
 }
 
 int bus_service_emit(bus_service* service, const char* signal, const void* payload, int length) {
-  if (service == nullptr || !dorv::IsName(signal) || !IsBytes(payload, length)) {
+  if (service == nullptr || !dorv::IsName(signal) || !dorv::IsBytes(payload, length)) {
     return -EINVAL;
   }
   if (!service->InItsProcess()) {
@@ -131,7 +129,7 @@ int bus_request_reply(bus_request* request, const void* reply, int length) {
   if (request == nullptr) {
     return -EINVAL;
   }
-  if (!IsBytes(reply, length)) {
+  if (!dorv::IsBytes(reply, length)) {
     Finish(request, nullptr, 0, -EPROTO);
     return -EINVAL;
   }

@@ -7,7 +7,7 @@
 
 #include "client.h"
 #include "names.h"
-#include "process.h"
+#include "sigpipe_guard.h"
 
 using dorv::Clock;
 
@@ -23,9 +23,9 @@ int bus_client::Subscribe(const char* service, const char* signal, bus_callback 
   const dorv::SigpipeGuard guard;
   const auto deadline = Clock::now() + std::chrono::seconds(BUS_DEFAULT_TIMEOUT);
   const SubscriptionKey key(service, signal);
-  dispatcher_.Start(shared_from_this());
+  callbacks_.Start(shared_from_this());
   std::unique_lock<std::mutex> lock(connection_.mutex());
-  if (!connection_.ready()) {
+  if (!session().ready()) {
     return -ENOTCONN;
   }
   auto mine = subscriptions_.find(key);
@@ -39,7 +39,7 @@ int bus_client::Subscribe(const char* service, const char* signal, bus_callback 
   const int identifier = mine->second.identifier;
   ++mine->second.waiting;
   const int result = AskForSignals(lock, key, identifier, deadline);
-  // Somebody may have unsubscribed meanwhile, and even subscribed anew.
+  // Another thread may have unsubscribed meanwhile, and even subscribed anew.
   mine = subscriptions_.find(key);
   if (mine != subscriptions_.end() && mine->second.identifier == identifier) {
     mine->second.confirmed = mine->second.confirmed || result >= 0;
@@ -70,14 +70,14 @@ int bus_client::Unsubscribe(const char* service, const char* signal) {
   subscriptions_.erase(entry);
   // Without a connection there is nothing to tell the broker: it has forgotten.
   const int result =
-      connection_.ready() ? connection_.Unsubscribe(dorv::Topic::Signal(service, signal).c_str()) : 0;
+      session().ready() ? session().Unsubscribe(dorv::Topic::Signal(service, signal).c_str()) : 0;
   return result == -ENOTCONN ? 0 : result;
 }
 
-int bus_client::Restore() {
+int bus_client::RestoreSubscriptions() {
   for (const auto& [key, subscription] : subscriptions_) {
     const int result =
-        connection_.Subscribe(SignalTopic(key.first, key.second).c_str(), 1, subscription.identifier);
+        session().Subscribe(SignalTopic(key.first, key.second).c_str(), 1, subscription.identifier);
     if (result < 0) {
       return result;
     }
@@ -85,11 +85,11 @@ int bus_client::Restore() {
   for (auto& [service, watch] : services_) {
     watch.watched = WatchPresence(service) >= 0;
   }
-  return connection_.Subscribe(dorv::Topic::Reply(connection_.client_id()).c_str(), 0, 0);
+  return session().Subscribe(dorv::Topic::Reply(session().client_id()).c_str(), 0, 0);
 }
 
-int bus_client::Restored() {
-  connection_.Open();
+int bus_client::SubscriptionsRestored() {
+  session().DeclareReady();
   return 0;
 }
 
@@ -112,14 +112,13 @@ void bus_client::ReceiveSignal(const mosquitto_message& message, const mosquitto
 
 void bus_client::Deliver(int identifier, std::string_view signal, const mosquitto_message& message) {
   std::string bytes(static_cast<const char*>(message.payload), static_cast<std::size_t>(message.payloadlen));
-  const bool taken =
-      dispatcher_.Offer([this, identifier, name = std::string(signal), bytes = std::move(bytes)] {
-        bus_callback callback = nullptr;
-        if (Subscribed(identifier, &callback)) {
-          callback(this, nullptr, name.c_str(), bytes.empty() ? nullptr : bytes.data(),
-                   static_cast<std::int32_t>(bytes.size()));
-        }
-      });
+  const bool taken = callbacks_.Offer([this, identifier, name = std::string(signal), bytes = std::move(bytes)] {
+    bus_callback callback = nullptr;
+    if (FindCallback(identifier, &callback)) {
+      callback(this, nullptr, name.c_str(), bytes.empty() ? nullptr : bytes.data(),
+               static_cast<std::int32_t>(bytes.size()));
+    }
+  });
   if (!taken) {
     DORV_LOG_LATER(connection_.log(), ZERK_LOG_ERROR,
                    "a signal was dropped: the application's callbacks do not keep up");
@@ -127,7 +126,7 @@ void bus_client::Deliver(int identifier, std::string_view signal, const mosquitt
 }
 
 // Whether a subscription still holds at the moment of delivery.
-bool bus_client::Subscribed(int identifier, bus_callback* callback) {
+bool bus_client::FindCallback(int identifier, bus_callback* callback) {
   const std::lock_guard<std::mutex> lock(connection_.mutex());
   for (const auto& [key, subscription] : subscriptions_) {
     if (subscription.identifier == identifier) {

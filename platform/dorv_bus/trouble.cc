@@ -30,7 +30,7 @@ void Trouble::Note(int error, TimePoint now) {
   *std::min_element(reported_.begin(), reported_.end(), longest_ago) = {error, now};
 }
 
-void Trouble::Over(const std::string& address, LogWriter& log) {
+void Trouble::ReportEnd(const std::string& address, LogWriter& log) {
   if (std::all_of(reported_.begin(), reported_.end(), [](const Reported& none) { return none.error == 0; })) {
     return;
   }

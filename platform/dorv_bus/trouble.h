@@ -17,7 +17,7 @@ class Trouble {
   // Whether Report would write a line.
   bool IsNew(int error, TimePoint now) const;
   void Report(int error, const std::string& address, TimePoint now, LogWriter& log);
-  void Over(const std::string& address, LogWriter& log);
+  void ReportEnd(const std::string& address, LogWriter& log);
 
  private:
   struct Reported {

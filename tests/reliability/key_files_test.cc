@@ -18,9 +18,9 @@
 #include <string>
 #include <vector>
 
+#include "connect_settings.h"
 #include "installed_paths.h"
 #include "reliability/reliability.h"
-#include "settings.h"
 #include "support/machine_delay.h"
 #include "support/recording_bus.h"
 #include "support/recording_log.h"
@@ -130,7 +130,7 @@ class KeyFiles : public testing::Test {
   }
 
   void ExpectTrueSettings(const std::string& text) {
-    const std::optional<dorv::Settings> settings = dorv::Settings::Load();
+    const std::optional<dorv::ConnectSettings> settings = dorv::ConnectSettings::Load();
     if (!settings) return;
     settings_ += 1;
     ExpectTrueText(text, "user", settings->user);
@@ -143,7 +143,7 @@ class KeyFiles : public testing::Test {
   // Neither of them takes the file, and neither takes long to say so.
   void ExpectRefusedAtOnce() {
     ExpectAtOnce([this] { EXPECT_EQ(Config(path_.c_str()).Load(), -1); });
-    ExpectAtOnce([] { EXPECT_FALSE(dorv::Settings::Load().has_value()); });
+    ExpectAtOnce([] { EXPECT_FALSE(dorv::ConnectSettings::Load().has_value()); });
     // The client works on, with its defaults.
     unlink(vptz::ConfigFile());
     ASSERT_EQ(symlink(path_.c_str(), vptz::ConfigFile()), 0);
@@ -200,7 +200,7 @@ TEST_F(KeyFiles, TheWholeOneIsTaken) {
   EXPECT_EQ(number, 3);
   EXPECT_EQ(config.GetValue("VPTZ", "ndi_preset_shift", kDefault, number), 0);
   EXPECT_EQ(number, 12);
-  const auto settings = dorv::Settings::Load();
+  const auto settings = dorv::ConnectSettings::Load();
   ASSERT_TRUE(settings.has_value());
   EXPECT_EQ(settings->user, "desk");
   EXPECT_EQ(settings->password, "a secret");
@@ -254,7 +254,7 @@ TEST_F(KeyFiles, AsLongAsTheyMayBeAreTakenAtOnce) {
     while (text.size() + repeated.size() <= kLargest) text += repeated;
     Write(text);
     ExpectAtOnce([&] { EXPECT_EQ(Config(path_.c_str()).Load(), 0); });
-    ExpectAtOnce([&] { EXPECT_TRUE(dorv::Settings::Load().has_value()); });
+    ExpectAtOnce([&] { EXPECT_TRUE(dorv::ConnectSettings::Load().has_value()); });
     Write(text + std::string(kLargest - text.size() + 1, '\n'));
     ExpectRefusedAtOnce();
   }
@@ -282,7 +282,7 @@ TEST_F(KeyFiles, ThatMayNotBeReadAreRefused) {
   const pid_t child = fork();
   if (child == 0) {
     if (geteuid() == 0 && (chmod(folder_.path().c_str(), 0755) != 0 || setuid(kNobody) != 0)) _exit(2);
-    _exit(Config(path_.c_str()).Load() == -1 && !dorv::Settings::Load() ? 0 : 1);
+    _exit(Config(path_.c_str()).Load() == -1 && !dorv::ConnectSettings::Load() ? 0 : 1);
   }
   int status = -1;
   ASSERT_EQ(waitpid(child, &status, 0), child);
@@ -293,12 +293,12 @@ TEST_F(KeyFiles, WithAPasswordFileThatIsAPipeOrHugeAreRefusedAtOnce) {
   const std::string password = folder_.path() + "/password";
   Write("[broker]\nuser=desk\npassword_file=" + password + "\n");
   ASSERT_EQ(mkfifo(password.c_str(), 0600), 0);
-  ExpectAtOnce([] { EXPECT_FALSE(dorv::Settings::Load().has_value()); });
+  ExpectAtOnce([] { EXPECT_FALSE(dorv::ConnectSettings::Load().has_value()); });
   unlink(password.c_str());
   std::ofstream(password) << std::string(kLargest + 1, 'x');
-  ExpectAtOnce([] { EXPECT_FALSE(dorv::Settings::Load().has_value()); });
+  ExpectAtOnce([] { EXPECT_FALSE(dorv::ConnectSettings::Load().has_value()); });
   std::ofstream(password, std::ios::trunc) << "right\nnot this\n";
-  EXPECT_EQ(dorv::Settings::Load()->password, "right");
+  EXPECT_EQ(dorv::ConnectSettings::Load()->password, "right");
 }
 
 }  // namespace

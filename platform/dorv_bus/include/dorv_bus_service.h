@@ -24,8 +24,8 @@ typedef struct bus_service bus_service;
 typedef struct bus_request bus_request;
 
 /*
- * Receives one request and owns it: the handler, or whoever it hands the
- * request to, ends it with exactly one bus_request_reply or bus_request_fail.
+ * Receives one request and owns it: the handler, or the thread that it hands
+ * the request to, ends it with exactly one bus_request_reply or bus_request_fail.
  * A request that came past its deadline, came before, or carries neither is
  * dropped without a call, and so is one whose deadline is more than an hour away.
  */
@@ -39,8 +39,8 @@ typedef void (*bus_method_handler)(bus_service* service, bus_request* request, v
  * result  receives the service, or null on failure
  *
  * The failures of bus_connect, -EACCES also when the broker does not let the
- * service announce itself; -EADDRINUSE when another service serves that name
- * already; -EINVAL also for a null handler or result. Unlike
+ * service announce itself; -EADDRINUSE when a service that answers has that
+ * name already; -EINVAL also for a null handler or result. Unlike
  * bus_connect, a failure leaves nothing behind that tries again.
  */
 DORV_BUS_API int bus_service_new(const char* name, const char* address, bus_method_handler handler,
@@ -82,7 +82,7 @@ DORV_BUS_API int bus_request_time_left(const bus_request* request);
 
 /*
  * Answers and ends the request. -ETIMEDOUT when its deadline has passed and
- * nobody waits any more, -EMSGSIZE when the broker does not pass on a reply of
+ * the caller no longer waits, -EMSGSIZE when the broker does not pass on a reply of
  * that length (the caller is told), -ENOTCONN when the connection over which it
  * came is gone. -EINVAL for a null request or buffer. The request is gone in every
  * case.

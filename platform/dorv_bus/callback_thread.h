@@ -1,6 +1,6 @@
 // The thread on which a client's callbacks run, one after the other.
-#ifndef DORV_BUS_DISPATCHER_H
-#define DORV_BUS_DISPATCHER_H
+#ifndef DORV_BUS_CALLBACK_THREAD_H
+#define DORV_BUS_CALLBACK_THREAD_H
 
 #include <condition_variable>
 #include <cstddef>
@@ -12,7 +12,7 @@
 
 namespace dorv {
 
-class Dispatcher {
+class CallbackThread {
  public:
   using Task = std::function<void()>;
   using Tasks = std::list<Task>;
@@ -24,8 +24,8 @@ class Dispatcher {
   // Queues tasks for the thread; drops them after Close. Needs no memory.
   void Post(Tasks tasks);
 
-  // Post, but false, and the task is dropped, when so many wait already that
-  // the application has evidently stopped taking them.
+  // Like Post, but drops the task and returns false when kMostTasks wait already:
+  // then the application has evidently stopped taking them.
   bool Offer(Task task);
 
   // Drops what has not begun and ends the thread. Waits for a running task, but

@@ -1,4 +1,4 @@
-#include "settings.h"
+#include "connect_settings.h"
 
 #include <fcntl.h>
 #include <glib.h>
@@ -30,8 +30,8 @@ std::string Value(GKeyFile* file, const char* group, const char* key) {
   return text == nullptr ? "" : text.get();
 }
 
-// The text of a regular file of moderate size. GLib would wait for somebody to
-// write into a pipe and take whatever fits into memory. The library reads its
+// The text of a regular file of moderate size. GLib would wait until a
+// process writes into a pipe, and take all that fits into memory. The library reads its
 // configuration in the same way; the two share no code, since an appliance brings
 // a bus of its own.
 bool ReadRegularFile(const std::string& path, std::string* text) {
@@ -82,13 +82,13 @@ bool ReadConnectTimeout(const std::string& text, const char* source, std::chrono
   return true;
 }
 
-std::optional<Settings> FromFile(const char* path, LogWriter& log) {
+std::optional<ConnectSettings> FromFile(const char* path, LogWriter& log) {
   const KeyFile file(g_key_file_new());
   if (!LoadKeyFile(file.get(), path)) {
     DORV_LOG_LATER(log, ZERK_LOG_ERROR, "cannot read the bus settings %s", path);
     return std::nullopt;
   }
-  Settings settings;
+  ConnectSettings settings;
   settings.user = Value(file.get(), "broker", "user");
   settings.password = Value(file.get(), "broker", "password");
   const std::string password_file = Value(file.get(), "broker", "password_file");
@@ -111,19 +111,19 @@ std::string Environment(const char* name) {
   return value == nullptr ? "" : value;
 }
 
-std::optional<Settings> FromChosenFile(LogWriter& log) {
+std::optional<ConnectSettings> FromChosenFile(LogWriter& log) {
   const std::string chosen = Environment("DORV_BUS_SETTINGS");
   if (!chosen.empty()) {
     return FromFile(chosen.c_str(), log);
   }
-  return access(kDefaultFile, F_OK) == 0 ? FromFile(kDefaultFile, log) : Settings();
+  return access(kDefaultFile, F_OK) == 0 ? FromFile(kDefaultFile, log) : ConnectSettings();
 }
 
 }  // namespace
 
-std::optional<Settings> Settings::Load() {
+std::optional<ConnectSettings> ConnectSettings::Load() {
   LogWriter log;  // waits for its line at the end, but for no more than a second
-  std::optional<Settings> settings = FromChosenFile(log);
+  std::optional<ConnectSettings> settings = FromChosenFile(log);
   if (settings && !ReadConnectTimeout(Environment("DORV_BUS_CONNECT_TIMEOUT"), "DORV_BUS_CONNECT_TIMEOUT",
                                       &settings->connect_timeout, log)) {
     return std::nullopt;

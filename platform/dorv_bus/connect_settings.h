@@ -1,5 +1,5 @@
-#ifndef DORV_BUS_SETTINGS_H
-#define DORV_BUS_SETTINGS_H
+#ifndef DORV_BUS_CONNECT_SETTINGS_H
+#define DORV_BUS_CONNECT_SETTINGS_H
 
 #include <chrono>
 #include <optional>
@@ -13,7 +13,7 @@ namespace dorv {
 // file: the one that the environment variable DORV_BUS_SETTINGS names, else
 // /etc/dorv/bus.conf if it exists. README.md explains the keys. No credentials are
 // ever logged.
-struct Settings {
+struct ConnectSettings {
   std::string user;
   std::string password;
   bool tls = false;         // for mqtt:// addresses
@@ -29,7 +29,7 @@ struct Settings {
   // names, cannot be read, is no regular file or longer than 1 MiB, and when the
   // time for connecting is not 1 to 3600 whole seconds. A log that is stuck delays
   // that for a second at most.
-  static std::optional<Settings> Load();
+  static std::optional<ConnectSettings> Load();
 };
 
 }  // namespace dorv

@@ -1,13 +1,13 @@
-#include "dispatcher.h"
+#include "callback_thread.h"
 
 #include <chrono>
 #include <utility>
 
-#include "process.h"
+#include "quiet_thread.h"
 
 namespace dorv {
 
-void Dispatcher::Start(std::shared_ptr<void> keep) {
+void CallbackThread::Start(std::shared_ptr<void> keep) {
   const std::lock_guard<std::mutex> lock(mutex_);
   if (running_ || closed_) {
     return;
@@ -16,7 +16,7 @@ void Dispatcher::Start(std::shared_ptr<void> keep) {
   running_ = true;
 }
 
-void Dispatcher::Post(Tasks tasks) {
+void CallbackThread::Post(Tasks tasks) {
   const std::lock_guard<std::mutex> lock(mutex_);
   if (!closed_) {
     tasks_.splice(tasks_.end(), tasks);
@@ -24,7 +24,7 @@ void Dispatcher::Post(Tasks tasks) {
   }
 }
 
-bool Dispatcher::Offer(Task task) {
+bool CallbackThread::Offer(Task task) {
   const std::lock_guard<std::mutex> lock(mutex_);
   if (tasks_.size() >= kMostTasks) {
     return false;
@@ -36,7 +36,7 @@ bool Dispatcher::Offer(Task task) {
   return true;
 }
 
-void Dispatcher::Close() {
+void CallbackThread::Close() {
   std::unique_lock<std::mutex> lock(mutex_);
   closed_ = true;
   tasks_.clear();
@@ -54,7 +54,7 @@ void Dispatcher::Close() {
   }
 }
 
-void Dispatcher::Run() {
+void CallbackThread::Run() {
   std::unique_lock<std::mutex> lock(mutex_);
   while (!closed_) {
     if (tasks_.empty()) {
