@@ -106,7 +106,9 @@ void SharedSocket::LeaveTurn(Waiter& waiter) {
     return;
   }
   taken_ = false;
-  if (open_) {
+  if (callers_admitted_ && !stream_->WantsToWrite()) {
+    watch_.WatchSoon(stream_->descriptor(), WantedEvents());
+  } else if (open_) {
     WatchInBackground();
   }
 }

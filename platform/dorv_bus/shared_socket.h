@@ -5,6 +5,13 @@
 // a hand-over between threads for each call. Further callers queue: they sleep
 // until the reading one has read their answer, and when it leaves, the first that
 // still waits gets the turn. So a slow call holds up no other.
+//
+// The last caller to leave keeps the socket for a moment: the next call of a burst
+// takes the turn without asking the kernel to watch the socket and to stop
+// watching it. A timer ends the moment, so the background thread reads what comes
+// meanwhile a millisecond late, not later. At any time one of these holds: a
+// caller has the turn, the background thread watches the socket, or the timer
+// runs.
 #ifndef DORV_BUS_SHARED_SOCKET_H
 #define DORV_BUS_SHARED_SOCKET_H
 

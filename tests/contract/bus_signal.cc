@@ -27,6 +27,20 @@ class BusSignal : public BusContract {
   }
 };
 
+TEST_F(BusSignal, SignalsAndAnswersThatComeAfterACallWaitForNoOtherCall) {
+  const auto service = Serve();
+  const ClientPtr client = Connected();
+  EXPECT_EQ(Subscribe(client, "moved", 0), 0);
+  for (std::size_t round = 1; round <= 100; ++round) {
+    EXPECT_EQ(Call(client.get(), "camera", "echo", "x").reply, "x");
+    EXPECT_TRUE(service->Emit("moved"));
+    ASSERT_TRUE(TheReceiver(0).WaitFor(round, kAtOnce));
+    EXPECT_EQ(Call(client.get(), "camera", "echo", "x").reply, "x");
+    EXPECT_EQ(CallAsync(client.get(), "camera", "echo", "y", TheReceiver(1).callback), 0);
+    ASSERT_TRUE(TheReceiver(1).WaitFor(round, kAtOnce));
+  }
+}
+
 TEST_F(BusSignal, SignalReachesItsSubscriber) {
   const auto service = Serve();
   const ClientPtr client = Connected();

@@ -3,7 +3,9 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/epoll.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -15,6 +17,18 @@
 #include <vector>
 
 #include "support/wait_until.h"
+
+namespace {
+
+std::atomic<int> watch_changes{0};
+
+}  // namespace
+
+// Counts, in the place of the C library's.
+extern "C" int epoll_ctl(int epoll, int operation, int descriptor, epoll_event* event) noexcept {
+  ++watch_changes;
+  return static_cast<int>(syscall(SYS_epoll_ctl, epoll, operation, descriptor, event));
+}
 
 namespace dorv {
 namespace {
@@ -207,6 +221,17 @@ TEST_F(SharedSocketTest, ATurnThatIsGivenBackUnusedLeavesTheSocketToTheBackgroun
   }
   Arrive(0);
   EXPECT_TRUE(Signals(1));
+}
+
+TEST_F(SharedSocketTest, ABurstOfCallsNeitherWakesTheBackgroundThreadNorChangesTheWatchEachTime) {
+  constexpr int kCalls = 2000;
+  const int rounds = Locked([this] { return rounds_; });
+  const int changes = watch_changes;
+  const Clock::time_point begin = Clock::now();
+  for (int i = 0; i < kCalls; ++i) EXPECT_EQ(Call(1, [this] { Arrive(1); }), 1);
+  const int moments = static_cast<int>((Clock::now() - begin) / SocketWatch::kCallersMoment);
+  EXPECT_LE(Locked([this] { return rounds_; }) - rounds, moments + 2);
+  EXPECT_LE(watch_changes - changes, 2 * (moments + 2));
 }
 
 TEST_F(SharedSocketTest, WhatDidNotFitIsWrittenByTheThreadThatReads) {
