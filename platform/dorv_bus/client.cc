@@ -159,14 +159,20 @@ int bus_client::Send(PendingCall* call, const char* service, const char* method,
       !properties.AddCorrelation(call->identity)) {
     return -ENOMEM;
   }
-  // Made before the request goes out: what is under way must be in the tables.
-  std::map<std::uint64_t, PendingCall*> entry = {{*sequence, call}};
+  return PublishRequest(call, *sequence, dorv::Topic::Call(service, method), request, properties);
+}
+
+// Publishes a request and enters it into the tables of what is under way.
+int bus_client::PublishRequest(PendingCall* call, std::uint64_t sequence, const dorv::Topic& topic,
+                               const void* request, const dorv::Properties& properties) {
+  // Made before the request goes out: once it is out, entering it must not fail.
+  std::map<std::uint64_t, PendingCall*> entry = {{sequence, call}};
   std::set<int> unconfirmed;
   if (call->confirmed) {
     unconfirmed.insert(0);
   }
-  const int result = session().Publish(&call->message_id, dorv::Topic::Call(service, method).c_str(), request,
-                                       length, call->confirmed ? 1 : 0, false, properties.get());
+  const int result = session().Publish(&call->message_id, topic.c_str(), request, call->request_length,
+                                       call->confirmed ? 1 : 0, false, properties.get());
   if (result < 0) {
     return result;
   }

@@ -11,7 +11,9 @@
 #include "callback_thread.h"
 #include "connection.h"
 #include "dorv_bus.h"
+#include "names.h"
 #include "own_process.h"
+#include "properties.h"
 #include "request_identity.h"
 
 namespace dorv {
@@ -102,6 +104,8 @@ struct bus_client final : dorv::Connection::Owner, std::enable_shared_from_this<
 
   int Send(dorv::PendingCall* call, const char* service, const char* method, const void* request, int length,
            std::uint64_t* sequence);
+  int PublishRequest(dorv::PendingCall* call, std::uint64_t sequence, const dorv::Topic& topic,
+                     const void* request, const dorv::Properties& properties);
   int Watch(std::string_view service, dorv::ServiceWatch** watch);
   int WatchPresence(std::string_view service);
   void NoteAnswered(const dorv::PendingCall& call);

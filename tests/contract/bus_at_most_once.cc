@@ -62,7 +62,7 @@ class CommandStream {
   int sent_ = 0;
 };
 
-class BusOnce : public BusContract {
+class BusAtMostOnce : public BusContract {
  protected:
   // Waits until every command is answered or given up, then looks at what was
   // executed.
@@ -84,7 +84,7 @@ class BusOnce : public BusContract {
   }
 };
 
-TEST_F(BusOnce, OutageOfTheBroker) {
+TEST_F(BusAtMostOnce, OutageOfTheBroker) {
   const auto service = peer_->ServeApart("camera");
   const ClientPtr client = Connected();
   CommandStream commands(client.get());
@@ -96,7 +96,7 @@ TEST_F(BusOnce, OutageOfTheBroker) {
   ExpectOnceAndInTime(*service, commands);
 }
 
-TEST_F(BusOnce, BrokerHeldStillLongerThanTheTimeOut) {
+TEST_F(BusAtMostOnce, BrokerHeldStillLongerThanTheTimeOut) {
   const auto service = peer_->ServeApart("camera");
   const ClientPtr client = Connected();
   CommandStream commands(client.get());
@@ -108,7 +108,7 @@ TEST_F(BusOnce, BrokerHeldStillLongerThanTheTimeOut) {
   ExpectOnceAndInTime(*service, commands);
 }
 
-TEST_F(BusOnce, ServiceHeldStillLongerThanTheTimeOut) {
+TEST_F(BusAtMostOnce, ServiceHeldStillLongerThanTheTimeOut) {
   const auto service = peer_->ServeApart("camera");
   const ClientPtr client = Connected();
   CommandStream commands(client.get());
@@ -122,7 +122,7 @@ TEST_F(BusOnce, ServiceHeldStillLongerThanTheTimeOut) {
   ExpectOnceAndInTime(*service, commands);
 }
 
-TEST_F(BusOnce, BrokerHeldStillAndThenKilled) {
+TEST_F(BusAtMostOnce, BrokerHeldStillAndThenKilled) {
   const auto service = peer_->ServeApart("camera");
   const ClientPtr client = Connected();
   CommandStream commands(client.get());
