@@ -15,7 +15,7 @@ set(vptz_generated_headers ${VPTZ_MODEL_INCLUDE_DIR}/vptz/model)
 set(vptz_generated_sources ${PROJECT_BINARY_DIR}/model/src)
 file(MAKE_DIRECTORY ${vptz_generated_headers} ${vptz_generated_sources})
 
-set(vptz_odb ${VPTZ_ODB} --std c++11 --database sqlite --generate-query -I ${vptz_entity_include}
+set(vptz_odb ${VPTZ_ODB} --std c++11 --database sqlite --generate-query --generate-prepared -I ${vptz_entity_include}
   --hxx-prologue "#include <vptz/export.h>"
   --hxx-prologue "#include <vptz/model/odb.h>"
   --include-with-brackets --include-prefix vptz/model --export-symbol VPTZ_API)

@@ -8,6 +8,23 @@ using vptz::log_source::kDeviceEntity;
 
 namespace {
 
+using Query = odb::query<Device>;
+
+Query ServiceUriIs(const std::string& service_uri) { return Query::service_uri == Query::_ref(service_uri); }
+constexpr vptz::PreparedQuery kByServiceUri("Device::QueryByServiceUri", ServiceUriIs);
+
+Query MacIs(const std::string& mac) { return Query::mac == Query::_ref(mac); }
+constexpr vptz::PreparedQuery kByMac("Device::QueryByMac", MacIs);
+
+Query DeviceTypeIs(const unsigned int& device_type) { return Query::device_type == Query::_ref(device_type); }
+constexpr vptz::PreparedQuery kByDeviceType("Device::QueryByDeviceType", DeviceTypeIs);
+
+Query ProtocolIs(const unsigned int& protocol) { return Query::protocol == Query::_ref(protocol); }
+constexpr vptz::PreparedQuery kByProtocol("Device::QueryByProtocol", ProtocolIs);
+
+Query AuthorizedIs(const bool& authorized) { return Query::authorized == Query::_ref(authorized); }
+constexpr vptz::PreparedQuery kByAuthorized("Device::QueryByAuthorized", AuthorizedIs);
+
 struct Origin {
   std::string scheme;
   std::string host;
@@ -74,29 +91,29 @@ Protocol* Device::protocol() const { return VptzModel::LoadLazyPtr(protocol_); }
 
 void Device::set_protocol(Protocol* value) { protocol_ = vptz::Borrow(value); }
 
-int Device::QueryCount() { return vptz::Count<Device>(odb::query<Device>()); }
+int Device::QueryCount() { return vptz::EveryRow<Device>().Count(); }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): a text by value is part of the interface
 int Device::QueryByServiceUri(Device** device, std::string service_uri) {
-  return VptzModel::QueryObject<Device>(odb::query<Device>::service_uri == service_uri, device);
+  return kByServiceUri.One(device, service_uri);
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): a text by value is part of the interface
 int Device::QueryByMac(std::vector<Device*>* devices, std::string mac, unsigned int, unsigned int) {
-  return VptzModel::QueryObjects<Device>(odb::query<Device>::mac == mac, devices);
+  return kByMac.All(devices, mac);
 }
 
 int Device::QueryByDeviceType(std::vector<Device*>* devices, unsigned int type_id, unsigned int, unsigned int) {
-  return VptzModel::QueryObjects<Device>(odb::query<Device>::device_type == type_id, devices);
+  return kByDeviceType.All(devices, type_id);
 }
 
 int Device::QueryByProtocol(std::vector<Device*>* devices, unsigned int protocol_id, unsigned int,
                             unsigned int) {
-  return VptzModel::QueryObjects<Device>(odb::query<Device>::protocol == protocol_id, devices);
+  return kByProtocol.All(devices, protocol_id);
 }
 
 int Device::QueryByAuthorized(std::vector<Device*>* devices, bool authorized, unsigned int, unsigned int) {
-  return VptzModel::QueryObjects<Device>(odb::query<Device>::authorized == authorized, devices);
+  return kByAuthorized.All(devices, authorized);
 }
 
 void Device::update_http_uri() {

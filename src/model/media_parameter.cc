@@ -2,6 +2,17 @@
 
 #include "model/stored_rows.h"
 
+namespace {
+
+using Query = odb::query<MediaParameter>;
+
+Query MediaAndNameAre(const unsigned int& media, const std::string& name) {
+  return Query::media == Query::_ref(media) && Query::name == Query::_ref(name);
+}
+constexpr vptz::PreparedQuery kByName("MediaParameter::QueryByName", MediaAndNameAre);
+
+}  // namespace
+
 template class vptz::StoredRow<MediaParameter>;
 template class vptz::UpdatableRow<MediaParameter>;
 
@@ -13,6 +24,5 @@ Media* MediaParameter::media() const { return VptzModel::LoadLazyPtr(media_); }
 void MediaParameter::set_media(Media* value) { media_ = vptz::Borrow(value); }
 
 int MediaParameter::QueryByName(MediaParameter** parameter, unsigned int media_id, const std::string& name) {
-  using Query = odb::query<MediaParameter>;
-  return VptzModel::QueryObject<MediaParameter>(Query::media == media_id && Query::name == name, parameter);
+  return kByName.One(parameter, media_id, name);
 }

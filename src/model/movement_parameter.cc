@@ -2,6 +2,17 @@
 
 #include "model/stored_rows.h"
 
+namespace {
+
+using Query = odb::query<MovementParameter>;
+
+Query MovementAndNameAre(const unsigned int& movement, const std::string& name) {
+  return Query::movement == Query::_ref(movement) && Query::name == Query::_ref(name);
+}
+constexpr vptz::PreparedQuery kByName("MovementParameter::QueryByName", MovementAndNameAre);
+
+}  // namespace
+
 template class vptz::StoredRow<MovementParameter>;
 template class vptz::UpdatableRow<MovementParameter>;
 
@@ -15,7 +26,5 @@ void MovementParameter::set_movement(Movement* value) { movement_ = vptz::Borrow
 
 int MovementParameter::QueryByName(MovementParameter** parameter, unsigned int movement_id,
                                    const std::string& name) {
-  using Query = odb::query<MovementParameter>;
-  return VptzModel::QueryObject<MovementParameter>(Query::movement == movement_id && Query::name == name,
-                                                   parameter);
+  return kByName.One(parameter, movement_id, name);
 }

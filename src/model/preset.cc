@@ -4,6 +4,25 @@
 
 #include "model/stored_rows.h"
 
+namespace {
+
+using Query = odb::query<Preset>;
+
+Query PtzIs(const unsigned int& ptz) { return Query::ptz == Query::_ref(ptz); }
+constexpr vptz::PreparedQuery kByPtz("Preset::QueryByPtz", PtzIs);
+
+Query PtzAndPresetIdAre(const unsigned int& ptz, const unsigned int& preset_id) {
+  return Query::ptz == Query::_ref(ptz) && Query::preset_id == Query::_ref(preset_id);
+}
+constexpr vptz::PreparedQuery kByPresetId("Preset::QueryByPresetId", PtzAndPresetIdAre);
+
+Query PtzAndTokenAre(const unsigned int& ptz, const std::string& token) {
+  return Query::ptz == Query::_ref(ptz) && Query::token == Query::_ref(token);
+}
+constexpr vptz::PreparedQuery kByToken("Preset::QueryByToken", PtzAndTokenAre);
+
+}  // namespace
+
 template class vptz::StoredRow<Preset>;
 template class vptz::UpdatableRow<Preset>;
 
@@ -22,22 +41,18 @@ Ptz* Preset::ptz() const { return VptzModel::LoadLazyPtr(ptz_); }
 void Preset::set_ptz(Ptz* value) { ptz_ = vptz::Borrow(value); }
 
 int Preset::QueryByPtz(std::vector<Preset*>* presets, unsigned int ptz_id, unsigned int, unsigned int) {
-  return VptzModel::QueryObjects<Preset>(odb::query<Preset>::ptz == ptz_id, presets);
+  return kByPtz.All(presets, ptz_id);
 }
 
 int Preset::QueryByPresetId(Preset** preset, unsigned int ptz_id, unsigned int preset_id) {
-  using Query = odb::query<Preset>;
-  return VptzModel::QueryObject<Preset>(Query::ptz == ptz_id && Query::preset_id == preset_id, preset);
+  return kByPresetId.One(preset, ptz_id, preset_id);
 }
 
 int Preset::QueryByToken(Preset** preset, unsigned int ptz_id, const std::string& token) {
-  using Query = odb::query<Preset>;
-  return VptzModel::QueryObject<Preset>(Query::ptz == ptz_id && Query::token == token, preset);
+  return kByToken.One(preset, ptz_id, token);
 }
 
-int Preset::QueryCountByPtz(unsigned int ptz_id) {
-  return vptz::Count<Preset>(odb::query<Preset>::ptz == ptz_id);
-}
+int Preset::QueryCountByPtz(unsigned int ptz_id) { return kByPtz.Count(ptz_id); }
 
 unsigned int Preset::QueryMaxPresetIdByPtz(unsigned int ptz_id) {
   std::vector<Preset*> presets;

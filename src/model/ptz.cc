@@ -7,6 +7,16 @@ template class vptz::UpdatableRow<Ptz>;
 
 namespace {
 
+using Query = odb::query<Ptz>;
+
+Query DeviceIs(const unsigned int& device) { return Query::device == Query::_ref(device); }
+constexpr vptz::PreparedQuery kByDevice("Ptz::QueryByDevice", DeviceIs);
+
+Query DeviceAndNodeAre(const unsigned int& device, const std::string& node) {
+  return Query::device == Query::_ref(device) && Query::node == Query::_ref(node);
+}
+constexpr vptz::PreparedQuery kByNode("Ptz::QueryByNode", DeviceAndNodeAre);
+
 std::uint32_t IdOf(const odb::lazy_shared_ptr<Movement>& movement) {
   return movement ? movement.object_id<Movement>() : 0;
 }
@@ -47,17 +57,14 @@ std::uint32_t Ptz::zoom_id() const { return IdOf(zoom_); }
 void Ptz::set_zoom(Movement* value) { zoom_ = vptz::Borrow(value); }
 
 int Ptz::QueryByDevice(std::vector<Ptz*>* nodes, unsigned int device_id, unsigned int, unsigned int) {
-  return VptzModel::QueryObjects<Ptz>(odb::query<Ptz>::device == device_id, nodes);
+  return kByDevice.All(nodes, device_id);
 }
 
 int Ptz::QueryByNode(Ptz** ptz, unsigned int device_id, const std::string& node) {
-  using Query = odb::query<Ptz>;
-  return VptzModel::QueryObject<Ptz>(Query::device == device_id && Query::node == node, ptz);
+  return kByNode.One(ptz, device_id, node);
 }
 
-int Ptz::QueryCountByDevice(unsigned int device_id) {
-  return vptz::Count<Ptz>(odb::query<Ptz>::device == device_id);
-}
+int Ptz::QueryCountByDevice(unsigned int device_id) { return kByDevice.Count(device_id); }
 
 int Ptz::RemoveByDevice(unsigned int device_id) {
   return VptzModel::Erase<Ptz>(odb::query<Ptz>::device == device_id);

@@ -2,6 +2,8 @@
 
 #include <memory>
 
+#include "model/model_access.h"
+
 template int VptzModel::Add(Setting* object);
 
 namespace {
@@ -17,7 +19,7 @@ std::unique_ptr<Setting> Find(const std::string& name) {
 Setting::Setting(const std::string& name, const std::string& value) : name_(name), value_(value) {}
 
 int Setting::Query(const std::string& name, Setting** setting) {
-  return VptzModel::QueryObject<Setting>(odb::query<Setting>::name == name, setting);
+  return vptz::ModelAccess::FindObject(name, setting);
 }
 
 int Setting::QueryValue(const std::string& name, std::string* value) {

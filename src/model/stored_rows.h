@@ -10,6 +10,8 @@
 #include <vptz/model/stored.h>
 #include <vptz/model/vptzmodel.h>
 
+#include "model/prepared_query.h"
+
 namespace vptz {
 
 // A reference to an object that stays its owner's.
@@ -18,14 +20,10 @@ std::shared_ptr<Row> Borrow(Row* row) {
   return std::shared_ptr<Row>(std::shared_ptr<void>(), row);
 }
 
-// The number of matching rows.
+// The query for all rows of a class. Named by the class's table.
 template <class Row>
-int Count(const odb::query<Row>& condition) {
-  std::vector<Row*> rows;
-  VptzModel::QueryObjects(condition, &rows);
-  const int count = static_cast<int>(rows.size());
-  VptzModel::CleanQuery(&rows);
-  return count;
+constexpr PreparedQuery<Row> EveryRow() {
+  return {odb::object_traits_impl<Row, odb::id_sqlite>::table_name, [] { return odb::query<Row>(); }};
 }
 
 template <class Row>
@@ -40,12 +38,12 @@ int StoredRow<Row>::Remove(unsigned int id) {
 
 template <class Row>
 int StoredRow<Row>::QueryById(Row** row, unsigned int id) {
-  return VptzModel::QueryObject<Row>(odb::query<Row>::id == id, row);
+  return ModelAccess::FindObject(id, row);
 }
 
 template <class Row>
 int StoredRow<Row>::QueryAll(std::vector<Row*>* rows, unsigned int, unsigned int) {
-  return VptzModel::QueryObjects<Row>(odb::query<Row>(), rows);
+  return EveryRow<Row>().All(rows);
 }
 
 template <class Row>

@@ -212,7 +212,7 @@ TEST_F(LogParts, ReasonsThatTakeTurnsAreToldOnceAMinuteEach) {
     const int error = second % 2 == 0 ? -ECONNREFUSED : -ENOENT;
     trouble.Report(error, "unix:/bus", begin + std::chrono::seconds(second), writer_);
   }
-  trouble.Over("unix:/bus", writer_);
+  trouble.ReportEnd("unix:/bus", writer_);
   ASSERT_TRUE(TheLog().WaitForLine("connected to unix:/bus again"));
   EXPECT_EQ(TheLog().Count("no connection to unix:/bus: Connection refused"), 2u);
   EXPECT_EQ(TheLog().Count("no connection to unix:/bus: No such file or directory"), 2u);
@@ -221,10 +221,10 @@ TEST_F(LogParts, ReasonsThatTakeTurnsAreToldOnceAMinuteEach) {
 TEST_F(LogParts, AReasonIsNewAgainOnceItIsOver) {
   dorv::Trouble trouble;
   const dorv::TimePoint now = dorv::Clock::now();
-  trouble.Over("unix:/bus", writer_);
+  trouble.ReportEnd("unix:/bus", writer_);
   for (int i = 0; i < 2; ++i) {
     trouble.Report(-ENOENT, "unix:/bus", now, writer_);
-    trouble.Over("unix:/bus", writer_);
+    trouble.ReportEnd("unix:/bus", writer_);
   }
   ASSERT_TRUE(TheLog().WaitForLine("connected to unix:/bus again", 2));
   EXPECT_EQ(TheLog().Lines().size(), 4u);

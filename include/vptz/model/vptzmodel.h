@@ -150,6 +150,17 @@ class VPTZ_API VptzModel {
   template <class T>
   static std::unique_ptr<T> NewFrom(typename odb::result<T>::iterator& row);
 
+  // The first row as a new object; null when there is none.
+  template <class T>
+  static std::unique_ptr<T> FirstOf(odb::result<T> rows);
+
+  // QueryObject and QueryObjects, whatever way the mapper is asked for the object
+  // or for the rows.
+  template <class T, class FindObject>
+  static int QueryObjectBy(const FindObject& find, T** result);
+  template <class T, class FindRows>
+  static int QueryObjectsBy(const FindRows& find, std::vector<T*>* results);
+
   // Gives objects their ids back unless told to keep the new ones: the mapper sets
   // them before the transaction ends, and after one that fails no object may go by
   // the id of somebody else's row. Objects whose key is no number have none.
@@ -259,21 +270,22 @@ std::unique_ptr<T> VptzModel::NewFrom(typename odb::result<T>::iterator& row) {
 }
 
 template <class T>
-int VptzModel::QueryObject(const odb::query<T>& query, T** result) {
+std::unique_ptr<T> VptzModel::FirstOf(odb::result<T> rows) {
+  typename odb::result<T>::iterator row = rows.begin();
+  return row == rows.end() ? nullptr : NewFrom<T>(row);
+}
+
+template <class T, class FindObject>
+int VptzModel::QueryObjectBy(const FindObject& find, T** result) {
   static const vptz::OperationMessages messages = {
       "QueryObject", "VptzModel::QueryObject: Retry limit exceeded! (%s)", "Database exception! (%s)"};
   delete *result;
   *result = nullptr;
   std::unique_ptr<T> found;
   const bool done = Retry(messages, [&](odb::database& database) {
-    odb::result<T> rows(database.template query<T>(query));
-    typename odb::result<T>::iterator row = rows.begin();
-    if (row == rows.end()) {
-      LogEmptyResult();
-      return false;
-    }
-    found = NewFrom<T>(row);
-    return true;
+    found = find(database);
+    if (found == nullptr) LogEmptyResult();
+    return found != nullptr;
   });
   if (!done) {
     return -1;
@@ -283,11 +295,17 @@ int VptzModel::QueryObject(const odb::query<T>& query, T** result) {
 }
 
 template <class T>
-int VptzModel::QueryObjects(const odb::query<T>& query, std::vector<T*>* results) {
+int VptzModel::QueryObject(const odb::query<T>& query, T** result) {
+  return QueryObjectBy([&](odb::database& database) { return FirstOf<T>(database.template query<T>(query)); },
+                       result);
+}
+
+template <class T, class FindRows>
+int VptzModel::QueryObjectsBy(const FindRows& find, std::vector<T*>* results) {
   std::vector<std::unique_ptr<T>> found;
   const bool done = Retry(QueryObjectsMessages(), [&](odb::database& database) {
     found.clear();
-    odb::result<T> rows(database.template query<T>(query));
+    odb::result<T> rows(find(database));
     for (typename odb::result<T>::iterator row = rows.begin(); row != rows.end(); ++row) {
       found.push_back(NewFrom<T>(row));
     }
@@ -302,6 +320,11 @@ int VptzModel::QueryObjects(const odb::query<T>& query, std::vector<T*>* results
     results->push_back(object.release());
   }
   return results->empty() ? -1 : 0;
+}
+
+template <class T>
+int VptzModel::QueryObjects(const odb::query<T>& query, std::vector<T*>* results) {
+  return QueryObjectsBy([&](odb::database& database) { return database.template query<T>(query); }, results);
 }
 
 template <class T>

@@ -15,6 +15,7 @@
 #include <thread>
 
 #include "model/model_test.h"
+#include "model/statement_watch.h"
 #include "support/process.h"
 #include "support/wait_until.h"
 
@@ -24,35 +25,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
 using vptz_test::OpenModelTest;
-
-// Calls a function at each statement of every connection that is opened while
-// it lives.
-class StatementWatch {
- public:
-  explicit StatementWatch(std::function<void(const std::string&)> on_statement) {
-    function = std::move(on_statement);
-    sqlite3_auto_extension(reinterpret_cast<void (*)()>(Watch));
-  }
-  ~StatementWatch() {
-    sqlite3_cancel_auto_extension(reinterpret_cast<void (*)()>(Watch));
-    function = nullptr;
-  }
-  StatementWatch(const StatementWatch&) = delete;
-  StatementWatch& operator=(const StatementWatch&) = delete;
-
- private:
-  static int Watch(sqlite3* connection, char**, const void*) {
-    return sqlite3_trace_v2(connection, SQLITE_TRACE_STMT, OnStatement, nullptr);
-  }
-  static int OnStatement(unsigned, void*, void* statement, void*) {
-    if (function) function(sqlite3_sql(static_cast<sqlite3_stmt*>(statement)));
-    return 0;
-  }
-
-  static std::function<void(const std::string&)> function;
-};
-
-std::function<void(const std::string&)> StatementWatch::function;
 
 // The pauses that have been made between tries.
 struct Pauses {
@@ -85,8 +57,8 @@ class LockingTest : public OpenModelTest {
 
   int transactions = 0;
   std::function<void()> at_transaction;
-  StatementWatch watch{[this](const std::string& statement) {
-    if (statement != "BEGIN") return;
+  vptz_test::StatementWatch watch{[this](sqlite3_stmt* statement) {
+    if (sqlite3_sql(statement) != std::string("BEGIN")) return;
     ++transactions;
     if (at_transaction) at_transaction();
   }};
@@ -140,16 +112,18 @@ class RetryTest : public LockingTest, public testing::WithParamInterface<Operati
     referrer = vptz_test::ById<EventInformation>(1);
   }
   ~RetryTest() override { referrer.reset(); }
+
+  void ExpectWaits() {
+    Lock("BEGIN EXCLUSIVE");
+    UnlockAt(20);
+    EXPECT_TRUE(GetParam().succeeds());
+    EXPECT_EQ(transactions, 20);
+    EXPECT_THAT(pauses.lengths, testing::AllOf(testing::SizeIs(19), testing::Each(10000u)));
+    EXPECT_THAT(log.lines, IsEmpty());
+  }
 };
 
-TEST_P(RetryTest, WaitsUntilTheLockIsFree) {
-  Lock("BEGIN EXCLUSIVE");
-  UnlockAt(20);
-  EXPECT_TRUE(GetParam().succeeds());
-  EXPECT_EQ(transactions, 20);
-  EXPECT_THAT(pauses.lengths, testing::AllOf(testing::SizeIs(19), testing::Each(10000u)));
-  EXPECT_THAT(log.lines, IsEmpty());
-}
+TEST_P(RetryTest, WaitsUntilTheLockIsFree) { ExpectWaits(); }
 
 TEST_P(RetryTest, GivesUpAfterSoManyTriesAndSaysSo) {
   Lock("BEGIN EXCLUSIVE");
@@ -172,6 +146,44 @@ INSTANTIATE_TEST_SUITE_P(Operations, RetryTest,
                                          Operation{"QueryObjects", QueriesEvents},
                                          Operation{"LoadLazyPtr", LoadsAReference}),
                          [](const testing::TestParamInfo<Operation>& info) { return info.param.name; });
+
+bool QueriesAnEventByName() {
+  Event* event = nullptr;
+  const bool found = Event::QueryByName(&event, "first") == 0;
+  delete event;
+  return found;
+}
+
+// Statements that their connection has prepared and run before.
+class PreparedRetryTest : public RetryTest {
+ protected:
+  PreparedRetryTest() { EXPECT_TRUE(GetParam().succeeds()); }
+};
+
+TEST_P(PreparedRetryTest, WaitsUntilTheLockIsFree) { ExpectWaits(); }
+
+TEST_P(PreparedRetryTest, SucceedsAgainAfterALockForWhichItGaveUp) {
+  Lock("BEGIN EXCLUSIVE");
+  pauses.skip = true;
+  EXPECT_FALSE(GetParam().succeeds());
+  EXPECT_EQ(transactions, 402);
+  EXPECT_THAT(Lines(), ElementsAre(std::string("3 VptzModel::") + GetParam().name +
+                                   ": Retry limit exceeded! (database operation timeout)"));
+  raw.Execute("ROLLBACK");
+  EXPECT_TRUE(GetParam().succeeds());
+  EXPECT_EQ(transactions, 403);
+}
+
+TEST_P(PreparedRetryTest, LeavesNoLockBehind) {
+  raw.Execute("BEGIN EXCLUSIVE; UPDATE event SET message = 'changed'; COMMIT");
+  EXPECT_TRUE(GetParam().succeeds());
+  raw.Execute("BEGIN EXCLUSIVE; ROLLBACK");
+}
+
+INSTANTIATE_TEST_SUITE_P(Queries, PreparedRetryTest,
+                         testing::Values(Operation{"QueryObject", QueriesAnEvent},
+                                         Operation{"QueryObject", QueriesAnEventByName},
+                                         Operation{"QueryObjects", QueriesEvents}));
 
 // Another program holds the lock, for so long by the clock. It lets go at one
 // of the model's tries.
