@@ -6,6 +6,7 @@
 
 #include "log.h"
 #include "model/model_access.h"
+#include "vptz_device/table.h"
 
 namespace vptz {
 namespace {
@@ -29,9 +30,23 @@ class Cursor {
 
   // NULL reads as 0, false, the empty text and NaN, as in the entity classes. A
   // column's type can be told only until its value is read.
-  std::uint32_t Id(int column) const {
-    return static_cast<std::uint32_t>(sqlite3_column_int64(statement_, column));
+  void Read(int column, std::uint32_t& id) const {
+    id = static_cast<std::uint32_t>(sqlite3_column_int64(statement_, column));
   }
+  void Read(int column, int& number) const {
+    number = static_cast<int>(sqlite3_column_int64(statement_, column));
+  }
+  void Read(int column, bool& flag) const { flag = sqlite3_column_int64(statement_, column) != 0; }
+  void Read(int column, double& number) const {
+    number =
+        IsNull(column) ? std::numeric_limits<double>::quiet_NaN() : sqlite3_column_double(statement_, column);
+  }
+  void Read(int column, std::string& text) const {
+    const auto* const bytes = reinterpret_cast<const char*>(sqlite3_column_text(statement_, column));
+    if (bytes == nullptr) return ClearUnlessMemoryRanOut(text);
+    text.assign(bytes, static_cast<std::size_t>(sqlite3_column_bytes(statement_, column)));
+  }
+
   // What an id compares equal to: none for NULL, for a number that is too large
   // for an id, and for what is no whole number.
   std::optional<std::uint32_t> Key(int column) const {
@@ -42,17 +57,6 @@ class Cursor {
   }
   bool IsNull(int column) const { return sqlite3_column_type(statement_, column) == SQLITE_NULL; }
   bool IsText(int column) const { return sqlite3_column_type(statement_, column) == SQLITE_TEXT; }
-  int Int(int column) const { return static_cast<int>(sqlite3_column_int64(statement_, column)); }
-  bool Flag(int column) const { return sqlite3_column_int64(statement_, column) != 0; }
-  double Real(int column) const {
-    return IsNull(column) ? std::numeric_limits<double>::quiet_NaN()
-                          : sqlite3_column_double(statement_, column);
-  }
-  void Text(int column, std::string& text) const {
-    const auto* const bytes = reinterpret_cast<const char*>(sqlite3_column_text(statement_, column));
-    if (bytes == nullptr) return ClearUnlessMemoryRanOut(text);
-    text.assign(bytes, static_cast<std::size_t>(sqlite3_column_bytes(statement_, column)));
-  }
 
  private:
   // There is no text for NULL, and none for one that lacked the memory to be
@@ -71,17 +75,15 @@ class Cursor {
   sqlite3_stmt* statement_ = nullptr;
 };
 
-// The first column of each statement is the row's owner; rows that none can own
-// are left out. `read` copies the other columns. A table that cannot be read is
+// Rows that no owner can have are left out. A table that cannot be read is
 // logged and left empty: what the others hold is shown all the same. A conflict
 // is thrown, so that the whole read is repeated.
-template <class Row, class ReadRow>
-void ReadTable(odb::sqlite::connection& connection, const char* statement, RowsByOwner<Row>& table,
-               ReadRow&& read) {
+template <class Columns, class Row>
+void ReadTable(odb::sqlite::connection& connection, const Columns& columns, RowsByOwner<Row>& table) {
   try {
-    Cursor cursor(connection, statement);
+    Cursor cursor(connection, columns.select());
     while (cursor.Next()) {
-      if (const auto owner = cursor.Key(0)) read(cursor, table.Add(*owner));
+      if (const auto owner = cursor.Key(0)) columns.Read(cursor, table.Add(*owner));
     }
   } catch (const odb::recoverable&) {
     throw;
@@ -93,65 +95,53 @@ void ReadTable(odb::sqlite::connection& connection, const char* statement, RowsB
   table.Sort();
 }
 
-void ReadName(const Cursor& row, std::string& name) { row.Text(1, name); }
+constexpr Table kTypeNames("device_type", "id", OnlyColumn{"name"});
+constexpr Table kProtocolNames("protocol", "id", OnlyColumn{"name"});
 
-void ReadDevice(const Cursor& row, VptzDeviceData& device) {
-  device.id = row.Id(0);
-  row.Text(1, device.service_uri);
-  row.Text(2, device.address);
-  row.Text(3, device.http_uri);
-  row.Text(4, device.mac);
-  row.Text(5, device.uuid);
-  row.Text(6, device.authorization);
-  device.authorized = row.Flag(7);
-  device.is_alive = row.Flag(8);
-  row.Text(9, device.host_name);
-  row.Text(10, device.manufacture);
-  row.Text(11, device.model_name);
-  row.Text(12, device.firmware_version);
-  device.deletable = row.Flag(13);
-  device.is_setting_applied = row.Flag(14);
-  device.tracking = row.Flag(15);
-}
+constexpr Table kDevices(
+    "device", "id", Column("service_uri", &VptzDeviceData::service_uri),
+    Column("address", &VptzDeviceData::address), Column("http_uri", &VptzDeviceData::http_uri),
+    Column("mac", &VptzDeviceData::mac), Column("uuid", &VptzDeviceData::uuid),
+    Column("authorization", &VptzDeviceData::authorization), Column("authorized", &VptzDeviceData::authorized),
+    Column("is_alive", &VptzDeviceData::is_alive), Column("host_name", &VptzDeviceData::host_name),
+    Column("manufacture", &VptzDeviceData::manufacture), Column("model_name", &VptzDeviceData::model_name),
+    Column("firmware_version", &VptzDeviceData::firmware_version),
+    Column("deletable", &VptzDeviceData::deletable),
+    Column("is_setting_applied", &VptzDeviceData::is_setting_applied),
+    Column("tracking", &VptzDeviceData::tracking), OtherColumn{"device_type"}, OtherColumn{"protocol"});
+constexpr int kDeviceType = kDevices.PlaceOf("device_type");
+constexpr int kProtocol = kDevices.PlaceOf("protocol");
 
-void ReadMovement(const Cursor& row, MovementRow& movement) {
-  movement = {row.Flag(1), row.Flag(2), row.Flag(3)};
-}
+constexpr Table kMedia("media", "device", Column("id", &MediaRow::id), Column("node", &MediaRow::node),
+                       Column("url", &MediaRow::url), Column("is_enable", &MediaRow::is_enable));
 
-void ReadMedia(const Cursor& row, MediaRow& media) {
-  media.id = row.Id(1);
-  row.Text(2, media.node);
-  row.Text(3, media.url);
-  media.is_enable = row.Flag(4);
-}
+constexpr Table kMediaParameters("media_parameter", "media", KeyText("name", &NamedParameterRow::name),
+                                 Column("value", &ParameterRow::value), Column("min", &ParameterRow::min),
+                                 Column("max", &ParameterRow::max));
 
-void ReadParameter(const Cursor& row, NamedParameterRow& parameter) {
-  if (row.IsText(1)) row.Text(1, parameter.name);  // a blob equals no name
-  parameter.values = {row.Real(2), row.Real(3), row.Real(4)};
-}
+constexpr Table kMovements("movement", "id", Column("have_absolute_move", &MovementRow::have_absolute_move),
+                           Column("have_continues_move", &MovementRow::have_continues_move),
+                           Column("have_relative_move", &MovementRow::have_relative_move));
 
-void ReadPtz(const Cursor& row, PtzRow& ptz) {
-  ptz.id = row.Id(1);
-  row.Text(2, ptz.node);
-  ptz.is_enable = row.Flag(3);
-  ptz.track_mode = row.Int(4);
-  ptz.pan = row.Id(5);
-  ptz.tilt = row.Id(6);
-  ptz.zoom = row.Id(7);
-}
+constexpr Table kMovementParameters("movement_parameter", "movement", KeyText("name", &NamedParameterRow::name),
+                                    Column("value", &ParameterRow::value), Column("min", &ParameterRow::min),
+                                    Column("max", &ParameterRow::max));
 
-void ReadPreset(const Cursor& row, VptzPresetData& preset) {
-  preset.preset_id = row.Id(1);
-  row.Text(2, preset.token);
-  row.Text(3, preset.name);
-  preset.pan = row.Real(4);
-  preset.tilt = row.Real(5);
-  preset.zoom = row.Real(6);
-}
+constexpr Table kPtz("ptz", "device", Column("id", &PtzRow::id), Column("node", &PtzRow::node),
+                     Column("is_enable", &PtzRow::is_enable), Column("track_mode", &PtzRow::track_mode),
+                     Column("pan", &PtzRow::pan), Column("tilt", &PtzRow::tilt), Column("zoom", &PtzRow::zoom));
+
+constexpr Table kPresets("preset", "ptz", Column("preset_id", &VptzPresetData::preset_id),
+                         Column("token", &VptzPresetData::token), Column("name", &VptzPresetData::name),
+                         Column("pan", &VptzPresetData::pan), Column("tilt", &VptzPresetData::tilt),
+                         Column("zoom", &VptzPresetData::zoom));
 
 // The name of the row that a column refers to.
 std::string NameOf(const RowsByOwner<std::string>& names, const Cursor& row, int column) {
-  const std::string* const name = row.IsNull(column) ? nullptr : names.First(row.Id(column));
+  if (row.IsNull(column)) return {};
+  std::uint32_t id = 0;
+  row.Read(column, id);
+  const std::string* const name = names.First(id);
   return name == nullptr ? std::string() : *name;
 }
 
@@ -159,7 +149,7 @@ std::optional<ParameterRow> FindNamed(const RowsByOwner<NamedParameterRow>& tabl
                                       const char* name) {
   const auto [first, last] = table.Of(owner);
   const auto found = std::find_if(first, last, [&](const auto& entry) { return entry.row.name == name; });
-  return found == last ? std::nullopt : std::optional(found->row.values);
+  return found == last ? std::nullopt : std::optional<ParameterRow>(found->row);
 }
 
 template <class Row>
@@ -174,51 +164,30 @@ std::vector<Row> CopyOf(const RowsByOwner<Row>& table, std::uint32_t owner) {
 }  // namespace
 
 void Snapshot::ReadDevices(odb::sqlite::connection& connection, Tables& tables) {
-  Cursor row(connection,
-             R"(SELECT "id", "service_uri", "address", "http_uri", "mac", "uuid", "authorization", "authorized",
-                "is_alive", "host_name", "manufacture", "model_name", "firmware_version", "deletable",
-                "is_setting_applied", "tracking", "device_type", "protocol" FROM "device" ORDER BY "id")");
+  Cursor row(connection, kDevices.select());
   // Without a device, or without their table, nothing else is asked for.
   if (!row.Next()) return;
-  ReadTable(connection, R"(SELECT "id", "name" FROM "device_type" ORDER BY "id")", tables.type_names, ReadName);
-  ReadTable(connection, R"(SELECT "id", "name" FROM "protocol" ORDER BY "id")", tables.protocol_names,
-            ReadName);
+  ReadTable(connection, kTypeNames, tables.type_names);
+  ReadTable(connection, kProtocolNames, tables.protocol_names);
   do {
     const auto id = row.Key(0);
-    tables.device_ids.push_back(row.Id(0));
+    row.Read(0, tables.device_ids.emplace_back());
     if (!id) continue;
     VptzDeviceData& device = tables.devices.Add(*id);
-    ReadDevice(row, device);
-    device.device_type = NameOf(tables.type_names, row, 16);
-    device.protocol = NameOf(tables.protocol_names, row, 17);
+    device.id = *id;
+    kDevices.Read(row, device);
+    device.device_type = NameOf(tables.type_names, row, kDeviceType);
+    device.protocol = NameOf(tables.protocol_names, row, kProtocol);
   } while (row.Next());
 }
 
 void Snapshot::ReadProfiles(odb::sqlite::connection& connection, Tables& tables) {
-  ReadTable(connection,
-            R"(SELECT "device", "id", "node", "url", "is_enable" FROM "media"
-               ORDER BY "id")",
-            tables.media, ReadMedia);
-  ReadTable(connection,
-            R"(SELECT "media", "name", "value", "min", "max" FROM "media_parameter"
-               ORDER BY "id")",
-            tables.media_parameters, ReadParameter);
-  ReadTable(connection,
-            R"(SELECT "id", "have_absolute_move", "have_continues_move", "have_relative_move" FROM "movement"
-               ORDER BY "id")",
-            tables.movements, ReadMovement);
-  ReadTable(connection,
-            R"(SELECT "movement", "name", "value", "min", "max" FROM "movement_parameter"
-               ORDER BY "id")",
-            tables.movement_parameters, ReadParameter);
-  ReadTable(connection,
-            R"(SELECT "device", "id", "node", "is_enable", "track_mode", "pan", "tilt", "zoom" FROM "ptz"
-               ORDER BY "id")",
-            tables.ptz, ReadPtz);
-  ReadTable(connection,
-            R"(SELECT "ptz", "preset_id", "token", "name", "pan", "tilt", "zoom" FROM "preset"
-               ORDER BY "id")",
-            tables.presets, ReadPreset);
+  ReadTable(connection, kMedia, tables.media);
+  ReadTable(connection, kMediaParameters, tables.media_parameters);
+  ReadTable(connection, kMovements, tables.movements);
+  ReadTable(connection, kMovementParameters, tables.movement_parameters);
+  ReadTable(connection, kPtz, tables.ptz);
+  ReadTable(connection, kPresets, tables.presets);
 }
 
 void Snapshot::Read() {

@@ -60,9 +60,8 @@ class RowsByOwner {
   std::vector<Entry> entries_;
 };
 
-struct NamedParameterRow {
+struct NamedParameterRow : ParameterRow {
   std::string name;
-  ParameterRow values;
 };
 
 class Snapshot : public RowSource {

@@ -77,11 +77,12 @@ class StatementsTest : public ModelTest {
   }
 
   std::set<sqlite3*> connections;
-  std::map<sqlite3_stmt*, int> runs;
+  std::map<std::string, int> runs;  // of each text: how often its last statement has been run
   vptz_test::StatementWatch watch{[this](sqlite3_stmt* statement) {
-    if (std::string(sqlite3_sql(statement)).compare(0, 6, "SELECT") != 0) return;
+    const std::string text = sqlite3_sql(statement);
+    if (text.compare(0, 6, "SELECT") != 0) return;
     connections.insert(sqlite3_db_handle(statement));
-    ++runs[statement];
+    runs[text] = sqlite3_stmt_status(statement, SQLITE_STMTSTATUS_RUN, 0) + 1;  // this one included
   }};
 };
 
