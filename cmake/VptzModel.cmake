@@ -40,18 +40,29 @@ endforeach()
 # that lacks a change; a build must not, so it works on a copy and fails when
 # the copy comes out different.
 set(change_log ${PROJECT_SOURCE_DIR}/src/model/changelog.xml)
+set(next_change_log ${vptz_generated_sources}/changelog.xml)
 list(TRANSFORM VPTZ_ENTITIES PREPEND ${vptz_entity_include}/vptz/model/ OUTPUT_VARIABLE headers)
 list(TRANSFORM headers APPEND .h)
+set(vptz_odb_schema ${vptz_odb} --generate-schema --schema-format separate --schema-name vptz
+  --schema-prologue "#include <vptz/model/odb.h>" --at-once --input-name vptz)
 add_custom_command(
   OUTPUT ${vptz_generated_sources}/vptz-schema.cxx
-  COMMAND ${CMAKE_COMMAND} -E copy ${change_log} ${vptz_generated_sources}/changelog.xml
-  COMMAND ${vptz_odb} --generate-schema --schema-format separate --schema-name vptz
-    --schema-prologue "#include <vptz/model/odb.h>" --at-once --input-name vptz
-    --changelog ${vptz_generated_sources}/changelog.xml
-    --output-dir ${vptz_generated_sources} ${headers}
-  COMMAND ${CMAKE_COMMAND} -E compare_files ${change_log} ${vptz_generated_sources}/changelog.xml
+  COMMAND ${CMAKE_COMMAND} -E copy ${change_log} ${next_change_log}
+  COMMAND ${vptz_odb_schema} --changelog ${next_change_log} --output-dir ${vptz_generated_sources} ${headers}
+  COMMAND ${CMAKE_COMMAND} -DOLD=${change_log} -DNEW=${next_change_log}
+    -P ${PROJECT_SOURCE_DIR}/cmake/CompareChangeLogs.cmake
   DEPENDS ${vptz_entity_headers} ${change_log}
   COMMENT "Generating the schema catalog"
   VERBATIM)
+
+# For scripts/change-log: the change log as it should be, where the script finds it.
+set(change_log_folder ${PROJECT_BINARY_DIR}/model/change-log)
+file(MAKE_DIRECTORY ${change_log_folder})
+add_custom_target(next_change_log
+  COMMAND ${CMAKE_COMMAND} -E copy ${change_log} ${change_log_folder}/changelog.xml
+  COMMAND ${vptz_odb_schema} --changelog ${change_log_folder}/changelog.xml --output-dir ${change_log_folder}
+    ${headers}
+  VERBATIM)
+
 list(APPEND VPTZ_MODEL_SOURCES ${vptz_generated_sources}/vptz-schema.cxx)
 set_source_files_properties(${VPTZ_MODEL_SOURCES} PROPERTIES COMPILE_OPTIONS -w SKIP_LINTING ON)
