@@ -65,7 +65,7 @@ function(vptz_install_package)
 
   if(TARGET vptzd)
     install(TARGETS vptzd DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT service)
-    install(FILES ${PROJECT_SOURCE_DIR}/service/seed.sql DESTINATION ${CMAKE_INSTALL_DATADIR}/vptzd COMPONENT service)
+    install(FILES ${PROJECT_SOURCE_DIR}/service/store/seed.sql DESTINATION ${CMAKE_INSTALL_DATADIR}/vptzd COMPONENT service)
     install(FILES ${PROJECT_SOURCE_DIR}/packaging/vptzd.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT service)
   endif()
   install(TARGETS vptzctl DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)

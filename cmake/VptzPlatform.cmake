@@ -1,6 +1,12 @@
 # The three platform libraries behind the names vptz::dorv_bus, vptz::zerklog
 # and vptz::protocol. Nothing else names an implementation.
 
+# The names of the bus methods belong to the messages. The list is no library: it
+# is this source tree's own with either platform, and is not installed.
+add_library(vptz_method_names INTERFACE)
+add_library(vptz::method_names ALIAS vptz_method_names)
+target_include_directories(vptz_method_names INTERFACE ${PROJECT_SOURCE_DIR}/platform/vptzprotocol/include)
+
 if(VPTZ_PLATFORM STREQUAL bundled)
   add_subdirectory(platform)
   set(vptz_bus_serves TRUE)

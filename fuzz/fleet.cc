@@ -4,12 +4,13 @@
 #include <exception>
 #include <string>
 
-#include "fleet.h"
+#include "drivers/simulated/simulated_fleet.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   try {
-    const vptzd::Fleet fleet = vptzd::ReadFleet(std::string(reinterpret_cast<const char*>(data), size), 2);
-    if (fleet.cameras.size() > vptzd::Fleet::kMaxCameras) std::abort();
+    const std::string text(reinterpret_cast<const char*>(data), size);
+    const vptzd::SimulatedFleet fleet = vptzd::ReadFleet(text, 2);
+    if (fleet.cameras.size() > vptzd::SimulatedFleet::kMaxCameras) std::abort();
   } catch (const std::exception& error) {
     if (error.what()[0] == '\0') std::abort();
   }

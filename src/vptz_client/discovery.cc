@@ -1,9 +1,9 @@
 #include <exception>
 #include <utility>
 
+#include <vptz/method_names.h>
 #include "log.h"
 #include "vptz_client/exchange.h"
-#include "vptz_client/method_names.h"
 #include "vptz_client/serial_address.h"
 
 namespace method = vptz::method;

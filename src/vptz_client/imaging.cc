@@ -3,9 +3,9 @@
 #include <memory>
 #include <utility>
 
+#include <vptz/method_names.h>
 #include "no_throw.h"
 #include "vptz_client/exchange.h"
-#include "vptz_client/method_names.h"
 
 namespace method = vptz::method;
 using tutorial::DeviceCommand;

@@ -1,8 +1,8 @@
 #include <utility>
 
+#include <vptz/method_names.h>
 #include "vptz_client/credentials.h"
 #include "vptz_client/exchange.h"
-#include "vptz_client/method_names.h"
 #include "vptz_client/serial_address.h"
 
 namespace method = vptz::method;

@@ -1,7 +1,7 @@
+#include <vptz/method_names.h>
 #include "log.h"
 #include "time_budget.h"
 #include "vptz_client/exchange.h"
-#include "vptz_client/method_names.h"
 
 namespace method = vptz::method;
 using tutorial::NATCommand;

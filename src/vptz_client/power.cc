@@ -1,7 +1,7 @@
 #include <utility>
 
+#include <vptz/method_names.h>
 #include "vptz_client/exchange.h"
-#include "vptz_client/method_names.h"
 
 namespace method = vptz::method;
 using tutorial::VptzCommand;

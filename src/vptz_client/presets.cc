@@ -3,8 +3,8 @@
 #include <memory>
 #include <utility>
 
+#include <vptz/method_names.h>
 #include "vptz_client/exchange.h"
-#include "vptz_client/method_names.h"
 
 namespace method = vptz::method;
 using tutorial::PtzCommand;

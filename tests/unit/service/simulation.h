@@ -1,4 +1,4 @@
-// A world whose time the test holds, reached as a client reaches it.
+// A fleet whose time the test holds, reached as a client reaches it.
 #ifndef VPTZ_TESTS_UNIT_SERVICE_SIMULATION_H
 #define VPTZ_TESTS_UNIT_SERVICE_SIMULATION_H
 
@@ -12,12 +12,12 @@
 #include <vptz/vptz.pb.h>
 #include <vptz/vptz_data.h>
 
-#include "camera/clock.h"
-#include "dispatcher.h"
-#include "fleet.h"
-#include "request.h"
-#include "service.h"
-#include "world.h"
+#include "bus/router.h"
+#include "drivers/simulated/clock.h"
+#include "drivers/simulated/simulated_fleet.h"
+#include "fleet/fleet.h"
+#include "handlers/answers.h"
+#include "handlers/context.h"
 
 namespace vptz_test {
 
@@ -48,18 +48,18 @@ constexpr double kAlmost = 1e-4;
 
 class Simulation {
  public:
-  explicit Simulation(std::size_t cameras = 2) : world_(cameras, clock_) {
+  explicit Simulation(std::size_t cameras = 2) : fleet_(cameras, clock_) {
     for (std::uint32_t number = 1; number <= cameras; ++number) {
-      *world_.FindCamera(number) = vptzd::Camera(AbruptCamera(number));
+      *fleet_.CameraNumber(number) = vptzd::Camera(AbruptCamera(number));
     }
   }
-  explicit Simulation(const vptzd::Fleet& fleet) : world_(fleet.cameras, clock_) {
-    service_.search_time = fleet.search_time;
-    world_.SetFaults(fleet.faults);
+  explicit Simulation(const vptzd::SimulatedFleet& simulated) : fleet_(simulated.cameras, clock_) {
+    context_.search_time = simulated.search_time;
+    fleet_.SetFaults(simulated.faults);
   }
 
-  vptzd::World& world() { return world_; }
-  vptzd::Service& service() { return service_; }
+  vptzd::Fleet& fleet() { return fleet_; }
+  vptzd::Context& context() { return context_; }
 
   // Whose calls come from now on; 0 at first, as from a bus that does not tell.
   void SpeakFor(std::uint64_t caller) { caller_ = caller; }
@@ -80,7 +80,7 @@ class Simulation {
     vptzd::Call call;
     call.caller = caller_;
     const vptzd::Status status = vptzd::ReadCall(method, payload, length, &call);
-    return status == vptzd::Status::kDone ? vptzd::Answer(service_, call) : vptzd::Answer(status);
+    return status == vptzd::Status::kDone ? vptzd::Answer(context_, call) : vptzd::Answer(status);
   }
 
   int Status(const std::string& method, const tutorial::VptzCommand& command = {}) {
@@ -97,9 +97,9 @@ class Simulation {
 
  private:
   ManualClock clock_;
-  vptzd::World world_;
+  vptzd::Fleet fleet_;
   vptzd::Agenda agenda_{clock_};
-  vptzd::Service service_{world_, agenda_};
+  vptzd::Context context_{fleet_, agenda_};
   std::uint64_t caller_ = 0;
 };
 

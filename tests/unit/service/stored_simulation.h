@@ -11,10 +11,10 @@
 #include <utility>
 #include <vector>
 
-#include "camera_rows.h"
-#include "database.h"
+#include "fleet/start.h"
 #include "simulation.h"
-#include "storage.h"
+#include "store/database.h"
+#include "store/row_access.h"
 #include "support/temp_dir.h"
 
 namespace vptz_test {
@@ -25,18 +25,18 @@ class StoredSimulation : public testing::Test {
   ~StoredSimulation() override { VptzModel::Instance().Release(); }
 
   // As the service begins, with whatever rows are there.
-  void Begin(const vptzd::Fleet& fleet) {
+  void Begin(const vptzd::SimulatedFleet& simulated) {
     EXPECT_TRUE(vptzd::OpenDatabase(folder_.path() + "/vptz.db", VPTZD_SEED_FILE));
-    simulation_ = std::make_unique<Simulation>(fleet);
-    vptzd::StoreCameras(world());
-    vptzd::RestoreAdditions(world());
-    simulation_->service().emit = [this](const char* signal, const std::string& payload) {
+    simulation_ = std::make_unique<Simulation>(simulated);
+    vptzd::StoreCameras(fleet());
+    vptzd::RestoreAdditions(fleet());
+    simulation_->context().emit = [this](const char* signal, const std::string& payload) {
       signals_.emplace_back(signal);
       payloads_.push_back(payload);
     };
   }
 
-  vptzd::World& world() { return simulation_->world(); }
+  vptzd::Fleet& fleet() { return simulation_->fleet(); }
   int Status(const std::string& method, const tutorial::VptzCommand& command = {}) {
     return simulation_->Status(method, command);
   }
@@ -46,7 +46,7 @@ class StoredSimulation : public testing::Test {
   std::vector<std::string> TakeSignals() { return std::exchange(signals_, {}); }
   std::vector<std::string> TakePayloads() { return std::exchange(payloads_, {}); }
 
-  void Put(vptzd::FaultKind kind) { world().SetFaults({{kind, 1, "", "", std::chrono::milliseconds(500)}}); }
+  void Put(vptzd::FaultKind kind) { fleet().SetFaults({{kind, 1, "", "", std::chrono::milliseconds(500)}}); }
 
   static tutorial::VptzCommand OfDevice(unsigned device, const std::string& token = "") {
     tutorial::VptzCommand command;

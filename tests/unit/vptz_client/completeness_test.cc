@@ -7,8 +7,8 @@
 #include <set>
 #include <sstream>
 
+#include <vptz/method_names.h>
 #include "vptz_client/command_test.h"
-#include "vptz_client/method_names.h"
 #include "vptz_device/rows.h"
 
 namespace {

@@ -2,9 +2,9 @@
 
 #include <cerrno>
 
+#include <vptz/method_names.h>
 #include "allocations.h"
 #include "vptz_client/command_test.h"
-#include "vptz_client/method_names.h"
 
 namespace {
 

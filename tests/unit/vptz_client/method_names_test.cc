@@ -1,4 +1,4 @@
-#include "vptz_client/method_names.h"
+#include <vptz/method_names.h>
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,27 @@
+// The command line of vptzd.
+#ifndef VPTZ_SERVICE_APP_OPTIONS_H
+#define VPTZ_SERVICE_APP_OPTIONS_H
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+namespace vptzd {
+
+struct Options {
+  std::optional<std::string> bus;  // none: the bus library's default
+  std::size_t cameras = 2;
+  std::string database = VPTZ_DATABASE_FILE;
+  std::optional<std::string> fleet;  // none: the built-in one
+  double grace = 5.0;                // seconds
+  std::optional<int> view;           // port of the web page; none: there is no page
+};
+
+// Reads the command line. Returns an exit code when the program is to end now:
+// after --help and --version, and after a mistake, about which it has told on
+// standard error.
+std::optional<int> ReadOptions(int argc, const char* const* argv, Options* options);
+
+}  // namespace vptzd
+
+#endif

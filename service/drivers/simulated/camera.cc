@@ -1,0 +1,216 @@
+#include "drivers/simulated/camera.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace vptzd {
+namespace {
+
+using std::chrono::nanoseconds;
+
+constexpr AxisIndex kAxes[] = {kPan, kTilt, kZoom};
+constexpr PerAxis<double> kFactoryHome = {0.0, 0.0, 1.0};
+constexpr Axis::Limits kFocusLimits = {0.0, 1.0, 0.5, 2.0};
+
+bool IsFiniteOrAbsent(const std::optional<double>& value) { return !value || std::isfinite(*value); }
+
+Axis NewAxis(const CameraDescription& description, AxisIndex index) {
+  const double home = kFactoryHome[index];
+  const auto& limits = description.axes[index];
+  if (!limits) return Axis({home, home, 1.0, 1.0}, home);
+  return Axis(*limits, std::clamp(home, limits->min, limits->max));
+}
+
+bool InPercent(double value) { return value >= 0.0 && value <= 100.0; }
+
+bool IsSwitch(double value) { return value == 0.0 || value == 1.0; }
+
+}  // namespace
+
+Camera::Camera(const CameraDescription& description)
+    : description_(description),
+      axes_{NewAxis(description, kPan), NewAxis(description, kTilt), NewAxis(description, kZoom)},
+      factory_home_(position()),
+      focus_(kFocusLimits, kSharp),
+      presets_(PresetShiftOf(description.protocol)),
+      media_profiles_{{"main", {1920.0, 1080.0, 50.0, 8000.0}, {}}, {"sub", {640.0, 360.0, 25.0, 512.0}, {}}} {
+  for (const StoredPosition& preset : description.presets) presets_.Store(preset);
+}
+
+PerAxis<double> Camera::position() const {
+  return {axes_[kPan].position(), axes_[kTilt].position(), axes_[kZoom].position()};
+}
+
+MediaProfile* Camera::FindProfile(const std::string& token) {
+  const auto found = std::find_if(media_profiles_.begin(), media_profiles_.end(),
+                                  [&](const MediaProfile& profile) { return profile.token == token; });
+  return found == media_profiles_.end() ? nullptr : &*found;
+}
+
+const MediaProfile* Camera::FindMediaProfile(const std::string& token) const {
+  return const_cast<Camera*>(this)->FindProfile(token);
+}
+
+Status Camera::CheckMove(const AxisValues& positions, const AxisValues& speeds) const {
+  if (!powered_) return Status::kPoweredOff;
+  for (const AxisIndex i : kAxes) {
+    if (positions[i] && !HasAxis(i)) return Status::kUnsupportedAxis;
+  }
+  for (const AxisIndex i : kAxes) {
+    if (!positions[i]) continue;
+    if (!axes_[i].CanReach(*positions[i])) return Status::kOutOfRange;
+    if (speeds[i] && !axes_[i].CanMoveWith(*speeds[i])) return Status::kOutOfRange;
+  }
+  return Status::kDone;
+}
+
+Status Camera::MoveTo(const AxisValues& positions, const AxisValues& speeds) {
+  const Status status = CheckMove(positions, speeds);
+  if (status != Status::kDone) return status;
+  for (const AxisIndex i : kAxes) {
+    if (!positions[i]) continue;
+    axes_[i].MoveTo(*positions[i], speeds[i].value_or(axes_[i].limits().top_speed));
+    drives_[i].reset();
+  }
+  return Status::kDone;
+}
+
+Status Camera::MoveAt(const AxisValues& velocities, const Driver& driver) {
+  if (!powered_) return Status::kPoweredOff;
+  for (const AxisIndex i : kAxes) {
+    if (velocities[i] && !HasAxis(i)) return Status::kUnsupportedAxis;
+  }
+  if (!std::all_of(velocities.begin(), velocities.end(), IsFiniteOrAbsent)) return Status::kOutOfRange;
+  for (const AxisIndex i : kAxes) {
+    if (!velocities[i]) continue;
+    axes_[i].MoveAt(*velocities[i]);
+    drives_[i].emplace(driver);
+  }
+  return Status::kDone;
+}
+
+Status Camera::GoHome(const AxisValues& speeds) {
+  AxisValues positions;
+  for (const AxisIndex i : kAxes) {
+    if (HasAxis(i)) positions[i] = home_.value_or(factory_home_)[i];
+  }
+  return MoveTo(positions, speeds);
+}
+
+void Camera::SetHome(const PerAxis<double>& position) {
+  home_ = position;
+  for (const AxisIndex i : kAxes) {
+    const Axis::Limits& limits = axes_[i].limits();
+    (*home_)[i] = std::clamp((*home_)[i], limits.min, limits.max);
+  }
+}
+
+void Camera::Stop(const PerAxis<bool>& axes) {
+  for (const AxisIndex i : kAxes) {
+    if (axes[i]) EndDrive(i);
+  }
+}
+
+Status Camera::GoToPreset(const std::string& token, const AxisValues& speeds) {
+  if (!powered_) return Status::kPoweredOff;
+  const StoredPosition* preset = presets_.Find(token);
+  if (preset == nullptr) return Status::kUnknownId;
+  AxisValues positions;
+  for (const AxisIndex i : kAxes) {
+    if (HasAxis(i)) positions[i] = preset->position[i];
+  }
+  return MoveTo(positions, speeds);
+}
+
+Status Camera::SetImage(const std::string& token, const ImageSettings& image) {
+  if (!InPercent(image.brightness) || !InPercent(image.contrast) || !InPercent(image.sharpness)) {
+    return Status::kOutOfRange;
+  }
+  if (!IsSwitch(image.auto_focus) || !IsSwitch(image.backlight_mode)) return Status::kOutOfRange;
+  MediaProfile* profile = FindProfile(token);
+  const bool focuses = image.auto_focus == 1.0 && profile->image.auto_focus == 0.0;
+  profile->image = image;
+  if (focuses && powered_) {
+    drives_[kFocus].reset();
+    focus_.MoveTo(kSharp, kFocusLimits.top_speed);
+  }
+  return Status::kDone;
+}
+
+Status Camera::DriveFocus(const std::string& token, double velocity, const Driver& driver) {
+  if (!powered_) return Status::kPoweredOff;
+  FindProfile(token)->image.auto_focus = 0.0;
+  focus_.MoveAt(velocity * kFocusLimits.top_speed);
+  drives_[kFocus].emplace(driver);
+  return Status::kDone;
+}
+
+void Camera::StopFocus() { EndDrive(kFocus); }
+
+void Camera::Drive::Renew() {
+  if (driver.grace > nanoseconds(0)) left = driver.grace;
+}
+
+void Camera::GiveSignOfLife(std::uint64_t caller) {
+  for (auto& drive : drives_) {
+    if (drive && drive->driver.caller == caller) drive->Renew();
+  }
+}
+
+void Camera::EndDrive(std::size_t index) {
+  drives_[index].reset();
+  (index == kFocus ? focus_ : axes_[index]).Stop();
+}
+
+void Camera::EndDrives() {
+  for (std::size_t i = 0; i < drives_.size(); ++i) {
+    if (drives_[i]) EndDrive(i);
+  }
+}
+
+void Camera::PowerOff() {
+  powered_ = false;
+  for (Axis& axis : axes_) axis.Halt();
+  focus_.Halt();
+  drives_ = {};
+}
+
+bool Camera::Moving() const {
+  return std::any_of(axes_.begin(), axes_.end(), [](const Axis& axis) { return axis.moving(); });
+}
+
+void Camera::AdvanceAxes(nanoseconds elapsed) {
+  for (auto& drive : drives_) {
+    if (drive && drive->left) *drive->left -= elapsed;
+  }
+  if (power_left_ && Moving()) *power_left_ -= elapsed;
+  for (Axis& axis : axes_) axis.Advance(elapsed);
+  focus_.Advance(elapsed);
+}
+
+nanoseconds Camera::UntilNextEvent(nanoseconds limit) const {
+  for (const auto& drive : drives_) {
+    if (drive && drive->left) limit = std::min(limit, *drive->left);
+  }
+  if (power_left_ && Moving()) limit = std::min(limit, *power_left_);
+  return limit;
+}
+
+void Camera::EndDrivesRunOut() {
+  for (std::size_t i = 0; i < drives_.size(); ++i) {
+    if (drives_[i] && drives_[i]->left && *drives_[i]->left <= nanoseconds(0)) EndDrive(i);
+  }
+}
+
+void Camera::Advance(nanoseconds elapsed) {
+  const nanoseconds step = UntilNextEvent(elapsed);
+  AdvanceAxes(step);
+  if (power_left_ && *power_left_ <= nanoseconds(0)) {
+    power_left_.reset();
+    PowerOff();
+  }
+  EndDrivesRunOut();
+  if (step < elapsed) Advance(elapsed - step);
+}
+
+}  // namespace vptzd

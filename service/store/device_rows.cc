@@ -1,0 +1,238 @@
+#include "store/device_rows.h"
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <set>
+#include <vector>
+
+#include <vptz/model/device.h>
+#include <vptz/model/device_type.h>
+#include <vptz/model/media.h>
+#include <vptz/model/media_parameter.h>
+#include <vptz/model/movement.h>
+#include <vptz/model/movement_parameter.h>
+#include <vptz/model/preset.h>
+#include <vptz/model/protocol.h>
+#include <vptz/model/ptz.h>
+#include <vptz/model/device-odb.hxx>
+#include <vptz/model/media-odb.hxx>
+#include <vptz/model/media_parameter-odb.hxx>
+#include <vptz/model/movement-odb.hxx>
+#include <vptz/model/movement_parameter-odb.hxx>
+#include <vptz/model/preset-odb.hxx>
+#include <vptz/model/ptz-odb.hxx>
+
+#include "drivers/simulated/simulated_fleet.h"
+#include "log.h"
+#include "store/changes.h"
+#include "store/database.h"
+#include "store/row_access.h"
+
+namespace vptzd {
+namespace {
+
+constexpr unsigned kAll = 65535;
+
+std::unique_ptr<Device> NewDevice(const Camera& camera, DeviceType* type, Protocol* protocol) {
+  const CameraDescription& description = camera.description();
+  auto device = std::make_unique<Device>(description.service_uri.c_str(), description.address.c_str(), type,
+                                         protocol, "", camera.logged_in(), description.mac.c_str(),
+                                         description.uuid.c_str(), true, description.removable, true, false);
+  device->set_host_name(description.name);
+  device->set_manufacture(description.manufacturer);
+  device->set_model_name(description.model);
+  device->set_firmware_version(description.firmware);
+  if (camera.logged_in() && !description.credentials.empty()) {
+    device->set_authorization(CredentialsText(description.credentials));
+  }
+  device->update_http_uri();
+  return device;
+}
+
+template <class Row>
+void InsertRows(Transaction& transaction, std::vector<Row>* rows, const char* what) {
+  for (Row& row : *rows) transaction.Insert(&row, what);
+}
+
+// An axis of a simulated camera moves to positions and at velocities, not by
+// distances. None for an axis that the camera does not have.
+std::unique_ptr<Movement> InsertMovement(Transaction& transaction, const Camera& camera, AxisIndex index,
+                                         std::vector<MovementParameter>* parameters) {
+  if (!camera.HasAxis(index)) return nullptr;
+  const Axis& axis = camera.axis(index);
+  auto movement = std::make_unique<Movement>(true, true, false);
+  transaction.Insert(movement.get(), "movement");
+  parameters->emplace_back(movement.get(), "position", axis.position(), axis.limits().min, axis.limits().max);
+  parameters->emplace_back(movement.get(), "speed", 0.0, 0.0, axis.limits().top_speed);
+  return movement;
+}
+
+std::uint32_t InsertPtz(Transaction& transaction, Device* device, const Camera& camera) {
+  std::vector<MovementParameter> parameters;
+  const auto pan = InsertMovement(transaction, camera, kPan, &parameters);
+  const auto tilt = InsertMovement(transaction, camera, kTilt, &parameters);
+  const auto zoom = InsertMovement(transaction, camera, kZoom, &parameters);
+  InsertRows(transaction, &parameters, "movement parameter");
+  Ptz ptz(device, pan.get(), tilt.get(), zoom.get(), camera.ptz_token(), "", true,
+          static_cast<int>(camera.track_mode()));
+  transaction.Insert(&ptz, "PTZ node");
+  std::vector<Preset> presets;
+  for (const StoredPosition& preset : camera.presets().all()) {
+    presets.emplace_back(&ptz, preset.id, preset.token, preset.name, preset.position[kPan],
+                         preset.position[kTilt], preset.position[kZoom]);
+  }
+  InsertRows(transaction, &presets, "preset");
+  return ptz.id();
+}
+
+struct NamedValue {
+  const char* name;
+  double value;
+  double min;
+  double max;
+};
+
+std::string StreamUri(const CameraDescription& camera, const std::string& token) {
+  return IsSerial(camera.protocol) ? "" : "rtsp://" + camera.address + "/" + token;
+}
+
+std::uint32_t InsertMedia(Transaction& transaction, Device* device, const CameraDescription& camera,
+                          const MediaProfile& profile) {
+  Media media(device, profile.token, StreamUri(camera, profile.token), "", true);
+  transaction.Insert(&media, "media source");
+  const VideoEncoder& video = profile.encoder;
+  const ImageSettings& image = profile.image;
+  const NamedValue values[] = {
+      {"width", video.width, 0.0, video.width},           {"height", video.height, 0.0, video.height},
+      {"frame_rate", video.frame_rate, 1.0, 60.0},        {"bit_rate", video.bit_rate, 64.0, 20000.0},
+      {"brightness", image.brightness, 0.0, 100.0},       {"contrast", image.contrast, 0.0, 100.0},
+      {"sharpness", image.sharpness, 0.0, 100.0},         {"auto_focus", image.auto_focus, 0.0, 1.0},
+      {"backlight_mode", image.backlight_mode, 0.0, 1.0},
+  };
+  std::vector<MediaParameter> parameters;
+  for (const NamedValue& value : values) {
+    parameters.emplace_back(&media, value.name, value.value, value.min, value.max);
+  }
+  InsertRows(transaction, &parameters, "media parameter");
+  return media.id();
+}
+
+// The rows that a new device refers to.
+struct Kind {
+  std::unique_ptr<DeviceType> type;
+  std::unique_ptr<Protocol> protocol;
+};
+
+Kind KindOf(const CameraDescription& camera) {
+  const char* type = IsSerial(camera.protocol) ? "controller" : "camera";
+  return {FoundRow<DeviceType>([&](DeviceType** row) { return DeviceType::QueryByName(row, type); }),
+          FoundRow<Protocol>([&](Protocol** row) { return Protocol::QueryByName(row, camera.protocol); })};
+}
+
+CameraIds InsertCamera(Transaction& transaction, const Camera& camera, const Kind& kind) {
+  const std::unique_ptr<Device> device = NewDevice(camera, kind.type.get(), kind.protocol.get());
+  transaction.Insert(device.get(), "device");
+  CameraIds ids;
+  ids.device = device->id();
+  for (const MediaProfile& profile : camera.media_profiles()) {
+    ids.media.push_back(InsertMedia(transaction, device.get(), camera.description(), profile));
+  }
+  ids.ptz = InsertPtz(transaction, device.get(), camera);
+  return ids;
+}
+
+std::set<std::uint32_t> UsedMovements() {
+  std::set<std::uint32_t> used;
+  const auto nodes = FoundRows<Ptz>([](std::vector<Ptz*>* rows) { return Ptz::QueryAll(rows, 0, kAll); });
+  for (const auto& node : nodes) used.insert({node->pan_id(), node->tilt_id(), node->zoom_id()});
+  return used;
+}
+
+// Movements refer to nothing, so they don't go with their device.
+void RemoveUnusedMovements() {
+  const auto movements =
+      FoundRows<Movement>([](std::vector<Movement*>* rows) { return Movement::QueryAll(rows, 0, kAll); });
+  const std::set<std::uint32_t> used = UsedMovements();
+  for (const auto& movement : movements) {
+    if (used.count(movement->id()) == 0) Movement::Remove(movement->id());
+  }
+}
+
+}  // namespace
+
+std::vector<CameraIds> StoreNewCameras(const std::vector<const Camera*>& cameras, const StoringTold& told) {
+  std::vector<CameraIds> ids;
+  if (cameras.empty()) return ids;
+  std::vector<Kind> kinds;
+  kinds.reserve(cameras.size());
+  for (const Camera* camera : cameras) kinds.push_back(KindOf(camera->description()));
+  told(1, cameras.size());
+  Transaction transaction;
+  for (std::size_t i = 0; i < cameras.size(); ++i) {
+    told(i + 1, cameras.size());
+    ids.push_back(InsertCamera(transaction, *cameras[i], kinds[i]));
+  }
+  transaction.Commit();
+  return ids;
+}
+
+CameraIds IdsOf(const Device& device, const Camera& camera) {
+  if (!device.is_setting_applied()) return {};
+  CameraIds ids;
+  const auto ptz =
+      FoundRow<Ptz>([&](Ptz** row) { return Ptz::QueryByNode(row, device.id(), camera.ptz_token()); });
+  if (ptz == nullptr) return {};
+  for (const MediaProfile& profile : camera.media_profiles()) {
+    const auto media =
+        FoundRow<Media>([&](Media** row) { return Media::QueryByNode(row, device.id(), profile.token); });
+    if (media == nullptr) return {};
+    ids.media.push_back(media->id());
+  }
+  ids.device = device.id();
+  ids.ptz = ptz->id();
+  return ids;
+}
+
+std::unique_ptr<Device> DeviceAt(const std::string& service_uri) {
+  return FoundRow<Device>([&](Device** row) { return Device::QueryByServiceUri(row, service_uri); });
+}
+
+CameraDescription DescriptionOf(const Device& device) {
+  const Protocol* protocol = device.protocol();
+  CameraDescription camera = PlainCamera(protocol == nullptr ? "ONVIF" : protocol->name(), device.address());
+  camera.service_uri = device.service_uri();
+  camera.name = device.host_name();
+  camera.mac = device.mac();
+  camera.uuid = device.uuid();
+  camera.manufacturer = device.manufacture();
+  camera.model = device.model_name();
+  camera.firmware = device.firmware_version();
+  camera.removable = device.deletable();
+  camera.credentials = StoredCredentials(device);
+  return camera;
+}
+
+CameraIds StoreCamera(const Camera& camera) {
+  std::unique_ptr<Device> device;
+  CameraIds ids;
+  {
+    const StableRows nothing_is_missed;
+    device = DeviceAt(camera.description().service_uri);
+    if (device != nullptr) ids = IdsOf(*device, camera);
+  }
+  if (ids.device != 0) return ids;
+  // The service was killed while it wrote: what is there goes, and is written anew.
+  if (device != nullptr) RemoveCamera(device->id());
+  return StoreNewCameras({&camera}, [](std::size_t, std::size_t) {}).front();
+}
+
+// The device comes last: while it is there the next start knows that something
+// is to be removed.
+void RemoveCamera(std::uint32_t device) {
+  Ptz::RemoveByDevice(device);
+  RemoveUnusedMovements();
+  if (Device::Remove(device) < 0) throw StorageError("the database keeps a device");
+}
+
+}  // namespace vptzd
