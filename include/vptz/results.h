@@ -37,6 +37,8 @@ inline const std::vector<VptzResultMeaning>& VptzKnownResults() {
       {-1010, "offline", "refused by the service: the camera does not answer"},
       {-1011, "not_stored", "refused by the service: its database does not take it"},
       {-1012, "not_removable", "refused by the service: the camera may not be removed"},
+      {-1013, "unsupported", "refused by the service: the camera cannot do that"},
+      {-1014, "refused_by_camera", "refused by the camera: the service's log has its own words"},
       {-EACCES, "EACCES", "the bus does not allow it; nothing was executed"},
       {-ENOTCONN, "ENOTCONN", "no connection to the bus; nothing was sent"},
       {-ETIMEDOUT, "ETIMEDOUT", "no answer within the time-out"},

@@ -38,7 +38,8 @@ sigset_t BlockSignals() {
 }
 
 SimulatedFleet ReadSimulatedFleet(const Options& options) {
-  return options.fleet ? ReadFleetFile(*options.fleet, options.cameras) : BuiltInFleet(options.cameras);
+  const std::size_t cameras = options.cameras.value_or(2);
+  return options.fleet ? ReadFleetFile(*options.fleet, cameras) : BuiltInFleet(cameras);
 }
 
 void TellFaults(std::size_t count) { std::cout << "vptzd: " << count << " faults in force" << std::endl; }
@@ -60,7 +61,9 @@ void ReadFaultsAgain(const Options& options, Fleet& fleet) {
 
 void WaitForEnd(const sigset_t& signals, const Options& options, Fleet& fleet) {
   int signal = 0;
-  while (sigwait(&signals, &signal) == 0 && signal == SIGHUP) ReadFaultsAgain(options, fleet);
+  while (sigwait(&signals, &signal) == 0 && signal == SIGHUP) {
+    if (fleet.simulated()) ReadFaultsAgain(options, fleet);
+  }
 }
 
 std::size_t KnownCameras(const Fleet& fleet) {
@@ -125,20 +128,32 @@ bool BringUpCameras(const Options& options, Fleet& fleet) {
   }
 }
 
-int Run(const Options& options, const SimulatedFleet& simulated) {
-  const sigset_t signals = BlockSignals();
-  const SteadyClock clock;
-  Fleet fleet(simulated.cameras, clock);
+// Fleet and clock outlive the call; signals are blocked.
+int Run(const Options& options, Fleet& fleet, std::chrono::milliseconds search_time, const sigset_t& signals) {
   fleet.set_grace(
       std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::duration<double>(options.grace)));
-  fleet.SetFaults(simulated.faults);
   if (!BringUpCameras(options, fleet)) {
     std::cerr << "vptzd: cannot use the database " << options.database << "; the log tells why\n";
     return kExitNoDatabase;
   }
-  Agenda agenda(clock);
-  Context context{fleet, agenda, simulated.search_time};
+  Agenda agenda(fleet.clock());
+  Context context{fleet, agenda, search_time};
   return Serve(options, context, signals);
+}
+
+int RunSimulated(const Options& options, const SimulatedFleet& simulated) {
+  const sigset_t signals = BlockSignals();
+  const SteadyClock clock;
+  Fleet fleet(simulated.cameras, clock);
+  fleet.SetFaults(simulated.faults);
+  return Run(options, fleet, simulated.search_time, signals);
+}
+
+int RunReal(const Options& options) {
+  const sigset_t signals = BlockSignals();
+  const SteadyClock clock;
+  Fleet fleet(clock);
+  return Run(options, fleet, std::chrono::seconds(1), signals);
 }
 
 // None when the fleet file cannot be used.
@@ -157,8 +172,9 @@ int main(int argc, char** argv) {
   try {
     Options options;
     if (const auto exit_code = ReadOptions(argc, argv, &options)) return *exit_code;
+    if (!options.simulated()) return RunReal(options);
     const auto simulated = TryReadSimulatedFleet(options);
-    return simulated ? Run(options, *simulated) : kExitBadFleet;
+    return simulated ? RunSimulated(options, *simulated) : kExitBadFleet;
   } catch (const std::exception& error) {
     std::cerr << "vptzd: " << error.what() << '\n';
     return kExitFailure;

@@ -91,7 +91,8 @@ void AddOptions(CLI::App* app, Options* options) {
       ->type_name("ADDRESS")
       ->option_text("ADDRESS");
   app->add_option("--cameras", options->cameras,
-                  "how many simulated cameras there are, unless the fleet file lists them; 1 to 64; default 2")
+                  "simulate N cameras, 1 to 64; default 2 with a fleet file that lists none. With neither "
+                  "--cameras nor --fleet no camera is simulated")
       ->type_name("N")
       ->option_text("N")
       ->check(WholeNumber(1, static_cast<int>(Fleet::kMaxBuiltInCameras)));
@@ -101,7 +102,7 @@ void AddOptions(CLI::App* app, Options* options) {
       ->type_name("FILE")
       ->option_text("FILE");
   app->add_option("--fleet", options->fleet,
-                  "a JSON file with cameras and faults; SIGHUP reads the faults again")
+                  "simulate the cameras of a JSON file, and its faults; SIGHUP reads the faults again")
       ->type_name("FILE")
       ->option_text("FILE");
   app->add_option("--grace", options->grace,
@@ -112,7 +113,7 @@ void AddOptions(CLI::App* app, Options* options) {
       ->check(Seconds());
   app->add_option(
          "--view", options->view,
-         "serve a web page that shows what the cameras see, on this machine only; 0 takes any free port; "
+         "serve a web page that shows what simulated cameras see, on this machine only; 0 takes any free port; "
          "0 to 65535")
       ->type_name("PORT")
       ->option_text("PORT")
@@ -122,7 +123,9 @@ void AddOptions(CLI::App* app, Options* options) {
 }  // namespace
 
 std::optional<int> ReadOptions(int argc, const char* const* argv, Options* options) {
-  CLI::App app("Serves simulated pan-tilt-zoom cameras under the name \"vptz\" on the message bus.", "vptzd");
+  CLI::App app(
+      "Serves pan-tilt-zoom cameras, real or simulated ones, under the name \"vptz\" on the message bus.",
+      "vptzd");
   AddOptions(&app, options);
   app.footer("Runs in the foreground until SIGTERM or SIGINT.\n\n" + DescribeExitCodes());
   try {

@@ -9,12 +9,15 @@
 namespace vptzd {
 
 struct Options {
-  std::optional<std::string> bus;  // none: the bus library's default
-  std::size_t cameras = 2;
+  std::optional<std::string> bus;      // none: the bus library's default
+  std::optional<std::size_t> cameras;  // simulated ones; none: as many as the fleet file tells, else 2
   std::string database = VPTZ_DATABASE_FILE;
-  std::optional<std::string> fleet;  // none: the built-in one
+  std::optional<std::string> fleet;  // a file; none: the built-in one
   double grace = 5.0;                // seconds
   std::optional<int> view;           // port of the web page; none: there is no page
+
+  // Else the cameras are real.
+  bool simulated() const { return cameras || fleet; }
 };
 
 // Reads the command line. Returns an exit code when the program is to end now:

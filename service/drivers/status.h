@@ -20,7 +20,9 @@ enum class Status : int {
   kPoweredOff = -1009,       // the camera has no power
   kOffline = -1010,          // the camera does not answer
   kNotStored = -1011,        // the database does not take it; the log tells why
-  kNotRemovable = -1012      // the device may not be removed
+  kNotRemovable = -1012,     // the device may not be removed
+  kUnsupported = -1013,      // the camera, or what drives it, cannot do that
+  kRefusedByCamera = -1014   // the camera refused; the log has its own words
 };
 
 // What get_devices_power_status answers in the place of a status.

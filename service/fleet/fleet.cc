@@ -25,6 +25,8 @@ Fleet::Fleet(std::size_t cameras, const Clock& clock) : clock_(clock), present_(
   }
 }
 
+Fleet::Fleet(const Clock& clock) : clock_(clock), simulated_(false), present_(clock.Now()) {}
+
 std::unique_lock<std::mutex> Fleet::Enter() {
   std::unique_lock<std::mutex> lock(mutex_);
   const std::chrono::nanoseconds now = clock_.Now();
@@ -46,11 +48,11 @@ Camera* Fleet::CameraNumber(std::uint32_t number) {
 }
 
 Member* Fleet::MemberOfDevice(std::uint32_t id) {
-  return FindIf([&](const Member& member) { return member.known() && member.ids.device == id; });
+  return FindIf([&](const Member& member) { return id != 0 && member.ids.device == id; });
 }
 
 Member* Fleet::MemberOfPtz(std::uint32_t id) {
-  return FindIf([&](const Member& member) { return member.known() && member.ids.ptz == id; });
+  return FindIf([&](const Member& member) { return id != 0 && member.known() && member.ids.ptz == id; });
 }
 
 Member* Fleet::MemberOfMedia(std::uint32_t id) {
@@ -116,16 +118,20 @@ void Fleet::Forget(Member* member) {
 }
 
 bool Fleet::powered() const {
-  return std::all_of(members_.begin(), members_.end(),
-                     [](const auto& member) { return !member->known() || member->camera.powered(); });
+  return std::all_of(members_.begin(), members_.end(), [](const auto& member) {
+    if (!member->known()) return true;
+    return member->driven ? member->camera.powered() : !member->camera.logged_in();
+  });
 }
 
-void Fleet::PowerOn() {
+Status Fleet::PowerOn() {
   for (const auto& member : members_) member->camera.PowerOn();
+  return simulated_ ? Status::kDone : Status::kUnsupported;
 }
 
-void Fleet::PowerOff() {
+Status Fleet::PowerOff() {
   for (const auto& member : members_) member->camera.PowerOff();
+  return simulated_ ? Status::kDone : Status::kUnsupported;
 }
 
 const Fault* Fleet::FindFault(FaultKind kind, const Member* member, std::string_view method) const {
@@ -136,6 +142,7 @@ const Fault* Fleet::FindFault(FaultKind kind, const Member* member, std::string_
 
 Status Fleet::CheckThere(const Member* member, std::string_view method) const {
   if (member == nullptr) return Status::kUnknownId;
+  if (!member->driven) return Status::kUnsupported;
   return FindFault(FaultKind::kOffline, member, method) == nullptr ? Status::kDone : Status::kOffline;
 }
 

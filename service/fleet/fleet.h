@@ -23,13 +23,14 @@
 
 namespace vptzd {
 
-// A camera in the simulated network.
+// A camera that the service looks after.
 struct Member {
   std::uint32_t number;  // 1 ..., in the order of the list, then of addition
   Camera camera;
   CameraIds ids;               // all 0 while it has no rows
-  bool listed = true;          // else it is there only as long as it has rows
+  bool listed = true;          // by --cameras or the fleet file; else there only as long as it has rows
   std::uint32_t follower = 0;  // device id of the camera that does what it does; 0: none
+  bool driven = true;          // else only its rows are there: nothing commands the camera
 
   bool known() const { return ids.device != 0; }
 };
@@ -47,6 +48,12 @@ class Fleet {
   // that holds nothing else.
   Fleet(std::size_t cameras, const Clock& clock);
 
+  // Real cameras: those that have rows. There is no simulated one, and none comes
+  // into being.
+  explicit Fleet(const Clock& clock);
+
+  bool simulated() const { return simulated_; }
+
   // Locks the fleet and brings it to the present time.
   std::unique_lock<std::mutex> Enter();
 
@@ -57,7 +64,7 @@ class Fleet {
   // Camera 1 ... N by its number. Null when there is none.
   Camera* CameraNumber(std::uint32_t number);
 
-  // By the id of a row. Null when there is none.
+  // By the id of a row. Null when there is none, and for 0.
   Member* MemberOfDevice(std::uint32_t id);
   Member* MemberOfPtz(std::uint32_t id);
   Member* MemberOfMedia(std::uint32_t id);
@@ -84,10 +91,12 @@ class Fleet {
   // What a camera is called in commands.
   void SetIds(std::size_t number, const CameraIds& ids) { members_[number - 1]->ids = ids; }
 
-  // Whether all known cameras have power.
+  // Whether all known cameras have power; one that the service is logged in to and
+  // cannot reach has none.
   bool powered() const;
-  void PowerOn();
-  void PowerOff();
+  // kUnsupported when there is no camera whose power can be switched.
+  Status PowerOn();
+  Status PowerOff();
 
   // How long an axis or the focus that is driven until it is stopped goes on
   // without a call about the camera from the caller that drives it; 0: for ever.
@@ -104,7 +113,8 @@ class Fleet {
   // The member may be null: a call about no camera.
   const Fault* FindFault(FaultKind kind, const Member* member, std::string_view method) const;
 
-  // kUnknownId for null, kOffline, kNotLoggedIn; else kDone.
+  // kUnknownId for null, kUnsupported for a camera that nothing commands, kOffline,
+  // kNotLoggedIn; else kDone.
   Status CheckThere(const Member* member, std::string_view method) const;
   Status CheckUsable(const Member* member, std::string_view method) const;
 
@@ -124,6 +134,7 @@ class Fleet {
 
   std::mutex mutex_;
   const Clock& clock_;
+  bool simulated_ = true;
   std::chrono::nanoseconds present_;
   std::vector<std::unique_ptr<Member>> members_;
   std::chrono::nanoseconds grace_{0};

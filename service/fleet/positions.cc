@@ -51,7 +51,7 @@ void LivePositions::Collect() {
   ForgetRemoved();
   changed_.clear();
   for (const auto& member : fleet_.members()) {
-    if (!member->known()) continue;
+    if (!member->known() || !member->driven) continue;
     const Camera& camera = member->camera;
     const auto written = written_.find(member->ids.ptz);
     if (written != written_.end() && written->second.position == camera.position() &&

@@ -38,15 +38,36 @@ void TakeOnRows(const Device& device, const CameraIds& ids, Member* member, Axis
   axes->Compare(ids.ptz, camera);
 }
 
+void WarnOfTooMany(const Device& device) {
+  VPTZD_LOG(LogLevel::kWarning, "the device %u is one more than can be looked after", device.id());
+}
+
+// A camera that is known by its rows, which stay as they are, whole or not.
+void RestoreUndriven(const Device& device, const CameraDescription& description, Fleet& fleet) {
+  Member* const member = fleet.Add(description);
+  if (member == nullptr) {
+    WarnOfTooMany(device);
+    return;
+  }
+  member->driven = false;
+  member->ids = RowsOf(device.id());
+  member->camera.set_logged_in(device.authorized());
+  VPTZD_LOG(LogLevel::kNotice, "the device %u has rows and nothing that commands it", device.id());
+}
+
 // False for a device with rows missing: the service was killed while it added it.
 bool Restore(const Device& device, Fleet& fleet, AxisRows* axes) {
   const CameraDescription description = DescriptionOf(device);
+  if (!fleet.simulated()) {
+    RestoreUndriven(device, description, fleet);
+    return true;
+  }
   const CameraIds ids = IdsOf(device, Camera(description));
   if (ids.device == 0) return false;
   if (Member* const member = fleet.Add(description)) {
     TakeOnRows(device, ids, member, axes);
   } else {
-    VPTZD_LOG(LogLevel::kWarning, "the device %u is one more than can be simulated", device.id());
+    WarnOfTooMany(device);
   }
   return true;
 }

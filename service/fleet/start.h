@@ -19,7 +19,8 @@ void StoreCameras(
     Fleet& fleet, const StoringTold& told = [](std::size_t, std::size_t) {});
 
 // Brings back what was added: the cameras whose rows belong to no listed one, the
-// couplings and the ports. A lack of room is logged.
+// couplings and the ports. A lack of room is logged. Where no camera is simulated no
+// row is touched, and nothing commands the cameras that have rows.
 void RestoreAdditions(Fleet& fleet);
 
 }  // namespace vptzd

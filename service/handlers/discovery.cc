@@ -248,6 +248,7 @@ VptzResponse Add(Context& context, const VptzCommand& command, const std::string
     member = ListedMemberFor(context.fleet, *added);
     const Status status = CheckAddition(context.fleet, member, *added, command.method_name());
     if (status != Status::kDone) return Answer(status);
+    if (!context.fleet.simulated()) return Answer(Status::kUnsupported);
     if (member == nullptr) member = context.fleet.Add(*added);
     if (member == nullptr) return Answer(Status::kOutOfRange);
     DeclareAs(*added, device, &member->camera);
@@ -293,9 +294,10 @@ VptzResponse AddOnvifDeviceManually(Context& context, const VptzCommand& command
 
 VptzResponse RemoveDevice(Context& context, const VptzCommand& command) {
   Member* member = nullptr;
-  // A camera that does not answer can be removed as well.
   const Status status = LookUpDevice(context, command, Need::kAnswer, &member);
-  if (status != Status::kDone && status != Status::kOffline) return Answer(status);
+  // One that does not answer, or that nothing commands, can be removed as well.
+  const bool there = status == Status::kDone || status == Status::kOffline || status == Status::kUnsupported;
+  if (!there) return Answer(status);
   std::string service_uri;
   {
     const auto lock = context.fleet.Enter();

@@ -91,7 +91,8 @@ constexpr char kSimulateFaults[] = "simulate_faults";
 // Puts the faults of the text {"faults": [...]} in force in the place of all
 // others; an empty text, and {}, change nothing. The answer's nat_address holds
 // the faults that are in force then, as TextOf writes them; with kBadRequest it
-// holds line and reason, and nothing has changed.
+// holds line and reason, and nothing has changed. Without simulated cameras
+// kUnknownMethod, and the reason in nat_address.
 tutorial::VptzResponse SimulateFaults(Fleet& fleet, const std::string& text);
 
 }  // namespace vptzd

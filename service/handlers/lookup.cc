@@ -36,7 +36,7 @@ Status LookUpMedia(Context& context, const tutorial::VptzCommand& command, std::
                    Member** member, std::string* token) {
   const auto lock = context.fleet.Enter();
   *member = context.fleet.MemberOfMedia(media);
-  if (*member != nullptr) *token = MediaTokenOf(**member, media);
+  if (*member != nullptr && (*member)->driven) *token = MediaTokenOf(**member, media);
   return Check(context.fleet, *member, command, need);
 }
 

@@ -114,7 +114,8 @@ std::vector<Member*> SerialMembers(Context& context) {
   const auto lock = context.fleet.Enter();
   std::vector<Member*> serial;
   for (const auto& member : context.fleet.members()) {
-    if (member->known() && IsSerial(member->camera.description().protocol)) serial.push_back(member.get());
+    if (!member->known() || !member->driven) continue;
+    if (IsSerial(member->camera.description().protocol)) serial.push_back(member.get());
   }
   return serial;
 }

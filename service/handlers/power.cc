@@ -34,7 +34,7 @@ VptzResponse ConfigDevices(Context& context, const VptzCommand&) {
   {
     const auto lock = context.fleet.Enter();
     for (const auto& member : context.fleet.members()) {
-      if (member->known()) known.push_back(member.get());
+      if (member->known() && member->driven) known.push_back(member.get());
     }
   }
   for (Member* member : known) Configure(context, member);
@@ -67,15 +67,9 @@ VptzResponse DisableReset2P0(Fleet& fleet, const VptzCommand&) {
   return Answer(Status::kDone);
 }
 
-VptzResponse PowerOnDevices(Fleet& fleet, const VptzCommand&) {
-  fleet.PowerOn();
-  return Answer(Status::kDone);
-}
+VptzResponse PowerOnDevices(Fleet& fleet, const VptzCommand&) { return Answer(fleet.PowerOn()); }
 
-VptzResponse PowerOffDevices(Fleet& fleet, const VptzCommand&) {
-  fleet.PowerOff();
-  return Answer(Status::kDone);
-}
+VptzResponse PowerOffDevices(Fleet& fleet, const VptzCommand&) { return Answer(fleet.PowerOff()); }
 
 VptzResponse GetDevicesPowerStatus(Fleet& fleet, const VptzCommand&) {
   VptzResponse response;

@@ -16,6 +16,11 @@ std::size_t LastNumber(Fleet& fleet) {
 
 tutorial::VptzResponse SimulateFaults(Fleet& fleet, const std::string& text) {
   tutorial::VptzResponse response = Answer(Status::kDone);
+  if (!fleet.simulated()) {
+    response = Answer(Status::kUnknownMethod);
+    response.set_nat_address("there is no simulated camera: vptzd runs with neither --cameras nor --fleet");
+    return response;
+  }
   try {
     // A long text is read before the fleet is entered: calls are answered meanwhile.
     auto faults = ReadFaultSwitch(text, LastNumber(fleet));

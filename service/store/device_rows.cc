@@ -194,6 +194,18 @@ CameraIds IdsOf(const Device& device, const Camera& camera) {
   return ids;
 }
 
+CameraIds RowsOf(std::uint32_t device) {
+  CameraIds ids;
+  ids.device = device;
+  const auto nodes =
+      FoundRows<Ptz>([&](std::vector<Ptz*>* rows) { return Ptz::QueryByDevice(rows, device, 0, kAll); });
+  if (!nodes.empty()) ids.ptz = nodes.front()->id();
+  const auto sources =
+      FoundRows<Media>([&](std::vector<Media*>* rows) { return Media::QueryByDevice(rows, device, 0, kAll); });
+  for (const auto& source : sources) ids.media.push_back(source->id());
+  return ids;
+}
+
 std::unique_ptr<Device> DeviceAt(const std::string& service_uri) {
   return FoundRow<Device>([&](Device** row) { return Device::QueryByServiceUri(row, service_uri); });
 }

@@ -36,6 +36,10 @@ std::unique_ptr<Device> DeviceAt(const std::string& service_uri);
 // The ids of a camera's rows; none when some are missing.
 CameraIds IdsOf(const Device& device, const Camera& camera);
 
+// The ids of whatever rows a device has: of its first PTZ node, if any, and of its
+// media sources.
+CameraIds RowsOf(std::uint32_t device);
+
 // The camera as its device row tells it.
 CameraDescription DescriptionOf(const Device& device);
 

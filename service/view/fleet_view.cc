@@ -56,7 +56,7 @@ std::vector<CameraView> ViewOf(Fleet& fleet) {
   const auto lock = fleet.Enter();
   std::vector<CameraView> views;
   for (const auto& member : fleet.members()) {
-    if (!member->known()) continue;
+    if (!member->known() || !member->driven) continue;
     views.push_back(ViewOf(*member, fleet.FindFault(FaultKind::kOffline, member.get(), "") == nullptr));
   }
   return views;

@@ -9,7 +9,7 @@
 
 namespace vptzd {
 
-// Of the cameras that are known by rows, in their order. Locks the fleet.
+// Of the cameras that are known by rows and simulated, in their order. Locks the fleet.
 std::vector<CameraView> ViewOf(Fleet& fleet);
 
 }  // namespace vptzd

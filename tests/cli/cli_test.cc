@@ -1,5 +1,6 @@
 #include "cli_test.h"
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -67,7 +68,8 @@ void ExpectFailure(const RunResult& result, int exit_code, const std::string& na
 BusTest::BusTest() {
   Write("vptz.conf", "");
   // Its rows are written before it looks for the bus.
-  const RunResult result = vptz_test::Run({VPTZD, "--bus", "unix:/nowhere", "--database", database()});
+  const RunResult result =
+      vptz_test::Run({VPTZD, "--bus", "unix:/nowhere", "--database", database(), "--cameras", "2"});
   if (result.exit_code != 3) throw std::runtime_error("no database: " + result.errors);
 }
 
@@ -107,6 +109,8 @@ Json BusTest::CtlJson(const std::string& line) {
 void CliTest::StartService(const Words& options) {
   Words argv = {VPTZD, "--bus", broker.address(), "--database", database()};
   argv.insert(argv.end(), options.begin(), options.end());
+  if (std::find(argv.begin(), argv.end(), "--cameras") == argv.end())
+    argv.insert(argv.end(), {"--cameras", "2"});
   service.emplace(argv);
   const auto serves = [this] { return service->Output().find("serving") != std::string::npos; };
   if (!WaitUntil([&] { return serves() || !service->Running(); }) || !serves()) {

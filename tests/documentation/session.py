@@ -30,7 +30,7 @@ printf 'listener 0 %s\\nallow_anonymous true\\n' "$PWD/build/dev/run/bus.sock" >
 mosquitto -c build/dev/run/broker.conf >broker.log 2>&1 &
 await broker_answers || exit 1
 export DORV_BUS_ADDRESS=unix:$PWD/build/dev/run/bus.sock
-vptzd >service.log 2>&1 &
+vptzd --cameras 2 >service.log 2>&1 &
 await vptzctl status || exit 1
 """
 

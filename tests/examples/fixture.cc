@@ -10,7 +10,8 @@ namespace vptz_test {
 
 ServiceTest::ServiceTest() {
   std::ofstream(folder.path() + "/vptz.conf") << "[MQTT]\ntimeout=10\n\n[VPTZ]\nndi_preset_shift=0\n";
-  service.emplace(std::vector<std::string>{VPTZD, "--bus", broker.address(), "--database", Database()});
+  service.emplace(
+      std::vector<std::string>{VPTZD, "--bus", broker.address(), "--database", Database(), "--cameras", "2"});
   if (!WaitUntil([this] { return service->Output().find("serving") != std::string::npos; })) {
     throw std::runtime_error("vptzd does not serve: " + service->Errors());
   }

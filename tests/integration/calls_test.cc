@@ -50,8 +50,8 @@ TEST_F(IntegrationCalls, ClientThatDisconnectedCannotCallUntilItConnectsAgain) {
 }
 
 TEST_F(IntegrationCalls, SecondServiceOfTheNameDoesNotStart) {
-  const RunResult second =
-      vptz_test::Run({VPTZD, "--bus", broker_.address(), "--database", broker_.folder() + "/second.db"});
+  const RunResult second = vptz_test::Run(
+      {VPTZD, "--cameras", "2", "--bus", broker_.address(), "--database", broker_.folder() + "/second.db"});
   EXPECT_NE(second.exit_code, 0);
   EXPECT_NE(second.errors, "");
   EXPECT_EQ(Connected()->GetStatus(), 0);

@@ -20,7 +20,7 @@ constexpr char kNoBus[] = "unix:/nowhere/bus.sock";
 class ExitCode : public testing::Test {
  protected:
   RunResult Run(const std::vector<std::string>& arguments) const {
-    std::vector<std::string> command = {VPTZD};
+    std::vector<std::string> command = {VPTZD, "--cameras", "2"};
     command.insert(command.end(), arguments.begin(), arguments.end());
     return vptz_test::Run(command, {"ZERK_LOG_LEVEL=error", "ZERK_LOG_TARGET=stderr"});
   }
@@ -65,7 +65,7 @@ TEST_F(ExitCode, IsFiveForADatabaseThatTakesNoCameras) {
 }
 
 TEST_F(ExitCode, IsFiveWithoutTheProgramThatFillsTheDatabase) {
-  const RunResult result = vptz_test::Run({VPTZD, "--bus", kNoBus, "--database", file_},
+  const RunResult result = vptz_test::Run({VPTZD, "--cameras", "2", "--bus", kNoBus, "--database", file_},
                                           {"PATH=" + dir_.path(), "ZERK_LOG_TARGET=stderr"});
   EXPECT_EQ(result.exit_code, 5);
   EXPECT_THAT(result.errors, HasSubstr("Failed to execute SQL file from: ("));
@@ -73,7 +73,7 @@ TEST_F(ExitCode, IsFiveWithoutTheProgramThatFillsTheDatabase) {
 
 TEST_F(ExitCode, IsFourForAServiceOfATakenName) {
   const vptz_test::Broker broker;
-  Process first({VPTZD, "--bus", broker.address(), "--database", file_});
+  Process first({VPTZD, "--cameras", "2", "--bus", broker.address(), "--database", file_});
   ASSERT_TRUE(vptz_test::WaitUntil([&] { return first.Output().find("serving") != std::string::npos; }));
   const RunResult result = Run({"--bus", broker.address(), "--database", dir_.path() + "/second.db"});
   EXPECT_EQ(result.exit_code, 4);

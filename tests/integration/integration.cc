@@ -5,8 +5,9 @@
 namespace vptz_test {
 
 void Integration::StartService() {
-  service_.emplace(std::vector<std::string>{VPTZD, "--database", broker_.folder() + "/vptz.db"},
-                   std::vector<std::string>{"DORV_BUS_ADDRESS=" + broker_.address()});
+  service_.emplace(
+      std::vector<std::string>{VPTZD, "--cameras", "2", "--database", broker_.folder() + "/vptz.db"},
+      std::vector<std::string>{"DORV_BUS_ADDRESS=" + broker_.address()});
   const bool serves = WaitUntil(
       [this] { return service_->Output().find("serving") != std::string::npos || !service_->Running(); });
   if (!serves || !service_->Running()) {

@@ -5,6 +5,7 @@
 
 #include <vptz/model/vptzmodel.h>
 
+#include <algorithm>
 #include <csignal>
 #include <fstream>
 #include <memory>
@@ -22,8 +23,16 @@ class ServiceHost : public testing::Test {
  protected:
   ~ServiceHost() override { VptzModel::Instance().Release(); }
 
-  // Returns when the service answers calls.
-  void Serve(const std::vector<std::string>& options = {}) {
+  // With simulated cameras, two unless the options tell. Returns when the service
+  // answers calls.
+  void Serve(std::vector<std::string> options = {}) {
+    const bool told = std::find(options.begin(), options.end(), "--cameras") != options.end();
+    if (!told) options.insert(options.end(), {"--cameras", "2"});
+    ServeReal(options);
+  }
+
+  // The same with real cameras, unless the options tell of simulated ones.
+  void ServeReal(const std::vector<std::string>& options = {}) {
     std::vector<std::string> command = {VPTZD, "--bus", broker_.address(), "--database", file_};
     command.insert(command.end(), options.begin(), options.end());
     service_.emplace(command, std::vector<std::string>{"ZERK_LOG_LEVEL=notice", "ZERK_LOG_TARGET=stderr"});

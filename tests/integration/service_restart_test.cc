@@ -103,7 +103,7 @@ TEST_F(ServiceRestart, ServiceStartsAndMovesOnAFullDiskAndRefusesWhatItCannotSto
   client.reset();
   EXPECT_EQ(End(), 0);
   service_.emplace(std::vector<std::string>{"sh", "-c", "trap '' XFSZ; ulimit -f 8; exec \"$@\"", "sh", VPTZD,
-                                            "--bus", broker_.address(), "--database", file_},
+                                            "--bus", broker_.address(), "--database", file_, "--cameras", "2"},
                    std::vector<std::string>{"ZERK_LOG_LEVEL=emerg"});
   ASSERT_TRUE(WaitUntil([&] { return Told("with 2 cameras") || !service_->Running(); }));
   ASSERT_TRUE(service_->Running()) << service_->Errors();
@@ -146,6 +146,24 @@ TEST_F(ServiceRestart, EndsInTheMiddleOfEverything) {
   EXPECT_EQ(client->SearchDevice("", ""), 0);
   EXPECT_EQ(End(), 0);
   EXPECT_EQ(Value("PRAGMA integrity_check"), "'ok'");
+}
+
+TEST_F(ServiceRestart, WithoutSimulatedCamerasTheRowsStayAndNothingMoves) {
+  Serve({"--cameras", "3"});
+  EXPECT_EQ(End(), 0);
+  const std::string all = "SELECT group_concat(name || value || min || max) FROM movement_parameter";
+  const std::string before = Value(all);
+  ServeReal();
+  EXPECT_TRUE(Told("with 3 cameras"));
+  const auto client = Connected();
+  EXPECT_EQ(client->GetStatus(), 0);
+  EXPECT_EQ(client->AbsolutePanMove(1, 60, 100), -1013);
+  EXPECT_EQ(client->AddOnvifDeviceManually("192.0.2.99", "", ""), -1013);
+  service_->Signal(SIGHUP);
+  EXPECT_EQ(client->GetStatus(), 0);
+  EXPECT_EQ(End(), 0);
+  EXPECT_EQ(Value(all), before);
+  EXPECT_EQ(Value("SELECT count(*) FROM device"), "3");
 }
 
 }  // namespace

@@ -64,8 +64,8 @@ TEST_F(ServiceView, APortThatIsTakenEndsTheService) {
   Serve({"--view", "0"});
   vptz_test::Broker another;
   const vptz_test::RunResult second =
-      vptz_test::Run({VPTZD, "--bus", another.address(), "--database", another.folder() + "/vptz.db", "--view",
-                      std::to_string(Port())});
+      vptz_test::Run({VPTZD, "--bus", another.address(), "--database", another.folder() + "/vptz.db",
+                      "--cameras", "2", "--view", std::to_string(Port())});
   EXPECT_EQ(second.exit_code, 7);
   EXPECT_THAT(second.errors, HasSubstr("cannot serve the web page on port"));
 }

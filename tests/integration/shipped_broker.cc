@@ -156,7 +156,7 @@ void ShippedBroker::StartService(const std::vector<std::string>& environment) {
   std::vector<std::string> variables = {"DORV_BUS_ADDRESS=" + address()};
   variables.insert(variables.end(), environment.begin(), environment.end());
   const Mask mask("vptzd.service");
-  service_.emplace(As("", {VPTZD, "--database", database()}), variables);
+  service_.emplace(As("", {VPTZD, "--cameras", "2", "--database", database()}), variables);
   const auto serves = [&] { return service_->Output().find("serving") != std::string::npos; };
   if (!WaitUntil([&] { return serves() || !service_->Running(); }) || !service_->Running()) {
     throw std::runtime_error("vptzd does not serve: " + service_->Output() + service_->Errors());

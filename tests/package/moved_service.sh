@@ -9,7 +9,7 @@ trap 'rm -rf "$folder"' EXIT
 echo 'CREATE TABLE IF NOT EXISTS mark_of_this_tree (id INTEGER);' >>"$1/share/vptzd/seed.sql"
 
 code=0
-"$1/bin/vptzd" --database "$folder/vptz.db" --bus "unix:$folder/nobody.sock" || code=$?
+"$1/bin/vptzd" --cameras 2 --database "$folder/vptz.db" --bus "unix:$folder/nobody.sock" || code=$?
 if [ "$code" -ne 3 ]; then
   echo "with a database and without a broker the service ends with $code instead of 3" >&2
   exit 1

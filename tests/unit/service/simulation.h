@@ -58,6 +58,10 @@ class Simulation {
     fleet_.SetFaults(simulated.faults);
   }
 
+  // No camera is simulated.
+  struct Real {};
+  explicit Simulation(Real) : fleet_(clock_) {}
+
   vptzd::Fleet& fleet() { return fleet_; }
   vptzd::Context& context() { return context_; }
 

@@ -25,9 +25,10 @@ class StoredSimulation : public testing::Test {
   ~StoredSimulation() override { VptzModel::Instance().Release(); }
 
   // As the service begins, with whatever rows are there.
-  void Begin(const vptzd::SimulatedFleet& simulated) {
+  template <class Cameras>
+  void Begin(const Cameras& cameras) {
     EXPECT_TRUE(vptzd::OpenDatabase(folder_.path() + "/vptz.db", VPTZD_SEED_FILE));
-    simulation_ = std::make_unique<Simulation>(simulated);
+    simulation_ = std::make_unique<Simulation>(cameras);
     vptzd::StoreCameras(fleet());
     vptzd::RestoreAdditions(fleet());
     simulation_->context().emit = [this](const char* signal, const std::string& payload) {

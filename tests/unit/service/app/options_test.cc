@@ -32,11 +32,12 @@ Outcome Read(std::vector<const char*> arguments) {
   return outcome;
 }
 
-TEST(Options, DefaultsToTwoCamerasOnTheDefaultBus) {
+TEST(Options, DefaultsToRealCamerasOnTheDefaultBus) {
   const Outcome outcome = Read({});
   EXPECT_FALSE(outcome.exit_code.has_value());
   EXPECT_FALSE(outcome.options.bus.has_value());
-  EXPECT_EQ(outcome.options.cameras, 2u);
+  EXPECT_FALSE(outcome.options.simulated());
+  EXPECT_FALSE(outcome.options.cameras.has_value());
 }
 
 TEST(Options, TakesBusAndCameras) {
@@ -44,6 +45,7 @@ TEST(Options, TakesBusAndCameras) {
   EXPECT_FALSE(outcome.exit_code.has_value());
   EXPECT_EQ(outcome.options.bus, "mqtt://broker:1884");
   EXPECT_EQ(outcome.options.cameras, 64u);
+  EXPECT_TRUE(outcome.options.simulated());
 }
 
 TEST(Options, TakesOneToSixtyFourCameras) {
@@ -60,6 +62,7 @@ TEST(Options, TakesFleetAndGrace) {
   const Outcome outcome = Read({"--fleet", "fleet.json", "--grace", "0.5"});
   EXPECT_FALSE(outcome.exit_code.has_value());
   EXPECT_EQ(outcome.options.fleet, "fleet.json");
+  EXPECT_TRUE(outcome.options.simulated());
   EXPECT_EQ(outcome.options.grace, 0.5);
   for (const char* number : {"-1", "soon", "nan", "1e9"}) {
     EXPECT_EQ(Read({"--grace", number}).exit_code, 2) << number;

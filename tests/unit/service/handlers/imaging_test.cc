@@ -6,8 +6,8 @@
 #include <sqlite3.h>
 #include <vptz/model/media_parameter.h>
 
-#include "bus/server.h"
 #include "bus/fake_bus_service.h"
+#include "bus/server.h"
 #include "stored_simulation.h"
 
 namespace vptz_test {
