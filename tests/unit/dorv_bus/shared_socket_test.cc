@@ -281,7 +281,7 @@ TEST_F(SharedSocketTest, ASocketThatClosesEndsTheTurnAndTheNextOneIsRead) {
   }
 }
 
-TEST_F(SharedSocketTest, CallersWaitUntilTheyAreAdmitted) {
+TEST_F(SharedSocketTest, ACallerThatIsNotAdmittedIsAnsweredByTheBackgroundThread) {
   Reopen();
   std::thread waiting([this] { EXPECT_EQ(Call(1, [] {}), 1); });
   ASSERT_TRUE(Waits(1));
