@@ -38,7 +38,7 @@ bool HoldsZero(const std::string& text) { return text.find('\0') != std::string:
 Json JsonOf(const VptzPresetData& preset) {
   Json object = {{"id", preset.preset_id}, {"token", preset.token}, {"name", preset.name}};
   const AxisPositions positions = PositionsOf(preset);
-  for (std::size_t i = 0; i < positions.size(); ++i) {
+  for (std::size_t i = 0; i < std::size(kAxes); ++i) {
     object[kAxes[i]] = positions[i] ? Json(*positions[i]) : Json(nullptr);
   }
   return object;
@@ -229,7 +229,7 @@ class Reader {
     }
     const bool named = object.contains("name") && !object["name"].is_null();
     preset.name = named ? TextOf(object, "name", preset.line) : preset.token;
-    for (std::size_t i = 0; i < preset.positions.size(); ++i) {
+    for (std::size_t i = 0; i < std::size(kAxes); ++i) {
       preset.positions[i] = PositionOf(object, kAxes[i], preset);
     }
     return preset;

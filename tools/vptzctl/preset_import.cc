@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -42,7 +43,7 @@ bool IsNear(const AxisPositions& one, const AxisPositions& other) {
 
 AxisPositions Whereabouts(const VptzPtzData& profile) {
   AxisPositions positions;
-  for (std::size_t i = 0; i < positions.size(); ++i) {
+  for (std::size_t i = 0; i < std::size(kAxes); ++i) {
     const VptzValue& position = (profile.*kAxes[i]).position;
     if (position.valid != 0) positions[i] = position.value;
   }
@@ -52,20 +53,19 @@ AxisPositions Whereabouts(const VptzPtzData& profile) {
 // ---- the plan ------------------------------------------------------------------
 
 void RequireReachable(const std::string& path, const FilePreset& preset, const VptzPtzData& profile) {
-  for (std::size_t i = 0; i < preset.positions.size(); ++i) {
+  for (std::size_t i = 0; i < std::size(kAxes); ++i) {
     if (!preset.positions[i]) continue;
     const double position = *preset.positions[i];
     const VptzAxisData& axis = profile.*kAxes[i];
     const VptzRange& range = axis.position_range;
     const bool outside = range.valid != 0 && (position < range.min || position > range.max);
     if (axis.have_absolute_move && !outside) continue;
-    const std::string reason = outside ? FormatNumber(position) + " is outside " + FormatNumber(range.min) +
-                                             " to " + FormatNumber(range.max) + ", where the camera can go"
-                                       : "the camera does not move this axis to positions";
-    throw CommandError({"bad_file",
-                        path + ":" + std::to_string(preset.line) + ": " + kNames[i] + " of \"" + preset.token +
-                            "\": " + reason,
-                        ExitCode::kUsage});
+    std::string message = path + ":" + std::to_string(preset.line) + ": ";
+    message.append(kNames[i]).append(" of \"").append(preset.token).append("\": ");
+    message += outside ? FormatNumber(position) + " is outside " + FormatNumber(range.min) + " to " +
+                             FormatNumber(range.max) + ", where the camera can go"
+                       : "the camera does not move this axis to positions";
+    throw CommandError({"bad_file", message, ExitCode::kUsage});
   }
 }
 
