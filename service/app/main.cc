@@ -16,9 +16,7 @@
 #include "fleet/fleet.h"
 #include "fleet/positions.h"
 #include "fleet/start.h"
-#include "log.h"
 #include "store/database.h"
-#include "store/row_access.h"
 #include "view/fleet_view.h"
 #include "view/view_server.h"
 
@@ -122,8 +120,7 @@ bool BringUpCameras(const Options& options, Fleet& fleet) {
     StoreCameras(fleet, [&](std::size_t camera, std::size_t of) { progress.Reached(camera, of); });
     RestoreAdditions(fleet);
     return true;
-  } catch (const StorageError& error) {
-    VPTZD_LOG(LogLevel::kError, "the cameras cannot be stored: %s", error.what());
+  } catch (const Unreadable&) {
     return false;
   }
 }

@@ -82,7 +82,7 @@ StableRows::StableRows() : connection_(Connect()) {
   } catch (const odb::exception& error) {
     End();
     VPTZD_LOG(LogLevel::kError, "the database cannot be read: %s", error.what());
-    throw StorageError("the database cannot be read");
+    throw Unreadable("the database cannot be read");
   }
 }
 

@@ -11,6 +11,8 @@
 #include <odb/sqlite/connection.hxx>
 #include <odb/sqlite/transaction.hxx>
 
+#include "store/row_access.h"
+
 namespace vptzd {
 
 // Creates or migrates the database file and fills in what every database holds:
@@ -56,12 +58,18 @@ class Transaction {
   odb::sqlite::transaction transaction_;
 };
 
+// The database cannot be read; the log tells why.
+class Unreadable : public StorageError {
+ public:
+  using StorageError::StorageError;
+};
+
 // While it lives no other program's lock keeps the model from reading: a row that a
 // lookup does not find is not there. For a moment only, and for reading only: nothing
 // can be committed meanwhile, neither by other programs nor by the service.
 class StableRows {
  public:
-  // Waits for other programs' locks as a transaction does. Throws StorageError.
+  // Waits for other programs' locks as a transaction does. Throws Unreadable.
   StableRows();
   ~StableRows();
   StableRows(const StableRows&) = delete;

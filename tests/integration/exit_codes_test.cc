@@ -56,14 +56,6 @@ TEST_F(ExitCode, IsFiveForALockedDatabase) {
   ExpectUnusable(file_, "Failed to new a database instance!");
 }
 
-TEST_F(ExitCode, IsFiveForADatabaseThatTakesNoCameras) {
-  EXPECT_EQ(Run({"--bus", kNoBus, "--database", file_}).exit_code, 3);
-  RawDatabase(file_).Execute(
-      "DELETE FROM device;"
-      "CREATE TRIGGER no_device BEFORE INSERT ON device BEGIN SELECT RAISE(ABORT, 'none'); END;");
-  ExpectUnusable(file_, "the database takes no device");
-}
-
 TEST_F(ExitCode, IsFiveWithoutTheProgramThatFillsTheDatabase) {
   const RunResult result = vptz_test::Run({VPTZD, "--cameras", "2", "--bus", kNoBus, "--database", file_},
                                           {"PATH=" + dir_.path(), "ZERK_LOG_TARGET=stderr"});

@@ -225,7 +225,8 @@ TEST_F(ServiceDatabase, LockedDatabaseIsNotTakenForAnEmptyOne) {
   Simulation simulation(vptzd::BuiltInFleet(1));
   RawDatabase other(folder_.path() + "/vptz.db");
   other.Execute("BEGIN EXCLUSIVE");
-  EXPECT_THROW(vptzd::RestoreAdditions(simulation.fleet()), vptzd::StorageError);
+  EXPECT_THROW(vptzd::StoreCameras(simulation.fleet()), vptzd::Unreadable);
+  EXPECT_THROW(vptzd::RestoreAdditions(simulation.fleet()), vptzd::Unreadable);
 }
 
 TEST_F(ServiceDatabase, NothingIsLockedWhileRowsAreLookedUp) {
