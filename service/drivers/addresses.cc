@@ -47,15 +47,6 @@ std::optional<NetworkAddress> ReadAddress(const std::string& text) {
   return rest.empty() ? std::nullopt : std::optional<NetworkAddress>(address);
 }
 
-std::string ServiceUri(const std::string& protocol, const std::string& address) {
-  if (protocol == "ONVIF") return "http://" + address + "/onvif/device_service";
-  if (protocol == "NDI") return "http://" + address + "/ndi";
-  if (protocol == "NDIHX") return "http://" + address + "/ndihx";
-  if (protocol == "QX310") return "http://" + address + "/qx310";
-  if (protocol == "VISCA_OVER_IP") return "visca://" + address + ":52381";
-  return kSerialScheme + address;
-}
-
 std::string PortPath(const std::string& port) {
   return port.find('/') == std::string::npos ? "/dev/" + port : port;
 }

@@ -18,9 +18,6 @@ struct NetworkAddress {
 // None for an address without a host.
 std::optional<NetworkAddress> ReadAddress(const std::string& text);
 
-// The address of the camera's service, as its protocol has it.
-std::string ServiceUri(const std::string& protocol, const std::string& address);
-
 // rs232://PORT/LINE/BAUD_RATE/UNIT, where PORT may hold slashes.
 struct SerialAddress {
   std::string port;

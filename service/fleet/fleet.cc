@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "drivers/addresses.h"
+#include "drivers/protocols.h"
 #include "drivers/simulated/simulated_fleet.h"
 
 namespace vptzd {
@@ -76,7 +77,7 @@ Member* Fleet::MemberAt(const std::string& address) {
   return FindIf([&](const Member& member) {
     const CameraDescription& camera = member.camera.description();
     return camera.address == address ||
-           (IsSerial(camera.protocol) && PortPath(camera.address) == PortPath(address));
+           (ProtocolNamed(camera.protocol).serial && PortPath(camera.address) == PortPath(address));
   });
 }
 

@@ -7,6 +7,7 @@
 #include <vptz/method_names.h>
 
 #include "drivers/addresses.h"
+#include "drivers/protocols.h"
 #include "drivers/simulated/simulated_fleet.h"
 #include "handlers/answers.h"
 #include "handlers/handlers.h"
@@ -25,13 +26,16 @@ using tutorial::VptzResponse;
 
 namespace {
 
-constexpr char kAnyProtocol[] = "ONVIF,QX310,NDI";
-
 // ---- search ----
 
 std::vector<std::string> ProtocolsOf(const DeviceCommand& command) {
-  std::istringstream list(command.protocol().empty() ? kAnyProtocol : command.protocol());
   std::vector<std::string> protocols;
+  if (command.protocol().empty()) {
+    for (const ControlProtocol& protocol : Protocols()) {
+      if (protocol.searched_unnamed) protocols.push_back(protocol.name);
+    }
+  }
+  std::istringstream list(command.protocol());
   for (std::string name; std::getline(list, name, ',');) {
     name.erase(0, name.find_first_not_of(' '));
     name.erase(name.find_last_not_of(' ') + 1);
@@ -109,7 +113,7 @@ bool AreUsable(const DeviceCommand& device) {
 // What the command says about the camera. None when the address cannot be read.
 std::optional<CameraDescription> Described(const DeviceCommand& device, const std::string& protocol) {
   CameraDescription camera;
-  if (IsSerial(protocol)) {
+  if (ProtocolNamed(protocol).serial) {
     const auto serial = ReadSerialAddress(device.address());
     if (!serial) return std::nullopt;
     camera = PlainCamera(protocol, serial->port);
@@ -128,12 +132,13 @@ std::optional<CameraDescription> Described(const DeviceCommand& device, const st
 }
 
 bool HasBaudRate(const CameraDescription& camera) {
-  return !IsSerial(camera.protocol) || IsBaudRate(ReadSerialAddress(camera.service_uri)->baud_rate);
+  return !ProtocolNamed(camera.protocol).serial || IsBaudRate(ReadSerialAddress(camera.service_uri)->baud_rate);
 }
 
 // The camera of the list that is meant; null for a camera of its own.
 Member* ListedMemberFor(Fleet& fleet, const CameraDescription& camera) {
-  return IsSerial(camera.protocol) ? fleet.MemberReachedBy(camera.service_uri) : fleet.MemberAt(camera.address);
+  return ProtocolNamed(camera.protocol).serial ? fleet.MemberReachedBy(camera.service_uri)
+                                               : fleet.MemberAt(camera.address);
 }
 
 // The camera takes on what it is added as.
@@ -168,14 +173,14 @@ Status CheckAddition(const Fleet& fleet, const Member* member, const CameraDescr
 // uuid where that is not known.
 bool IsMeant(const Member& member, const DeviceCommand& device) {
   const CameraDescription& own = member.camera.description();
-  if (!member.known() || IsSerial(own.protocol)) return false;
+  if (!member.known() || ProtocolNamed(own.protocol).serial) return false;
   return (own.mac.empty() ? own.uuid : own.mac) == device.mac();
 }
 
 // The known camera in the network that the command's "mac" means: it is declared
 // anew. Null for every other addition.
 Member* DeclaredBefore(Fleet& fleet, const DeviceCommand& device, const CameraDescription& added) {
-  if (device.mac().empty() || IsSerial(added.protocol)) return nullptr;
+  if (device.mac().empty() || ProtocolNamed(added.protocol).serial) return nullptr;
   // A uuid that comes from an address may be there twice.
   Member* const there = fleet.MemberAt(added.address);
   if (there != nullptr && IsMeant(*there, device)) return there;

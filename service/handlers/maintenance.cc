@@ -2,6 +2,7 @@
 #include <optional>
 
 #include "drivers/addresses.h"
+#include "drivers/protocols.h"
 #include "handlers/answers.h"
 #include "handlers/handlers.h"
 #include "handlers/lookup.h"
@@ -115,7 +116,7 @@ std::vector<Member*> SerialMembers(Context& context) {
   std::vector<Member*> serial;
   for (const auto& member : context.fleet.members()) {
     if (!member->known() || !member->driven) continue;
-    if (IsSerial(member->camera.description().protocol)) serial.push_back(member.get());
+    if (ProtocolNamed(member->camera.description().protocol).serial) serial.push_back(member.get());
   }
   return serial;
 }
@@ -128,8 +129,8 @@ VptzResponse UpdateDeviceControlProtocol(Context& context, const VptzCommand& co
   if (status != Status::kDone) return Answer(status);
   const std::string& protocol = command.device_command().protocol();
   // A camera is in the network or on a line, and stays there.
-  const bool serial = IsSerial(Copy(context, *member).description().protocol);
-  if (serial != IsSerial(protocol))
+  const bool serial = ProtocolNamed(Copy(context, *member).description().protocol).serial;
+  if (serial != ProtocolNamed(protocol).serial)
     return Answer(IsProtocol(protocol) ? Status::kBadRequest : Status::kUnknownId);
   if (!ChangeProtocol(member->ids.device, protocol)) return Answer(Status::kUnknownId);
   {

@@ -10,6 +10,7 @@
 #include <nlohmann/json.hpp>
 #include <vptz/model/movement_parameter-odb.hxx>
 
+#include "drivers/protocols.h"
 #include "store/database.h"
 #include "store/row_access.h"
 
@@ -157,7 +158,7 @@ bool StorePresets(std::uint32_t ptz, const PresetList& presets) {
 }
 
 PresetList StoredPresets(std::uint32_t ptz, const std::string& protocol) {
-  PresetList presets(PresetShiftOf(protocol));
+  PresetList presets(ProtocolNamed(protocol).preset_shift);
   for (const auto& row : PresetRows(ptz)) presets.Store(PositionOf(*row));
   return presets;
 }

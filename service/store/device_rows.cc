@@ -23,6 +23,7 @@
 #include <vptz/model/preset-odb.hxx>
 #include <vptz/model/ptz-odb.hxx>
 
+#include "drivers/protocols.h"
 #include "drivers/simulated/simulated_fleet.h"
 #include "log.h"
 #include "store/changes.h"
@@ -94,7 +95,7 @@ struct NamedValue {
 };
 
 std::string StreamUri(const CameraDescription& camera, const std::string& token) {
-  return IsSerial(camera.protocol) ? "" : "rtsp://" + camera.address + "/" + token;
+  return ProtocolNamed(camera.protocol).serial ? "" : "rtsp://" + camera.address + "/" + token;
 }
 
 std::uint32_t InsertMedia(Transaction& transaction, Device* device, const CameraDescription& camera,
@@ -125,7 +126,7 @@ struct Kind {
 };
 
 Kind KindOf(const CameraDescription& camera) {
-  const char* type = IsSerial(camera.protocol) ? "controller" : "camera";
+  const char* type = ProtocolNamed(camera.protocol).serial ? "controller" : "camera";
   return {FoundRow<DeviceType>([&](DeviceType** row) { return DeviceType::QueryByName(row, type); }),
           FoundRow<Protocol>([&](Protocol** row) { return Protocol::QueryByName(row, camera.protocol); })};
 }

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "drivers/addresses.h"
+#include "drivers/protocols.h"
 
 namespace vptzd {
 namespace {
@@ -22,7 +23,7 @@ CameraDescription Numbered(const std::string& protocol, std::size_t number) {
   camera.mac = MacOf(number);
   camera.uuid = "simulated-camera-" + std::to_string(number);
   camera.credentials = {"admin", "admin"};
-  const std::uint32_t shift = PresetShiftOf(protocol);
+  const std::uint32_t shift = ProtocolNamed(protocol).preset_shift;
   camera.presets = {{shift + 1, "preset" + std::to_string(shift + 1), "Stage", {0.0, 0.0, 1.0}},
                     {shift + 2, "preset" + std::to_string(shift + 2), "Lectern", {-35.0, 5.0, 6.0}},
                     {shift + 3, "preset" + std::to_string(shift + 3), "Audience", {120.0, -10.0, 2.0}}};
@@ -35,9 +36,9 @@ CameraDescription PlainCamera(const std::string& protocol, const std::string& ad
   CameraDescription camera;
   camera.protocol = protocol;
   camera.address = address;
-  camera.service_uri = ServiceUri(protocol, address);
+  camera.service_uri = ProtocolNamed(protocol).ServiceUri(address);
   camera.name = "camera-" + address;
-  camera.mac = IsSerial(protocol) ? address : "";
+  camera.mac = ProtocolNamed(protocol).serial ? address : "";
   camera.uuid = "simulated-" + address;
   if (protocol == "QX310") camera.model = "QX310";
   return camera;

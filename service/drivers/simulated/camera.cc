@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "drivers/protocols.h"
+
 namespace vptzd {
 namespace {
 
@@ -32,7 +34,7 @@ Camera::Camera(const CameraDescription& description)
       axes_{NewAxis(description, kPan), NewAxis(description, kTilt), NewAxis(description, kZoom)},
       factory_home_(position()),
       focus_(kFocusLimits, kSharp),
-      presets_(PresetShiftOf(description.protocol)),
+      presets_(ProtocolNamed(description.protocol).preset_shift),
       media_profiles_{{"main", {1920.0, 1080.0, 50.0, 8000.0}, {}}, {"sub", {640.0, 360.0, 25.0, 512.0}, {}}} {
   for (const StoredPosition& preset : description.presets) presets_.Store(preset);
 }

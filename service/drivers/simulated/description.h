@@ -53,13 +53,6 @@ struct CameraDescription {
   bool removable = true;
 };
 
-// How much higher a camera of that protocol numbers its presets than the rows'
-// users expect, who begin with 1.
-std::uint32_t PresetShiftOf(const std::string& protocol);
-
-// Whether cameras of that protocol sit on a serial line, not in the network.
-bool IsSerial(const std::string& protocol);
-
 }  // namespace vptzd
 
 #endif

@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "drivers/addresses.h"
+#include "drivers/protocols.h"
 #include "drivers/simulated/document.h"
 #include "drivers/simulated/fault_list.h"
 #include "drivers/simulated/fields.h"
@@ -17,7 +18,6 @@ namespace {
 
 constexpr double kMaxPosition = 1e6;
 constexpr const char* kAxisNames[] = {"pan", "tilt", "zoom"};
-constexpr const char* kProtocols[] = {"ONVIF", "RS232", "QX310", "NDI", "VISCA_OVER_IP", "NDIHX"};
 
 void ReadAxis(const Value& value, const std::string& what, std::optional<Axis::Limits>* axis) {
   if (value.kind == Value::Kind::kNull) {
@@ -54,7 +54,7 @@ StoredPosition ReadPreset(const Value& value, const CameraDescription& camera, s
 void ReadPresets(const Value& list, CameraDescription* camera) {
   if (list.items.size() > PresetList::kMax)
     throw DocumentError(list.line, "a camera keeps at most 256 presets");
-  std::uint32_t id = PresetShiftOf(camera->protocol);
+  std::uint32_t id = ProtocolNamed(camera->protocol).preset_shift;
   for (const Value& value : list.items) {
     const StoredPosition preset = ReadPreset(value, *camera, ++id);
     const auto same = [&](const StoredPosition& other) { return other.token == preset.token; };
@@ -69,9 +69,8 @@ void ReadPresets(const Value& list, CameraDescription* camera) {
 std::string TakeProtocol(Fields& fields) {
   std::string protocol = "ONVIF";
   fields.Take("protocol", &protocol);
-  if (std::find(std::begin(kProtocols), std::end(kProtocols), protocol) == std::end(kProtocols)) {
-    fields.Fail(*fields.Take("protocol"), "protocol",
-                "is to be ONVIF, RS232, QX310, NDI, VISCA_OVER_IP or NDIHX");
+  if (!HasProtocol(protocol)) {
+    fields.Fail(*fields.Take("protocol"), "protocol", "is to be " + ProtocolNames());
   }
   return protocol;
 }
@@ -99,7 +98,7 @@ CameraDescription ReadCamera(Fields& fields, const std::string& protocol, const 
 void CheckAddress(const Fields& fields, const Value& at, const std::string& protocol,
                   const std::string& address, int count) {
   if (!address.empty() && count > 1) fields.Fail(at, "address", "cannot be that of several cameras");
-  if (!IsSerial(protocol)) return;
+  if (!ProtocolNamed(protocol).serial) return;
   if (count > 1) fields.Fail(at, "count", "is 1 for a serial camera");
   const auto serial = ReadSerialAddress(address);
   if (!serial) fields.Fail(at, "address", "is to be rs232://PORT/LINE/BAUD_RATE/UNIT");
@@ -119,9 +118,9 @@ void AddCamera(const Value& at, const CameraDescription& camera, SimulatedFleet*
 
 void GivePlace(CameraDescription* camera, const std::string& address, std::size_t number) {
   const CameraDescription numbered = BuiltInCamera(number);
-  const bool serial = IsSerial(camera->protocol);
+  const bool serial = ProtocolNamed(camera->protocol).serial;
   camera->address = serial ? ReadSerialAddress(address)->port : address.empty() ? numbered.address : address;
-  camera->service_uri = serial ? address : ServiceUri(camera->protocol, camera->address);
+  camera->service_uri = serial ? address : ProtocolNamed(camera->protocol).ServiceUri(camera->address);
   camera->mac = serial ? camera->address : numbered.mac;
   camera->uuid = numbered.uuid;
   camera->name = numbered.name;
