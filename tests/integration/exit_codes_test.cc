@@ -20,13 +20,13 @@ constexpr char kNoBus[] = "unix:/nowhere/bus.sock";
 class ExitCode : public testing::Test {
  protected:
   RunResult Run(const std::vector<std::string>& arguments) const {
-    std::vector<std::string> command = {VPTZD, "--cameras", "2"};
+    std::vector<std::string> command = {VPTZD};
     command.insert(command.end(), arguments.begin(), arguments.end());
     return vptz_test::Run(command, {"ZERK_LOG_LEVEL=error", "ZERK_LOG_TARGET=stderr"});
   }
 
   void ExpectUnusable(const std::string& database, const std::string& reason) const {
-    const RunResult result = Run({"--bus", kNoBus, "--database", database});
+    const RunResult result = Run({"--cameras", "2", "--bus", kNoBus, "--database", database});
     EXPECT_EQ(result.exit_code, 5);
     EXPECT_EQ(result.output, "");
     EXPECT_THAT(result.errors, AllOf(HasSubstr(reason), EndsWith("vptzd: cannot use the database " + database +
@@ -67,7 +67,8 @@ TEST_F(ExitCode, IsFourForAServiceOfATakenName) {
   const vptz_test::Broker broker;
   Process first({VPTZD, "--cameras", "2", "--bus", broker.address(), "--database", file_});
   ASSERT_TRUE(vptz_test::WaitUntil([&] { return first.Output().find("serving") != std::string::npos; }));
-  const RunResult result = Run({"--bus", broker.address(), "--database", dir_.path() + "/second.db"});
+  const RunResult result =
+      Run({"--cameras", "2", "--bus", broker.address(), "--database", dir_.path() + "/second.db"});
   EXPECT_EQ(result.exit_code, 4);
   EXPECT_THAT(result.errors, HasSubstr("another service has that name"));
 }
