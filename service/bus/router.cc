@@ -19,9 +19,9 @@ bool IsFocusDrive(std::string_view name) {
 void GiveSignOfLife(Fleet& fleet, const Call& call) {
   Member* member = NamedMember(fleet, call);
   if (member == nullptr) return;
-  member->camera.GiveSignOfLife(call.caller);
+  member->watchdog.GiveSignOfLife(call.caller);
   Member* follower = fleet.MemberOfDevice(member->follower);
-  if (follower != nullptr) follower->camera.GiveSignOfLife(call.caller);
+  if (follower != nullptr) follower->watchdog.GiveSignOfLife(call.caller);
 }
 
 }  // namespace

@@ -31,7 +31,7 @@ Fleet::Fleet(const Clock& clock) : clock_(clock), simulated_(false), present_(cl
 std::unique_lock<std::mutex> Fleet::Enter() {
   std::unique_lock<std::mutex> lock(mutex_);
   const std::chrono::nanoseconds now = clock_.Now();
-  for (const auto& member : members_) member->camera.Advance(now - present_);
+  for (const auto& member : members_) member->Advance(now - present_);
   present_ = now;
   return lock;
 }
@@ -93,13 +93,13 @@ Member* Fleet::MemberReachedBy(const std::string& service_uri) {
 Member* Fleet::Add(const CameraDescription& description) {
   if (members_.size() == kMaxMembers) return nullptr;
   const std::uint32_t number = members_.empty() ? 1 : members_.back()->number + 1;
-  members_.push_back(std::make_unique<Member>(Member{number, Camera(description), {}, false, 0}));
+  members_.push_back(std::make_unique<Member>(Member{number, Camera(description), {}, false}));
   return members_.back().get();
 }
 
 void Fleet::SetFollower(Member* leader, std::uint32_t device) {
   const std::uint32_t former = std::exchange(leader->follower, device);
-  Camera* const freed = former == device ? nullptr : CameraOfDevice(former);
+  Member* const freed = former == device ? nullptr : MemberOfDevice(former);
   if (freed != nullptr) freed->EndDrives();
 }
 
@@ -110,7 +110,7 @@ void Fleet::Forget(Member* member) {
     if (other->follower == device) SetFollower(other.get(), 0);
   }
   SetFollower(member, 0);
-  member->camera.EndDrives();
+  member->EndDrives();
   member->ids = {};
   member->camera.set_logged_in(member->camera.description().credentials.empty());
   if (member->listed) return;
@@ -131,7 +131,7 @@ Status Fleet::PowerOn() {
 }
 
 Status Fleet::PowerOff() {
-  for (const auto& member : members_) member->camera.PowerOff();
+  for (const auto& member : members_) member->PowerOff();
   return simulated_ ? Status::kDone : Status::kUnsupported;
 }
 

@@ -13,27 +13,14 @@
 #include <string_view>
 #include <vector>
 
-#include "drivers/simulated/camera.h"
 #include "drivers/simulated/clock.h"
 #include "drivers/simulated/faults.h"
 #include "drivers/status.h"
+#include "fleet/member.h"
 #include "fleet/nat_table.h"
 #include "fleet/ports.h"
-#include "store/camera_ids.h"
 
 namespace vptzd {
-
-// A camera that the service looks after.
-struct Member {
-  std::uint32_t number;  // 1 ..., in the order of the list, then of addition
-  Camera camera;
-  CameraIds ids;               // all 0 while it has no rows
-  bool listed = true;          // by --cameras or the fleet file; else there only as long as it has rows
-  std::uint32_t follower = 0;  // device id of the camera that does what it does; 0: none
-  bool driven = true;          // else only its rows are there: nothing commands the camera
-
-  bool known() const { return ids.device != 0; }
-};
 
 class Fleet {
  public:

@@ -24,7 +24,7 @@ AxisValues Positions(const tutorial::PtzCommand& command);
 AxisValues Speeds(const tutorial::PtzCommand& command);
 AxisValues Velocities(const tutorial::PtzCommand& command);
 
-// Answers with what `action`, a Status (Camera&, const tutorial::PtzCommand&),
+// Answers with what `action`, a Status (Member&, const tutorial::PtzCommand&),
 // returns for the camera that the command is about, whether or not it is logged
 // in to. The camera that follows it does the same, as far as it can: one that was
 // logged out in motion is still stopped.
@@ -33,11 +33,11 @@ tutorial::VptzResponse OnAnyPtz(Fleet& fleet, const tutorial::VptzCommand& comma
   if (!command.has_ptz_command()) return Answer(Status::kBadRequest);
   Member* member = fleet.MemberOfPtz(command.ptz_command().ptz_id());
   Status status = fleet.CheckThere(member, command.method_name());
-  if (status == Status::kDone) status = action(member->camera, command.ptz_command());
+  if (status == Status::kDone) status = action(*member, command.ptz_command());
   if (status != Status::kDone) return Answer(status);
   Member* follower = member->follower == 0 ? nullptr : fleet.MemberOfDevice(member->follower);
   if (fleet.CheckThere(follower, command.method_name()) == Status::kDone) {
-    action(follower->camera, command.ptz_command());
+    action(*follower, command.ptz_command());
   }
   return Answer(Status::kDone);
 }
@@ -45,8 +45,8 @@ tutorial::VptzResponse OnAnyPtz(Fleet& fleet, const tutorial::VptzCommand& comma
 // The same for a camera that the service is logged in to.
 template <class Action>
 tutorial::VptzResponse OnPtz(Fleet& fleet, const tutorial::VptzCommand& command, Action action) {
-  return OnAnyPtz(fleet, command, [&](Camera& camera, const tutorial::PtzCommand& ptz) {
-    return camera.logged_in() ? action(camera, ptz) : Status::kNotLoggedIn;
+  return OnAnyPtz(fleet, command, [&](Member& member, const tutorial::PtzCommand& ptz) {
+    return member.camera.logged_in() ? action(member, ptz) : Status::kNotLoggedIn;
   });
 }
 

@@ -72,7 +72,7 @@ VptzResponse Store(Context& context, std::uint32_t media, Member* member, const 
     const auto lock = context.fleet.Enter();
     image = member->camera.FindMediaProfile(token)->image;
     change(&image);
-    member->camera.SetImage(token, image);
+    member->SetImage(token, image);
   }
   context.AnnounceRowsOf(member->ids.device);
   return Answer(Status::kDone);
@@ -93,9 +93,8 @@ VptzResponse DriveFocus(Fleet& fleet, const VptzCommand& command, double directi
   Member* member = fleet.MemberOfMedia(device.device_id());
   const Status status = fleet.CheckUsable(member, command.method_name());
   if (status != Status::kDone) return Answer(status);
-  return Answer(member->camera.DriveFocus(MediaTokenOf(*member, device.device_id()),
-                                          direction * DriveSpeed(device.token()),
-                                          fleet.DriverFor(fleet.caller())));
+  return Answer(member->DriveFocus(MediaTokenOf(*member, device.device_id()),
+                                   direction * DriveSpeed(device.token()), fleet.DriverFor(fleet.caller())));
 }
 
 }  // namespace
@@ -158,7 +157,7 @@ VptzResponse StoreFocusMode(Context& context, const VptzCommand& command) {
     if (StoreImage(media, ImageOf(context.fleet, *member, token))) context.AnnounceRowsOf(member->ids.device);
   } catch (const StorageError&) {
     const auto lock = context.fleet.Enter();
-    member->camera.StopFocus();  // a refused command leaves nothing running
+    member->StopFocus();  // a refused command leaves nothing running
     throw;
   }
   return Answer(Status::kDone);
@@ -168,7 +167,7 @@ VptzResponse FocusStop(Fleet& fleet, const VptzCommand& command) {
   if (!command.has_device_command()) return Answer(Status::kBadRequest);
   Member* member = fleet.MemberOfMedia(command.device_command().device_id());
   const Status status = fleet.CheckThere(member, command.method_name());
-  if (status == Status::kDone) member->camera.StopFocus();
+  if (status == Status::kDone) member->StopFocus();
   return Answer(status);
 }
 

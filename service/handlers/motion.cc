@@ -26,28 +26,28 @@ VptzResponse Moving(Fleet& fleet, const VptzCommand& command, const VptzResponse
 }  // namespace
 
 VptzResponse AbsoluteMove(Fleet& fleet, const VptzCommand& command) {
-  return Moving(fleet, command, OnPtz(fleet, command, [](Camera& camera, const PtzCommand& ptz) {
-                  return camera.MoveTo(Positions(ptz), Speeds(ptz));
+  return Moving(fleet, command, OnPtz(fleet, command, [](Member& member, const PtzCommand& ptz) {
+                  return member.MoveTo(Positions(ptz), Speeds(ptz));
                 }));
 }
 
 VptzResponse ContinuousMove(Fleet& fleet, const VptzCommand& command) {
   const Driver driver = fleet.DriverFor(fleet.caller());
-  return Moving(fleet, command, OnPtz(fleet, command, [&](Camera& camera, const PtzCommand& ptz) {
-                  return camera.MoveAt(Velocities(ptz), driver);
+  return Moving(fleet, command, OnPtz(fleet, command, [&](Member& member, const PtzCommand& ptz) {
+                  return member.MoveAt(Velocities(ptz), driver);
                 }));
 }
 
 VptzResponse PtzStop(Fleet& fleet, const VptzCommand& command) {
-  return OnAnyPtz(fleet, command, [](Camera& camera, const PtzCommand& ptz) {
-    camera.Stop({ptz.stop_pan(), ptz.stop_tilt(), ptz.stop_zoom()});
+  return OnAnyPtz(fleet, command, [](Member& member, const PtzCommand& ptz) {
+    member.Stop({ptz.stop_pan(), ptz.stop_tilt(), ptz.stop_zoom()});
     return Status::kDone;
   });
 }
 
 VptzResponse GotoHome(Fleet& fleet, const VptzCommand& command) {
-  return Moving(fleet, command, OnPtz(fleet, command, [](Camera& camera, const PtzCommand& ptz) {
-                  return camera.GoHome(Speeds(ptz));
+  return Moving(fleet, command, OnPtz(fleet, command, [](Member& member, const PtzCommand& ptz) {
+                  return member.GoHome(Speeds(ptz));
                 }));
 }
 
@@ -57,14 +57,14 @@ VptzResponse GotoPreset(Fleet& fleet, const VptzCommand& command) {
       fleet.FindFault(FaultKind::kForgetPresets, member, command.method_name()) != nullptr) {
     member->camera.presets().Clear();
   }
-  return Moving(fleet, command, OnPtz(fleet, command, [](Camera& camera, const PtzCommand& ptz) {
-                  return camera.GoToPreset(ptz.preset_token(), Speeds(ptz));
+  return Moving(fleet, command, OnPtz(fleet, command, [](Member& member, const PtzCommand& ptz) {
+                  return member.GoToPreset(ptz.preset_token(), Speeds(ptz));
                 }));
 }
 
 VptzResponse SetHome(Fleet& fleet, const VptzCommand& command) {
-  return OnPtz(fleet, command, [](Camera& camera, const PtzCommand&) {
-    camera.SetHome();
+  return OnPtz(fleet, command, [](Member& member, const PtzCommand&) {
+    member.camera.SetHome();
     return Status::kDone;
   });
 }

@@ -72,12 +72,11 @@ Status Camera::MoveTo(const AxisValues& positions, const AxisValues& speeds) {
   for (const AxisIndex i : kAxes) {
     if (!positions[i]) continue;
     axes_[i].MoveTo(*positions[i], speeds[i].value_or(axes_[i].limits().top_speed));
-    drives_[i].reset();
   }
   return Status::kDone;
 }
 
-Status Camera::MoveAt(const AxisValues& velocities, const Driver& driver) {
+Status Camera::MoveAt(const AxisValues& velocities) {
   if (!powered_) return Status::kPoweredOff;
   for (const AxisIndex i : kAxes) {
     if (velocities[i] && !HasAxis(i)) return Status::kUnsupportedAxis;
@@ -86,7 +85,6 @@ Status Camera::MoveAt(const AxisValues& velocities, const Driver& driver) {
   for (const AxisIndex i : kAxes) {
     if (!velocities[i]) continue;
     axes_[i].MoveAt(*velocities[i]);
-    drives_[i].emplace(driver);
   }
   return Status::kDone;
 }
@@ -109,7 +107,7 @@ void Camera::SetHome(const PerAxis<double>& position) {
 
 void Camera::Stop(const PerAxis<bool>& axes) {
   for (const AxisIndex i : kAxes) {
-    if (axes[i]) EndDrive(i);
+    if (axes[i]) axes_[i].Stop();
   }
 }
 
@@ -133,48 +131,24 @@ Status Camera::SetImage(const std::string& token, const ImageSettings& image) {
   const bool focuses = image.auto_focus == 1.0 && profile->image.auto_focus == 0.0;
   profile->image = image;
   if (focuses && powered_) {
-    drives_[kFocus].reset();
     focus_.MoveTo(kSharp, kFocusLimits.top_speed);
   }
   return Status::kDone;
 }
 
-Status Camera::DriveFocus(const std::string& token, double velocity, const Driver& driver) {
+Status Camera::DriveFocus(const std::string& token, double velocity) {
   if (!powered_) return Status::kPoweredOff;
   FindProfile(token)->image.auto_focus = 0.0;
   focus_.MoveAt(velocity * kFocusLimits.top_speed);
-  drives_[kFocus].emplace(driver);
   return Status::kDone;
 }
 
-void Camera::StopFocus() { EndDrive(kFocus); }
-
-void Camera::Drive::Renew() {
-  if (driver.grace > nanoseconds(0)) left = driver.grace;
-}
-
-void Camera::GiveSignOfLife(std::uint64_t caller) {
-  for (auto& drive : drives_) {
-    if (drive && drive->driver.caller == caller) drive->Renew();
-  }
-}
-
-void Camera::EndDrive(std::size_t index) {
-  drives_[index].reset();
-  (index == kFocus ? focus_ : axes_[index]).Stop();
-}
-
-void Camera::EndDrives() {
-  for (std::size_t i = 0; i < drives_.size(); ++i) {
-    if (drives_[i]) EndDrive(i);
-  }
-}
+void Camera::StopFocus() { focus_.Stop(); }
 
 void Camera::PowerOff() {
   powered_ = false;
   for (Axis& axis : axes_) axis.Halt();
   focus_.Halt();
-  drives_ = {};
 }
 
 bool Camera::Moving() const {
@@ -182,36 +156,19 @@ bool Camera::Moving() const {
 }
 
 void Camera::AdvanceAxes(nanoseconds elapsed) {
-  for (auto& drive : drives_) {
-    if (drive && drive->left) *drive->left -= elapsed;
-  }
   if (power_left_ && Moving()) *power_left_ -= elapsed;
   for (Axis& axis : axes_) axis.Advance(elapsed);
   focus_.Advance(elapsed);
 }
 
-nanoseconds Camera::UntilNextEvent(nanoseconds limit) const {
-  for (const auto& drive : drives_) {
-    if (drive && drive->left) limit = std::min(limit, *drive->left);
-  }
-  if (power_left_ && Moving()) limit = std::min(limit, *power_left_);
-  return limit;
-}
-
-void Camera::EndDrivesRunOut() {
-  for (std::size_t i = 0; i < drives_.size(); ++i) {
-    if (drives_[i] && drives_[i]->left && *drives_[i]->left <= nanoseconds(0)) EndDrive(i);
-  }
-}
-
 void Camera::Advance(nanoseconds elapsed) {
-  const nanoseconds step = UntilNextEvent(elapsed);
+  const bool runs_out = power_left_ && Moving();
+  const nanoseconds step = runs_out ? std::min(elapsed, *power_left_) : elapsed;
   AdvanceAxes(step);
   if (power_left_ && *power_left_ <= nanoseconds(0)) {
     power_left_.reset();
     PowerOff();
   }
-  EndDrivesRunOut();
   if (step < elapsed) Advance(elapsed - step);
 }
 

@@ -5,9 +5,7 @@
 #ifndef VPTZ_SERVICE_DRIVERS_SIMULATED_CAMERA_H
 #define VPTZ_SERVICE_DRIVERS_SIMULATED_CAMERA_H
 
-#include <array>
 #include <chrono>
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -23,13 +21,6 @@ namespace vptzd {
 
 // A number for each axis that a command names; the others are left alone.
 using AxisValues = PerAxis<std::optional<double>>;
-
-// The caller that drives something until it is stopped, and how long that goes
-// on without a sign of life from this caller; 0: for ever.
-struct Driver {
-  std::uint64_t caller = 0;
-  std::chrono::nanoseconds grace{0};
-};
 
 class Camera {
  public:
@@ -58,12 +49,11 @@ class Camera {
   // are not finite.
   Status MoveTo(const AxisValues& positions, const AxisValues& speeds);
 
-  // Begins to move each axis that has a velocity, until Stop, a limit or the end
-  // of the driver's grace; a velocity of 0 stops the axis. These axes belong to
-  // the driver from now on, the others to whom they belonged. More than the top
-  // speed is taken as the top speed, as with a joystick pushed to its end.
-  // kPoweredOff; kUnsupportedAxis; kOutOfRange for numbers that are not finite.
-  Status MoveAt(const AxisValues& velocities, const Driver& driver = {});
+  // Begins to move each axis that has a velocity, until Stop or a limit; a velocity
+  // of 0 stops the axis. More than the top speed is taken as the top speed, as with
+  // a joystick pushed to its end. kPoweredOff; kUnsupportedAxis; kOutOfRange for
+  // numbers that are not finite.
+  Status MoveAt(const AxisValues& velocities);
 
   // MoveTo of all axes to the home position.
   Status GoHome(const AxisValues& speeds);
@@ -79,12 +69,6 @@ class Camera {
 
   // Slows the marked axes down to rest, whatever moves them.
   void Stop(const PerAxis<bool>& axes);
-
-  // Slows down what runs until it is stopped, axes and focus.
-  void EndDrives();
-
-  // Begins the grace of everything that this caller drives anew, axes and focus.
-  void GiveSignOfLife(std::uint64_t caller);
 
   // Loses its power after so much time in which an axis moves.
   void LosePowerAfter(std::chrono::nanoseconds motion) { power_left_ = motion; }
@@ -109,9 +93,9 @@ class Camera {
   const Axis& focus() const { return focus_; }
 
   // Drives the focus, at 1 towards the far end and at -1 towards the near end
-  // with its top speed, until StopFocus, an end or the end of the driver's grace.
-  // The profile's focus becomes manual. kPoweredOff.
-  Status DriveFocus(const std::string& token, double velocity, const Driver& driver = {});
+  // with its top speed, until StopFocus or an end. The profile's focus becomes manual.
+  // kPoweredOff.
+  Status DriveFocus(const std::string& token, double velocity);
   void StopFocus();
 
   // Whether the service may command it: it wants no login or has been given one.
@@ -129,31 +113,15 @@ class Camera {
  private:
   using TimeLeft = std::optional<std::chrono::nanoseconds>;
 
-  // What runs until it is stopped, and how long still without a sign of life; a
-  // driver without a grace never runs out.
-  struct Drive {
-    explicit Drive(const Driver& who) : driver(who) { Renew(); }
-    void Renew();
-
-    Driver driver;
-    TimeLeft left;
-  };
-  static constexpr std::size_t kFocus = 3;  // after the axes
-  using Drives = std::array<std::optional<Drive>, 4>;
-
   MediaProfile* FindProfile(const std::string& token);
   Status CheckMove(const AxisValues& positions, const AxisValues& speeds) const;
   bool Moving() const;
   void AdvanceAxes(std::chrono::nanoseconds elapsed);
-  std::chrono::nanoseconds UntilNextEvent(std::chrono::nanoseconds limit) const;
-  void EndDrive(std::size_t index);
-  void EndDrivesRunOut();
 
   CameraDescription description_;
   PerAxis<Axis> axes_;
   PerAxis<double> factory_home_;
   std::optional<PerAxis<double>> home_;
-  Drives drives_;
   Axis focus_;
   PresetList presets_;
   std::string ptz_token_ = "ptz0";

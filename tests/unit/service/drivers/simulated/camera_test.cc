@@ -304,43 +304,6 @@ TEST(Camera, PowerOffStopsAtOnceAndStopDoesNot) {
   EXPECT_EQ(braking.axis(kPan).position(), 100.0);
 }
 
-TEST(Camera, WhatNobodyWatchesIsStoppedExactlyAtTheEndOfItsGrace) {
-  Camera camera(AbruptCamera(1));
-  ASSERT_EQ(camera.MoveAt({10.0, 5.0, {}}, {1, 2s}), Status::kDone);
-  camera.Advance(1s);
-  camera.GiveSignOfLife(1);
-  camera.Advance(1h);
-  ExpectAt(camera, 30.0, 15.0, 1.0);
-}
-
-TEST(Camera, AxesRunOutEachAtTheEndOfItsOwnGrace) {
-  Camera camera(AbruptCamera(1));
-  ASSERT_EQ(camera.MoveAt({10.0, 10.0, 1.0}, {1, 2s}), Status::kDone);
-  camera.Advance(1s);
-  ASSERT_EQ(camera.MoveAt({10.0, {}, {}}, {2, 3s}), Status::kDone);
-  camera.GiveSignOfLife(3);
-  camera.Advance(1h);
-  ExpectAt(camera, 40.0, 20.0, 3.0);
-}
-
-TEST(Camera, AxisThatWasStoppedOrSentToAPositionBelongsToNobody) {
-  Camera camera(AbruptCamera(1));
-  ASSERT_EQ(camera.MoveAt({10.0, 10.0, {}}, {1, 1s}), Status::kDone);
-  camera.Stop({false, true, false});
-  ASSERT_EQ(camera.MoveAt(vptzd::AxisValues{std::nullopt, 10.0, std::nullopt}, {0, 0s}), Status::kDone);
-  ASSERT_EQ(camera.MoveTo({30.0, {}, {}}, {10.0, {}, {}}), Status::kDone);
-  camera.Advance(4s);
-  ExpectAt(camera, 30.0, 40.0, 1.0);
-}
-
-TEST(Camera, PositioningMoveNeedsNobodyToWatch) {
-  Camera camera(AbruptCamera(1));
-  ASSERT_EQ(camera.MoveAt({10.0, 5.0, {}}, {1, 1s}), Status::kDone);
-  ASSERT_EQ(camera.MoveTo({30.0, {}, {}}, {10.0, {}, {}}), Status::kDone);
-  camera.Advance(1h);
-  ExpectAt(camera, 30.0, 5.0, 1.0);
-}
-
 TEST(Camera, LosesItsPowerInTheMoveOnly) {
   Camera camera(AbruptCamera(1));
   camera.LosePowerAfter(500ms);
