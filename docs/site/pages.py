@@ -19,7 +19,9 @@ INDEX = ROOT / "docs" / "index.md"
 PATTERNS = ("README.md", "CHANGELOG.md", "CONTRIBUTING.md", "docs/*.md", "docs/decisions/*.md",
             "platform/*/README.md", "fuzz/README.md")
 SOURCES = [path for pattern in PATTERNS for path in sorted(ROOT.glob(pattern))]
-HEADERS = sorted(ROOT.glob("include/vptz/**/*.h")) + sorted(ROOT.glob("platform/*/include/**/*.h"))
+# Those of the reference, as in the Doxyfile.
+HEADERS = [header for folder in ("include/vptz", "platform/dorv_bus/include", "platform/zerklog/include")
+           for header in sorted(ROOT.glob(f"{folder}/**/*.h"))]
 EXAMPLES = sorted(path for path in (ROOT / "examples").iterdir() if path.suffix in (".cc", ".py"))
 LINK = re.compile(r"(!?)\[([^]]*)\]\(([^) ]+)\)")
 TABLE_OF_CONTENTS_FROM = 4  # headings
