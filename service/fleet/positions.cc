@@ -83,7 +83,7 @@ void LivePositions::WriteNext() {
 }
 
 void LivePositions::WriteCamera(std::uint32_t ptz, const Camera& camera) {
-  StoreAxes(ptz, camera);
+  StoreAxes(ptz, camera.abilities(), camera.position());
   if (camera.home()) StoreHome(ptz, *camera.home());
   written_[ptz] = {camera.position(), camera.home()};
 }

@@ -35,7 +35,14 @@ void TakeOnRows(const Device& device, const CameraIds& ids, Member* member, Axis
     camera.SetImage(profile.token, StoredImage(ids.media[i], profile.image));
   }
   member->ids = ids;  // from here on its rows are made what it is
-  axes->Compare(ids.ptz, camera);
+  axes->Compare(ids.ptz, camera.abilities(), camera.position());
+}
+
+// The camera that is simulated for a device: it wants what its row knows.
+CameraDescription DescribedBy(const Device& device) {
+  CameraDescription camera(IdentityOf(device));
+  camera.credentials = StoredCredentials(device);
+  return camera;
 }
 
 void WarnOfTooMany(const Device& device) {
@@ -57,12 +64,12 @@ void RestoreUndriven(const Device& device, const CameraDescription& description,
 
 // False for a device with rows missing: the service was killed while it added it.
 bool Restore(const Device& device, Fleet& fleet, AxisRows* axes) {
-  const CameraDescription description = DescriptionOf(device);
+  const CameraDescription description = DescribedBy(device);
   if (!fleet.simulated()) {
     RestoreUndriven(device, description, fleet);
     return true;
   }
-  const CameraIds ids = IdsOf(device, Camera(description));
+  const CameraIds ids = IdsOf(device, Camera(description).Record());
   if (ids.device == 0) return false;
   if (Member* const member = fleet.Add(description)) {
     TakeOnRows(device, ids, member, axes);
@@ -96,7 +103,7 @@ std::optional<Unstored> Begin(Member* member, AxisRows* axes) {
   const auto device = DeviceAt(description.service_uri);
   const bool removed = WasRemoved(description.service_uri);
   if (device != nullptr && !removed) {
-    const CameraIds ids = IdsOf(*device, member->camera);
+    const CameraIds ids = IdsOf(*device, member->camera.Record());
     if (ids.device != 0) {
       TakeOnRows(*device, ids, member, axes);
       return std::nullopt;
@@ -120,9 +127,9 @@ std::vector<Unstored> BeginAll(Fleet& fleet, AxisRows* axes) {
 
 // Gives those cameras rows; they stay unknown when the database does not take them.
 void StoreNew(const std::vector<Member*>& members, const StoringTold& told) {
-  std::vector<const Camera*> cameras;
+  std::vector<CameraRecord> cameras;
   cameras.reserve(members.size());
-  for (const Member* member : members) cameras.push_back(&member->camera);
+  for (const Member* member : members) cameras.push_back(member->camera.Record());
   const std::vector<CameraIds> ids = StoreNewCameras(cameras, told);
   for (std::size_t i = 0; i < ids.size(); ++i) members[i]->ids = ids[i];
 }

@@ -66,7 +66,7 @@ void MakeKnown(Context& context, Member* member) {
     camera = member->camera;
   }
   StoreRemoval(camera->description().service_uri, false);
-  const CameraIds ids = StoreCamera(*camera);
+  const CameraIds ids = StoreCamera(camera->Record());
   {
     const auto lock = context.fleet.Enter();
     member->ids = ids;

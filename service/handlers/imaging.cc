@@ -108,7 +108,7 @@ VptzResponse GetCapabilities(Context& context, const VptzCommand& command) {
     const auto lock = context.fleet.Enter();
     camera = member->camera;
   }
-  StoreAxes(member->ids.ptz, *camera);
+  StoreAxes(member->ids.ptz, camera->abilities(), camera->position());
   for (std::size_t i = 0; i < member->ids.media.size(); ++i) {
     StoreImage(member->ids.media[i], camera->media_profiles()[i].image);
   }

@@ -217,7 +217,7 @@ VptzResponse UpdatePtzStatus(Context& context, const VptzCommand& command) {
   const Status status = LookUpDevice(context, command, Need::kAnswer, &member);
   if (status != Status::kDone) return Answer(status);
   const Camera camera = Copy(context, *member);
-  StoreAxes(member->ids.ptz, camera);
+  StoreAxes(member->ids.ptz, camera.abilities(), camera.position());
   StoreTrackMode(member->ids, camera.track_mode());
   return Announced(context, *member);
 }

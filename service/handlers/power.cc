@@ -20,9 +20,9 @@ void Configure(Context& context, Member* member) {
     const auto lock = context.fleet.Enter();
     camera = member->camera;
   }
-  const CameraIds ids = StoreCamera(*camera);
+  const CameraIds ids = StoreCamera(camera->Record());
   StorePresets(ids.ptz, camera->presets());
-  StoreAxes(ids.ptz, *camera);
+  StoreAxes(ids.ptz, camera->abilities(), camera->position());
   const auto lock = context.fleet.Enter();
   member->ids = ids;
 }

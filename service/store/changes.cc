@@ -189,27 +189,28 @@ ImageSettings StoredImage(std::uint32_t media, const ImageSettings& factory) {
   return image;
 }
 
-void AxisRows::CompareParameter(std::uint32_t movement, const char* name, double value,
-                                const Axis::Limits& range) {
+void AxisRows::CompareParameter(std::uint32_t movement, const char* name, double value, double min,
+                                double max) {
   auto row = FoundRow<MovementParameter>(
       [&](MovementParameter** found) { return MovementParameter::QueryByName(found, movement, name); });
   if (row == nullptr) throw StorageError(std::string("the database has no movement parameter ") + name);
-  if (row->value() == value && row->min() == range.min && row->max() == range.max) return;
+  if (row->value() == value && row->min() == min && row->max() == max) return;
   row->set_value(value);
-  row->set_min(range.min);
-  row->set_max(range.max);
+  row->set_min(min);
+  row->set_max(max);
   changed_.push_back(std::move(row));
 }
 
-void AxisRows::Compare(std::uint32_t ptz, const Camera& camera) {
+void AxisRows::Compare(std::uint32_t ptz, const Abilities& abilities, const PerAxis<double>& position) {
   const auto node = NodeOf(ptz);
   const PerAxis<std::uint32_t> movements = {node->pan_id(), node->tilt_id(), node->zoom_id()};
   for (const AxisIndex index : {kPan, kTilt, kZoom}) {
     if (movements[index] == 0) continue;
-    const Axis& axis = camera.axis(index);
-    const Axis::Limits& limits = axis.limits();
-    CompareParameter(movements[index], "position", axis.position(), limits);
-    CompareParameter(movements[index], "speed", 0.0, {0.0, limits.top_speed, {}, {}});
+    // A camera may have lost an axis of which it has rows.
+    const AxisRange fixed = {position[index], position[index], 1.0};
+    const AxisRange range = abilities.axes[index].value_or(fixed);
+    CompareParameter(movements[index], "position", position[index], range.min, range.max);
+    CompareParameter(movements[index], "speed", 0.0, 0.0, range.top_speed);
   }
 }
 
@@ -220,9 +221,9 @@ void AxisRows::Store() const {
   transaction.Commit();
 }
 
-void StoreAxes(std::uint32_t ptz, const Camera& camera) {
+void StoreAxes(std::uint32_t ptz, const Abilities& abilities, const PerAxis<double>& position) {
   AxisRows rows;
-  rows.Compare(ptz, camera);
+  rows.Compare(ptz, abilities, position);
   rows.Store();
 }
 

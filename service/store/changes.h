@@ -13,7 +13,7 @@
 #include <vptz/model/device.h>
 #include <vptz/model/movement_parameter.h>
 
-#include "drivers/simulated/camera.h"
+#include "drivers/camera_record.h"
 #include "store/camera_ids.h"
 
 namespace vptzd {
@@ -56,19 +56,19 @@ ImageSettings StoredImage(std::uint32_t media, const ImageSettings& factory);
 class AxisRows {
  public:
   // Adds what the node's rows have otherwise than the camera.
-  void Compare(std::uint32_t ptz, const Camera& camera);
+  void Compare(std::uint32_t ptz, const Abilities& abilities, const PerAxis<double>& position);
 
   // Writes them in one transaction.
   void Store() const;
 
  private:
-  void CompareParameter(std::uint32_t movement, const char* name, double value, const Axis::Limits& range);
+  void CompareParameter(std::uint32_t movement, const char* name, double value, double min, double max);
 
   std::vector<std::unique_ptr<MovementParameter>> changed_;
 };
 
 // Writes what the axes of a camera are and where they stand.
-void StoreAxes(std::uint32_t ptz, const Camera& camera);
+void StoreAxes(std::uint32_t ptz, const Abilities& abilities, const PerAxis<double>& position);
 
 }  // namespace vptzd
 

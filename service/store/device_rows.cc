@@ -24,7 +24,6 @@
 #include <vptz/model/ptz-odb.hxx>
 
 #include "drivers/protocols.h"
-#include "drivers/simulated/simulated_fleet.h"
 #include "log.h"
 #include "store/changes.h"
 #include "store/database.h"
@@ -35,17 +34,18 @@ namespace {
 
 constexpr unsigned kAll = 65535;
 
-std::unique_ptr<Device> NewDevice(const Camera& camera, DeviceType* type, Protocol* protocol) {
-  const CameraDescription& description = camera.description();
-  auto device = std::make_unique<Device>(description.service_uri.c_str(), description.address.c_str(), type,
-                                         protocol, "", camera.logged_in(), description.mac.c_str(),
-                                         description.uuid.c_str(), true, description.removable, true, false);
-  device->set_host_name(description.name);
-  device->set_manufacture(description.manufacturer);
-  device->set_model_name(description.model);
-  device->set_firmware_version(description.firmware);
-  if (camera.logged_in() && !description.credentials.empty()) {
-    device->set_authorization(CredentialsText(description.credentials));
+std::unique_ptr<Device> NewDevice(const CameraRecord& camera, DeviceType* type, Protocol* protocol) {
+  const Identity& identity = camera.identity;
+  const CameraState& state = camera.state;
+  auto device = std::make_unique<Device>(identity.service_uri.c_str(), identity.address.c_str(), type, protocol,
+                                         "", state.logged_in, identity.mac.c_str(), identity.uuid.c_str(), true,
+                                         identity.removable, true, false);
+  device->set_host_name(identity.name);
+  device->set_manufacture(identity.manufacturer);
+  device->set_model_name(identity.model);
+  device->set_firmware_version(identity.firmware);
+  if (state.logged_in && !state.credentials.empty()) {
+    device->set_authorization(CredentialsText(state.credentials));
   }
   device->update_http_uri();
   return device;
@@ -56,30 +56,30 @@ void InsertRows(Transaction& transaction, std::vector<Row>* rows, const char* wh
   for (Row& row : *rows) transaction.Insert(&row, what);
 }
 
-// An axis of a simulated camera moves to positions and at velocities, not by
-// distances. None for an axis that the camera does not have.
-std::unique_ptr<Movement> InsertMovement(Transaction& transaction, const Camera& camera, AxisIndex index,
+// An axis moves to positions and at velocities, not by distances. None for an axis
+// that the camera does not have.
+std::unique_ptr<Movement> InsertMovement(Transaction& transaction, const CameraRecord& camera, AxisIndex index,
                                          std::vector<MovementParameter>* parameters) {
-  if (!camera.HasAxis(index)) return nullptr;
-  const Axis& axis = camera.axis(index);
+  const auto& range = camera.abilities.axes[index];
+  if (!range) return nullptr;
   auto movement = std::make_unique<Movement>(true, true, false);
   transaction.Insert(movement.get(), "movement");
-  parameters->emplace_back(movement.get(), "position", axis.position(), axis.limits().min, axis.limits().max);
-  parameters->emplace_back(movement.get(), "speed", 0.0, 0.0, axis.limits().top_speed);
+  parameters->emplace_back(movement.get(), "position", camera.state.position[index], range->min, range->max);
+  parameters->emplace_back(movement.get(), "speed", 0.0, 0.0, range->top_speed);
   return movement;
 }
 
-std::uint32_t InsertPtz(Transaction& transaction, Device* device, const Camera& camera) {
+std::uint32_t InsertPtz(Transaction& transaction, Device* device, const CameraRecord& camera) {
   std::vector<MovementParameter> parameters;
   const auto pan = InsertMovement(transaction, camera, kPan, &parameters);
   const auto tilt = InsertMovement(transaction, camera, kTilt, &parameters);
   const auto zoom = InsertMovement(transaction, camera, kZoom, &parameters);
   InsertRows(transaction, &parameters, "movement parameter");
-  Ptz ptz(device, pan.get(), tilt.get(), zoom.get(), camera.ptz_token(), "", true,
-          static_cast<int>(camera.track_mode()));
+  Ptz ptz(device, pan.get(), tilt.get(), zoom.get(), camera.abilities.ptz_token, "", true,
+          static_cast<int>(camera.state.track_mode));
   transaction.Insert(&ptz, "PTZ node");
   std::vector<Preset> presets;
-  for (const StoredPosition& preset : camera.presets().all()) {
+  for (const StoredPosition& preset : camera.state.presets) {
     presets.emplace_back(&ptz, preset.id, preset.token, preset.name, preset.position[kPan],
                          preset.position[kTilt], preset.position[kZoom]);
   }
@@ -94,11 +94,11 @@ struct NamedValue {
   double max;
 };
 
-std::string StreamUri(const CameraDescription& camera, const std::string& token) {
+std::string StreamUri(const Identity& camera, const std::string& token) {
   return ProtocolNamed(camera.protocol).serial ? "" : "rtsp://" + camera.address + "/" + token;
 }
 
-std::uint32_t InsertMedia(Transaction& transaction, Device* device, const CameraDescription& camera,
+std::uint32_t InsertMedia(Transaction& transaction, Device* device, const Identity& camera,
                           const MediaProfile& profile) {
   Media media(device, profile.token, StreamUri(camera, profile.token), "", true);
   transaction.Insert(&media, "media source");
@@ -125,19 +125,19 @@ struct Kind {
   std::unique_ptr<Protocol> protocol;
 };
 
-Kind KindOf(const CameraDescription& camera) {
+Kind KindOf(const Identity& camera) {
   const char* type = ProtocolNamed(camera.protocol).serial ? "controller" : "camera";
   return {FoundRow<DeviceType>([&](DeviceType** row) { return DeviceType::QueryByName(row, type); }),
           FoundRow<Protocol>([&](Protocol** row) { return Protocol::QueryByName(row, camera.protocol); })};
 }
 
-CameraIds InsertCamera(Transaction& transaction, const Camera& camera, const Kind& kind) {
+CameraIds InsertCamera(Transaction& transaction, const CameraRecord& camera, const Kind& kind) {
   const std::unique_ptr<Device> device = NewDevice(camera, kind.type.get(), kind.protocol.get());
   transaction.Insert(device.get(), "device");
   CameraIds ids;
   ids.device = device->id();
-  for (const MediaProfile& profile : camera.media_profiles()) {
-    ids.media.push_back(InsertMedia(transaction, device.get(), camera.description(), profile));
+  for (const MediaProfile& profile : camera.state.media) {
+    ids.media.push_back(InsertMedia(transaction, device.get(), camera.identity, profile));
   }
   ids.ptz = InsertPtz(transaction, device.get(), camera);
   return ids;
@@ -162,29 +162,29 @@ void RemoveUnusedMovements() {
 
 }  // namespace
 
-std::vector<CameraIds> StoreNewCameras(const std::vector<const Camera*>& cameras, const StoringTold& told) {
+std::vector<CameraIds> StoreNewCameras(const std::vector<CameraRecord>& cameras, const StoringTold& told) {
   std::vector<CameraIds> ids;
   if (cameras.empty()) return ids;
   std::vector<Kind> kinds;
   kinds.reserve(cameras.size());
-  for (const Camera* camera : cameras) kinds.push_back(KindOf(camera->description()));
+  for (const CameraRecord& camera : cameras) kinds.push_back(KindOf(camera.identity));
   told(1, cameras.size());
   Transaction transaction;
   for (std::size_t i = 0; i < cameras.size(); ++i) {
     told(i + 1, cameras.size());
-    ids.push_back(InsertCamera(transaction, *cameras[i], kinds[i]));
+    ids.push_back(InsertCamera(transaction, cameras[i], kinds[i]));
   }
   transaction.Commit();
   return ids;
 }
 
-CameraIds IdsOf(const Device& device, const Camera& camera) {
+CameraIds IdsOf(const Device& device, const CameraRecord& camera) {
   if (!device.is_setting_applied()) return {};
   CameraIds ids;
   const auto ptz =
-      FoundRow<Ptz>([&](Ptz** row) { return Ptz::QueryByNode(row, device.id(), camera.ptz_token()); });
+      FoundRow<Ptz>([&](Ptz** row) { return Ptz::QueryByNode(row, device.id(), camera.abilities.ptz_token); });
   if (ptz == nullptr) return {};
-  for (const MediaProfile& profile : camera.media_profiles()) {
+  for (const MediaProfile& profile : camera.state.media) {
     const auto media =
         FoundRow<Media>([&](Media** row) { return Media::QueryByNode(row, device.id(), profile.token); });
     if (media == nullptr) return {};
@@ -211,9 +211,10 @@ std::unique_ptr<Device> DeviceAt(const std::string& service_uri) {
   return FoundRow<Device>([&](Device** row) { return Device::QueryByServiceUri(row, service_uri); });
 }
 
-CameraDescription DescriptionOf(const Device& device) {
-  const Protocol* protocol = device.protocol();
-  CameraDescription camera = PlainCamera(protocol == nullptr ? "ONVIF" : protocol->name(), device.address());
+Identity IdentityOf(const Device& device) {
+  Identity camera;
+  if (const Protocol* protocol = device.protocol()) camera.protocol = protocol->name();
+  camera.address = device.address();
   camera.service_uri = device.service_uri();
   camera.name = device.host_name();
   camera.mac = device.mac();
@@ -222,22 +223,21 @@ CameraDescription DescriptionOf(const Device& device) {
   camera.model = device.model_name();
   camera.firmware = device.firmware_version();
   camera.removable = device.deletable();
-  camera.credentials = StoredCredentials(device);
   return camera;
 }
 
-CameraIds StoreCamera(const Camera& camera) {
+CameraIds StoreCamera(const CameraRecord& camera) {
   std::unique_ptr<Device> device;
   CameraIds ids;
   {
     const StableRows nothing_is_missed;
-    device = DeviceAt(camera.description().service_uri);
+    device = DeviceAt(camera.identity.service_uri);
     if (device != nullptr) ids = IdsOf(*device, camera);
   }
   if (ids.device != 0) return ids;
   // The service was killed while it wrote: what is there goes, and is written anew.
   if (device != nullptr) RemoveCamera(device->id());
-  return StoreNewCameras({&camera}, [](std::size_t, std::size_t) {}).front();
+  return StoreNewCameras({camera}, [](std::size_t, std::size_t) {}).front();
 }
 
 // The device comes last: while it is there the next start knows that something

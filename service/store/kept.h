@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "drivers/simulated/description.h"
+#include "drivers/units.h"
 
 namespace vptzd {
 

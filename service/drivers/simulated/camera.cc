@@ -43,6 +43,22 @@ PerAxis<double> Camera::position() const {
   return {axes_[kPan].position(), axes_[kTilt].position(), axes_[kZoom].position()};
 }
 
+Abilities Camera::abilities() const {
+  Abilities abilities;
+  abilities.ptz_token = ptz_token_;
+  for (const AxisIndex i : kAxes) {
+    const Axis::Limits& limits = axes_[i].limits();
+    if (HasAxis(i)) abilities.axes[i] = {limits.min, limits.max, limits.top_speed};
+  }
+  return abilities;
+}
+
+CameraRecord Camera::Record() const {
+  const CameraState state = {position(),     track_mode_,    logged_in_, description_.credentials,
+                             presets_.all(), media_profiles_};
+  return {description_, abilities(), state};
+}
+
 MediaProfile* Camera::FindProfile(const std::string& token) {
   const auto found = std::find_if(media_profiles_.begin(), media_profiles_.end(),
                                   [&](const MediaProfile& profile) { return profile.token == token; });

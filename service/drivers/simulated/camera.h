@@ -11,16 +11,12 @@
 #include <string>
 #include <vector>
 
+#include "drivers/camera_record.h"
 #include "drivers/simulated/axis.h"
 #include "drivers/simulated/description.h"
-#include "drivers/simulated/media.h"
-#include "drivers/simulated/presets.h"
 #include "drivers/status.h"
 
 namespace vptzd {
-
-// A number for each axis that a command names; the others are left alone.
-using AxisValues = PerAxis<std::optional<double>>;
 
 class Camera {
  public:
@@ -38,6 +34,11 @@ class Camera {
   const std::string& ptz_token() const { return ptz_token_; }
 
   const std::vector<MediaProfile>& media_profiles() const { return media_profiles_; }
+
+  Abilities abilities() const;
+
+  // What the database is to tell of it.
+  CameraRecord Record() const;
 
   // Null when there is no such profile.
   const MediaProfile* FindMediaProfile(const std::string& token) const;

@@ -86,7 +86,7 @@ TEST_F(ServiceDatabase, IsRefusedWhereThereIsNoFolder) {
 }
 
 TEST_F(ServiceDatabase, HoldsWhatACameraIs) {
-  const CameraIds ids = StoreCamera(Camera(BuiltInCamera(2)));
+  const CameraIds ids = StoreCamera(Camera(BuiltInCamera(2)).Record());
   const std::unique_ptr<Device> device = DeviceOf(ids);
   ASSERT_NE(device, nullptr);
   EXPECT_EQ(device->address(), "192.0.2.2");
@@ -111,7 +111,7 @@ TEST_F(ServiceDatabase, StoresAWholeFleetInOneTransaction) {
 
 TEST_F(ServiceDatabase, StoresACameraInOneTransaction) {
   const unsigned before = Transactions();
-  StoreCamera(Camera(BuiltInCamera(1)));
+  StoreCamera(Camera(BuiltInCamera(1)).Record());
   EXPECT_EQ(Transactions() - before, 1U);
 }
 
@@ -122,7 +122,7 @@ TEST_F(ServiceDatabase, BringsTheAxesOfAWholeFleetUpToDateInOneTransaction) {
     if (!member->known()) continue;
     ASSERT_EQ(member->camera.MoveTo({10.0, 10.0, 3.0}, {}), vptzd::Status::kDone);
     member->camera.Advance(1min);
-    vptzd::StoreAxes(member->ids.ptz, member->camera);
+    vptzd::StoreAxes(member->ids.ptz, member->camera.abilities(), member->camera.position());
   }
   Simulation started_again(vptzd::BuiltInFleet(8));
   const unsigned before = Transactions();
@@ -157,7 +157,7 @@ TEST_F(ServiceDatabase, BeginsWithTheCamerasThatAreThereWhenNoMoreCanBeStored) {
 }
 
 TEST_F(ServiceDatabase, HoldsTheLimitsOfEachAxis) {
-  const CameraIds ids = StoreCamera(Camera(BuiltInCamera(1)));
+  const CameraIds ids = StoreCamera(Camera(BuiltInCamera(1)).Record());
   Ptz* found = nullptr;
   ASSERT_EQ(Ptz::QueryById(&found, ids.ptz), 0);
   const std::unique_ptr<Ptz> ptz(found);
@@ -172,9 +172,9 @@ TEST_F(ServiceDatabase, HoldsTheLimitsOfEachAxis) {
 }
 
 TEST_F(ServiceDatabase, KeepsACamerasRowsAndIdsAcrossStarts) {
-  const CameraIds first = StoreCamera(Camera(BuiltInCamera(1)));
+  const CameraIds first = StoreCamera(Camera(BuiltInCamera(1)).Record());
   const std::size_t parameters = RowCount<MediaParameter>();
-  const CameraIds second = StoreCamera(Camera(BuiltInCamera(1)));
+  const CameraIds second = StoreCamera(Camera(BuiltInCamera(1)).Record());
   EXPECT_EQ(first.device, second.device);
   EXPECT_EQ(first.ptz, second.ptz);
   EXPECT_EQ(RowCount<Device>(), 1U);
@@ -182,34 +182,34 @@ TEST_F(ServiceDatabase, KeepsACamerasRowsAndIdsAcrossStarts) {
 }
 
 TEST_F(ServiceDatabase, WritesACameraAnewThatWasLeftHalfWritten) {
-  const CameraIds half = StoreCamera(Camera(BuiltInCamera(1)));
+  const CameraIds half = StoreCamera(Camera(BuiltInCamera(1)).Record());
   const std::unique_ptr<Device> device = DeviceOf(half);
   device->set_is_setting_applied(false);
   ASSERT_EQ(Device::Update(*device), 0);
-  const CameraIds whole = StoreCamera(Camera(BuiltInCamera(1)));
+  const CameraIds whole = StoreCamera(Camera(BuiltInCamera(1)).Record());
   EXPECT_NE(whole.device, half.device);
   EXPECT_EQ(RowCount<Device>(), 1U);
   EXPECT_EQ(Preset::QueryCountByPtz(whole.ptz), 3);
 }
 
 TEST_F(ServiceDatabase, LeavesNothingBehindOfACameraThatWasLeftHalfWritten) {
-  const CameraIds other = StoreCamera(Camera(BuiltInCamera(2)));
-  const std::unique_ptr<Device> device = DeviceOf(StoreCamera(Camera(BuiltInCamera(1))));
+  const CameraIds other = StoreCamera(Camera(BuiltInCamera(2)).Record());
+  const std::unique_ptr<Device> device = DeviceOf(StoreCamera(Camera(BuiltInCamera(1)).Record()));
   Movement without_node(true, true, false);
   ASSERT_GT(Movement::Add(&without_node), 0);
   MovementParameter parameter(&without_node, "position", 0, 0, 0);
   ASSERT_GT(MovementParameter::Add(&parameter), 0);
   device->set_is_setting_applied(false);
   ASSERT_EQ(Device::Update(*device), 0);
-  StoreCamera(Camera(BuiltInCamera(1)));
+  StoreCamera(Camera(BuiltInCamera(1)).Record());
   EXPECT_EQ(RowCount<Movement>(), 6U);
   EXPECT_EQ(RowCount<MovementParameter>(), 12U);
   EXPECT_EQ(RowCount<MediaParameter>(), 36U);
-  EXPECT_EQ(StoreCamera(Camera(BuiltInCamera(2))).ptz, other.ptz);
+  EXPECT_EQ(StoreCamera(Camera(BuiltInCamera(2)).Record()).ptz, other.ptz);
 }
 
 TEST_F(ServiceDatabase, GivesCamerasTheIdsByWhichCommandsNameThem) {
-  StoreCamera(Camera(BuiltInCamera(9)));  // so that ids and numbers differ
+  StoreCamera(Camera(BuiltInCamera(9)).Record());  // so that ids and numbers differ
   Simulation simulation(2);
   StoreCameras(simulation.fleet());
   Device* found = nullptr;

@@ -329,6 +329,23 @@ TEST(Camera, RefusesAnAxisThatItDoesNotHave) {
   EXPECT_EQ(camera.MoveTo({10.0, 5.0, {}}, kNone), Status::kDone);
 }
 
+TEST(Camera, RecordTellsWhatItIsAndWhereItStands) {
+  vptzd::CameraDescription description = vptzd::BuiltInCamera(1);
+  description.axes[kZoom].reset();
+  Camera camera(description);
+  ASSERT_EQ(camera.MoveTo({30.0, {}, {}}, kNone), Status::kDone);
+  camera.Advance(1h);
+  const vptzd::CameraRecord record = camera.Record();
+  EXPECT_EQ(record.identity.name, "camera-1");
+  EXPECT_EQ(record.abilities.ptz_token, "ptz0");
+  EXPECT_EQ(record.abilities.axes[kTilt]->top_speed, 80.0);
+  EXPECT_FALSE(record.abilities.axes[kZoom].has_value());
+  EXPECT_EQ(record.state.position, (vptzd::PerAxis<double>{30.0, 0.0, 1.0}));
+  EXPECT_EQ(record.state.credentials.user, "admin");
+  EXPECT_EQ(record.state.presets.size(), 3u);
+  EXPECT_EQ(record.state.media.size(), 2u);
+}
+
 TEST(Camera, NeverLeavesItsRangesWhateverItIsTold) {
   Camera camera;
   Numbers numbers;

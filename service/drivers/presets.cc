@@ -1,4 +1,4 @@
-#include "drivers/simulated/presets.h"
+#include "drivers/presets.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
-// The stored positions of a simulated camera.
-#ifndef VPTZ_SERVICE_DRIVERS_SIMULATED_PRESETS_H
-#define VPTZ_SERVICE_DRIVERS_SIMULATED_PRESETS_H
+// The stored positions of a camera.
+#ifndef VPTZ_SERVICE_DRIVERS_PRESETS_H
+#define VPTZ_SERVICE_DRIVERS_PRESETS_H
 
 #include <array>
 #include <cstddef>

@@ -1,6 +1,6 @@
-// The media profiles of a simulated camera.
-#ifndef VPTZ_SERVICE_DRIVERS_SIMULATED_MEDIA_H
-#define VPTZ_SERVICE_DRIVERS_SIMULATED_MEDIA_H
+// The media profiles of a camera.
+#ifndef VPTZ_SERVICE_DRIVERS_MEDIA_H
+#define VPTZ_SERVICE_DRIVERS_MEDIA_H
 
 #include <string>
 
