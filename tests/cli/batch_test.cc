@@ -22,6 +22,7 @@ using vptz_test::Lines;
 using vptz_test::Process;
 using vptz_test::RunResult;
 using vptz_test::WaitUntil;
+using vptz_test::WholeLines;
 using vptz_test::Words;
 
 class BatchTest : public CliTest {
@@ -140,10 +141,10 @@ TEST_F(BatchTest, APasswordMayStandInTheNextLine) {
 TEST_F(BatchTest, ALostBrokerComesBack) {
   Process shell(ToolOnBus("--json shell --keep-going"), environment());
   const auto status = [&] {
-    const std::size_t before = Lines(shell.Output()).size();
+    const std::size_t before = WholeLines(shell.Output()).size();
     shell.Write("status\n");
-    EXPECT_TRUE(WaitUntil([&] { return Lines(shell.Output()).size() > before; }));
-    return Json::parse(Lines(shell.Output()).back())["status"];
+    EXPECT_TRUE(WaitUntil([&] { return WholeLines(shell.Output()).size() > before; }));
+    return Json::parse(WholeLines(shell.Output()).back())["status"];
   };
   EXPECT_EQ(status(), 0);
   broker.Kill();
@@ -157,7 +158,7 @@ TEST_F(BatchTest, ALostBrokerComesBack) {
 TEST_F(BatchTest, AnInterruptEndsIt) {
   Process shell(ToolOnBus("shell --keep-going"), environment());
   shell.Write("ptz watch 1 --interval 0.01\nstatus\n");
-  ASSERT_TRUE(WaitUntil([&] { return Lines(shell.Output()).size() >= 3; }));
+  ASSERT_TRUE(WaitUntil([&] { return WholeLines(shell.Output()).size() >= 3; }));
   shell.Signal(SIGINT);
   EXPECT_EQ(shell.Wait(), 128 + SIGINT);
   EXPECT_THAT(shell.Output(), Not(HasSubstr("running")));
@@ -168,7 +169,7 @@ TEST_F(BatchTest, SignalsOfOneMonitorAreNotTheNextOnes) {
   const auto hears_one = [&](std::size_t lines) {
     return WaitUntil([&] {
       Ctl("device info 1");
-      return Lines(shell.Output()).size() == lines;
+      return WholeLines(shell.Output()).size() == lines;
     });
   };
   shell.Write("monitor --count 1\n");
@@ -176,11 +177,11 @@ TEST_F(BatchTest, SignalsOfOneMonitorAreNotTheNextOnes) {
   Ctl("device info 1");  // nobody is there to hear these
   Ctl("device info 2");
   shell.Write("status\n");
-  ASSERT_TRUE(WaitUntil([&] { return Lines(shell.Output()).size() == 2; }));
+  ASSERT_TRUE(WaitUntil([&] { return WholeLines(shell.Output()).size() == 2; }));
   const std::string now = vptz_test::Run({"date", "+%Y-%m-%dT%H:%M:%S.%3N%:z"}).output;
   shell.Write("monitor --count 1\n");
   ASSERT_TRUE(hears_one(3));
-  EXPECT_GT(Json::parse(Lines(shell.Output())[2])["time"].get<std::string>(), now);
+  EXPECT_GT(Json::parse(WholeLines(shell.Output())[2])["time"].get<std::string>(), now);
   shell.CloseInput();
   EXPECT_EQ(shell.Wait(), 0);
 }

@@ -25,6 +25,10 @@ std::vector<std::string> Lines(const std::string& text) {
   return lines;
 }
 
+std::vector<std::string> WholeLines(const std::string& text) {
+  return Lines(text.substr(0, text.rfind('\n') + 1));
+}
+
 std::string Content(const std::string& path) {
   const std::ifstream file(path);
   std::ostringstream text;

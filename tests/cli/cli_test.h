@@ -28,6 +28,10 @@ std::string Page();
 
 // The lines of a text, the text of a file.
 std::vector<std::string> Lines(const std::string& text);
+
+// The lines of what a program that still runs has written: not the one that it may
+// be writing.
+std::vector<std::string> WholeLines(const std::string& text);
 std::string Content(const std::string& path);
 
 // How often a text holds another one.

@@ -21,6 +21,7 @@ using vptz_test::Lines;
 using vptz_test::Process;
 using vptz_test::RunResult;
 using vptz_test::WaitUntil;
+using vptz_test::WholeLines;
 using vptz_test::Words;
 
 class WatchTest : public CliTest {
@@ -28,7 +29,7 @@ class WatchTest : public CliTest {
   Words Terminal(const std::string& kind) const { return {environment()[0], "TERM=" + kind, "NO_COLOR=1"}; }
 
   static bool WaitForLines(const Process& process, std::size_t count) {
-    return WaitUntil([&] { return Lines(process.Output()).size() >= count; });
+    return WaitUntil([&] { return WholeLines(process.Output()).size() >= count; });
   }
 };
 
@@ -56,7 +57,7 @@ TEST_F(WatchTest, PrintsOneLineForEachReading) {
   watch.Signal(SIGINT);
   watch.Wait();
   EXPECT_THAT(watch.Output(), testing::Not(HasSubstr("\x1b")));
-  for (const std::string& line : Lines(watch.Output())) {
+  for (const std::string& line : WholeLines(watch.Output())) {
     EXPECT_THAT(line, testing::ContainsRegex("[0-9.]+ s   pan +[0-9.]+ deg +1.00 deg/s   tilt")) << line;
   }
 }
@@ -67,7 +68,7 @@ TEST_F(WatchTest, PrintsOneJsonObjectALine) {
   watch.Signal(SIGINT);
   EXPECT_EQ(watch.Wait(), 0);
   double before = -1;
-  for (const std::string& line : Lines(watch.Output())) {
+  for (const std::string& line : WholeLines(watch.Output())) {
     const Json object = Json::parse(line);
     EXPECT_EQ(object["pan"]["position"], 0.0);
     EXPECT_GT(object["elapsed"], before);
